@@ -1,0 +1,23 @@
+# Installs the library with its headers under veldmap/, the program, a CMake package and a pkg-config file.
+include(CMakePackageConfigHelpers)
+
+set(VELDMAP_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/veldmap)
+
+install(TARGETS veldmap_library veldmap EXPORT veldmapTargets
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/veldmap)
+install(EXPORT veldmapTargets NAMESPACE veldmap:: DESTINATION ${VELDMAP_PACKAGE_DIR})
+
+configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/veldmapConfig.cmake.in
+    ${CMAKE_CURRENT_BINARY_DIR}/veldmapConfig.cmake INSTALL_DESTINATION ${VELDMAP_PACKAGE_DIR})
+write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/veldmapConfigVersion.cmake
+    COMPATIBILITY SameMajorVersion)
+install(FILES
+    ${CMAKE_CURRENT_BINARY_DIR}/veldmapConfig.cmake
+    ${CMAKE_CURRENT_BINARY_DIR}/veldmapConfigVersion.cmake
+    ${CMAKE_CURRENT_LIST_DIR}/VeldmapGenerate.cmake
+    DESTINATION ${VELDMAP_PACKAGE_DIR})
+
+configure_file(${CMAKE_CURRENT_LIST_DIR}/veldmap.pc.in ${CMAKE_CURRENT_BINARY_DIR}/veldmap.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/veldmap.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "cli/options.h"
+
+/// One function for each command: it loads, calls one operation of the library, and reports.
+namespace veldmap::cli {
+
+ExitStatus check(const Options &options);
+ExitStatus headers(const Options &options);
+ExitStatus tree(const Options &options);
+ExitStatus eval(const Options &options);
+
+} // namespace veldmap::cli

@@ -1,0 +1,49 @@
+#include "cli/commands.h"
+#include "cli/description.h"
+#include "cli/messages.h"
+#include "headers/header_files.h"
+#include "headers/trace.h"
+#include "model/memory_map.h"
+
+#include <QDir>
+
+using namespace Qt::StringLiterals;
+
+namespace veldmap::cli {
+
+namespace {
+
+/// Writes the headers of one root; false when a file could not be written.
+bool writeHeaders(const VMMemoryMap &map, const QString &directory, bool chip)
+{
+    if (!QDir().mkpath(directory)) {
+        printError(u"The directory %1 can't be made."_s.arg(directory));
+        return false;
+    }
+    const GenerationReport report =
+        writeCHeaders(map, directory, chip, [](const QString &file) { showProgress(u"Writing %1..."_s.arg(file)); });
+    clearProgress();
+    for (const FailedFile &file : report.failed)
+        printError(u"%1 can't be written: %2"_s.arg(file.path, file.reason));
+    return report.failed.isEmpty();
+}
+
+} // namespace
+
+ExitStatus headers(const Options &options)
+{
+    VMMemoryMap &map = processMemoryMap();
+    map.skipUpToDate = options.skipUpToDate;
+    if (!loadDescriptions(options, map))
+        return kFailed;
+    const TraceRedirection noTrace(nullptr);
+    const QString directory = options.outputDirectory;
+    bool written = true;
+    if (map.chipRootArchive)
+        written = writeHeaders(map, options.hasBothRoots() ? directory + "/chip"_L1 : directory, true) && written;
+    if (map.softRootArchive)
+        written = writeHeaders(map, options.hasBothRoots() ? directory + "/soft"_L1 : directory, false) && written;
+    return written ? kDone : kFailed;
+}
+
+} // namespace veldmap::cli

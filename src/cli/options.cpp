@@ -1,0 +1,155 @@
+#include "cli/options.h"
+
+#include "cli/commands.h"
+#include "cli/messages.h"
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+
+namespace veldmap::cli {
+
+namespace {
+
+/// The command line as CLI11 reads it.
+struct Arguments {
+    std::string chip;
+    std::string soft;
+    std::string outputDirectory;
+    std::vector<std::string> expressions;
+    bool skipUpToDate = false;
+    bool json = false;
+    bool verbose = false;
+    bool quiet = false;
+};
+
+Options optionsOf(const Arguments &arguments)
+{
+    Options options;
+    options.chip = QString::fromStdString(arguments.chip);
+    options.soft = QString::fromStdString(arguments.soft);
+    options.outputDirectory = QString::fromStdString(arguments.outputDirectory);
+    options.skipUpToDate = arguments.skipUpToDate;
+    options.json = arguments.json;
+    for (const std::string &expression : arguments.expressions)
+        options.expressions += QString::fromStdString(expression);
+    return options;
+}
+
+/// A command, and whether it works without a description.
+struct Command {
+    CLI::App *app;
+    ExitStatus (*run)(const Options &options);
+    bool needsRoot;
+};
+
+void addRoots(CLI::App &command, Arguments &arguments)
+{
+    command.add_option("--chip", arguments.chip, "root description of the chip")->type_name("FILE");
+    command.add_option("--soft", arguments.soft, "root description of the software")->type_name("FILE");
+}
+
+Command addCheck(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *command = app.add_subcommand("check", "Load descriptions and report what is wrong with them");
+    addRoots(*command, arguments);
+    command->add_option("FILE", arguments.chip, "the same as --chip FILE")->type_name("")->excludes("--chip");
+    command->footer("Example:\n  veldmap check soc.xml");
+    return {command, check, true};
+}
+
+Command addHeaders(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *command = app.add_subcommand("headers", "Write the C and assembly headers of descriptions");
+    addRoots(*command, arguments);
+    command->add_option("-o,--output", arguments.outputDirectory, "directory for the headers, made if need be")
+        ->type_name("DIR")
+        ->required();
+    command->add_flag("--skip-up-to-date", arguments.skipUpToDate,
+                      "leave headers alone that are newer than their description");
+    command->footer("With both roots the headers lie below DIR/chip and DIR/soft.\n\n"
+                    "Examples:\n"
+                    "  veldmap headers --chip soc.xml -o include\n"
+                    "  veldmap headers --chip soc.xml --soft firmware.xml -o include --skip-up-to-date");
+    return {command, headers, true};
+}
+
+Command addTree(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *command = app.add_subcommand("tree", "Print what was loaded");
+    addRoots(*command, arguments);
+    command->add_flag("--json", arguments.json, "as one JSON object, for programs");
+    command->footer("Examples:\n"
+                    "  veldmap tree --chip soc.xml\n"
+                    "  veldmap tree --json --chip soc.xml | jq '.chip.instances[].path'");
+    return {command, tree, true};
+}
+
+Command addEval(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *command = app.add_subcommand("eval", "Print the value of expressions, one a line");
+    addRoots(*command, arguments);
+    command->add_option("EXPRESSION", arguments.expressions, "what to evaluate")->type_name("")->required();
+    command->add_flag("--json", arguments.json, "as a JSON list of types and values");
+    command->footer("With a root, expressions see the variables of its first file. Put -- in front of an expression\n"
+                    "that begins with a minus sign and no digit behind it.\n\n"
+                    "Examples:\n"
+                    "  veldmap eval '0x40000000+0x1000*3' 'exp2(10)-1'\n"
+                    "  veldmap eval --chip soc.xml UART_NB_CHAN\n"
+                    "  veldmap eval -- '-(2+3)'");
+    return {command, eval, false};
+}
+
+ExitStatus runCommand(const std::vector<Command> &commands, const Arguments &arguments)
+{
+    for (const Command &command : commands) {
+        if (!command.app->parsed())
+            continue;
+        const Options options = optionsOf(arguments);
+        if (command.needsRoot && !options.hasRoot()) {
+            printError(u"No description is given: name one with --chip FILE or --soft FILE."_s);
+            return kWrongUsage;
+        }
+        return command.run(options);
+    }
+    return kWrongUsage;
+}
+
+} // namespace
+
+int runCommandLine(int argc, char **argv)
+{
+    Arguments arguments;
+    CLI::App app("From one description of a chip's registers and memory map, or of software data structures, to\n"
+                 "everything that engineers need of it.",
+                 "veldmap");
+    app.require_subcommand(1);
+    app.fallthrough();
+    app.set_version_flag("--version", VELDMAP_VERSION);
+    CLI::Option *verbose = app.add_flag("-v,--verbose", arguments.verbose, "tell what is being loaded");
+    app.add_flag("-q,--quiet", arguments.quiet, "tell errors only")->excludes(verbose);
+    const std::vector<Command> commands = {addCheck(app, arguments), addHeaders(app, arguments),
+                                           addTree(app, arguments), addEval(app, arguments)};
+    app.footer("Examples:\n"
+               "  veldmap check soc.xml\n"
+               "  veldmap headers --chip soc.xml -o include\n"
+               "  veldmap tree --chip soc.xml\n"
+               "  veldmap eval '0x10+0b11'\n\n"
+               "'veldmap COMMAND --help' tells more of a command. Numbers are decimal, 0x hexadecimal or 0b binary.\n"
+               "The exit status is 0 when all was done, 1 when something failed, 2 for wrong usage.");
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError &end) {
+        // Help and version end the parsing too.
+        return app.exit(end) == 0 ? kDone : kWrongUsage;
+    }
+    if (arguments.verbose || arguments.quiet)
+        setVerbosity(arguments.verbose ? Verbosity::Verbose : Verbosity::Quiet);
+    return runCommand(commands, arguments);
+}
+
+} // namespace veldmap::cli

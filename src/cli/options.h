@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace veldmap::cli {
+
+/// The exit status of the program.
+enum ExitStatus {
+    kDone = 0,
+    kFailed = 1,    ///< a description did not load, something has no value, or a file could not be written
+    kWrongUsage = 2 ///< the command line does not say what to do
+};
+
+/// What the command line says.
+struct Options {
+    QString chip; ///< root description of the chip, empty if there is none
+    QString soft; ///< root description of the software, empty if there is none
+    QString outputDirectory;
+    bool skipUpToDate = false;
+    bool json = false;
+    QStringList expressions;
+
+    bool hasRoot() const { return !chip.isEmpty() || !soft.isEmpty(); }
+    bool hasBothRoots() const { return !chip.isEmpty() && !soft.isEmpty(); }
+};
+
+/// Reads the command line and runs the command that it names; the exit status.
+int runCommandLine(int argc, char **argv);
+
+} // namespace veldmap::cli

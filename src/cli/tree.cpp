@@ -1,0 +1,126 @@
+#include "cli/commands.h"
+#include "cli/description.h"
+#include "cli/messages.h"
+#include "cli/tree_json.h"
+#include "common/lines.h"
+#include "model/aggregates.h"
+#include "model/archive.h"
+#include "model/memory_map.h"
+#include "model/root_archive.h"
+#include "model/valuable.h"
+
+#include <QJsonDocument>
+
+using namespace Qt::StringLiterals;
+
+// The tree as an engineer reads it:
+//
+//     chip soc
+//       file periph/uart.xml: UART
+//         UART_NB_CHAN = 2
+//         type uart, 20 bytes
+//       UART0                             0x40034000 uart
+//         ctrl                            0x40034000 Reg32 rw
+//           speed                         3:1        rw reset 0
+
+namespace veldmap::cli {
+
+namespace {
+
+constexpr int kPlaceColumn = 40;
+constexpr int kTypeColumn = 51;
+
+QString margin(int level)
+{
+    return QString(2 * level, u' ');
+}
+
+void appendField(const VMBitField &field, int level, QString &text)
+{
+    const QString position = field.upPos == field.downPos
+                                 ? QString::number(field.downPos)
+                                 : u"%1:%2"_s.arg(QString::number(field.upPos), QString::number(field.downPos));
+    QString options;
+    for (const VMBitFieldOption &option : field.options.optionList)
+        options += u' ' + option.name + u'=' + QString::number(option.value);
+    text += lineOf(margin(level), field.getName(), Column{kPlaceColumn}, position, Column{kTypeColumn},
+                   field.getAccessString(), " reset "_L1, field.getResetString(DISPLAY_DEFAULT), options);
+}
+
+void appendElement(const VMXMLElement &element, int level, QString &text)
+{
+    QString type = element.getTypeString();
+    const auto *valuable = elementCast<VMValuable>(&element);
+    if (valuable)
+        type += u' ' + valuable->getProtectString();
+    else
+        type += (type.isEmpty() ? u""_s : u", "_s) + QString::number(element.sizeOf()) + " bytes"_L1;
+    text += lineOf(margin(level), element.getName(), Column{kPlaceColumn}, element.getAddressString(),
+                   Column{kTypeColumn}, type);
+    if (valuable) {
+        for (const auto &field : valuable->bitFields)
+            appendField(*field, level + 1, text);
+    } else if (const auto *structure = elementCast<VMStruct>(&element)) {
+        for (const auto &member : structure->memberList)
+            appendElement(*member, level + 1, text);
+    } else if (const auto *array = elementCast<VMArray>(&element)) {
+        for (const auto &member : array->memberList)
+            appendElement(*member, level + 1, text);
+    }
+}
+
+void appendVariable(const VMIntVar &variable, int level, QString &text)
+{
+    const QString right = variable.isRange ? " .. "_L1 + QString::number(variable.rightValue) : QString();
+    const bool isPlain = variable.leftExpression == QString::number(variable.leftValue);
+    text += lineOf(margin(level), variable.name, " = "_L1, variable.leftValue, right,
+                   isPlain || variable.isRange ? QString() : " ("_L1 + variable.leftExpression + u')');
+}
+
+void appendArchive(const VMXMLArchive &archive, QString &text)
+{
+    text += lineOf(margin(1), "file "_L1, archive.relativeFileName, archive.archiveComment.isEmpty() ? ""_L1 : ": "_L1,
+                   archive.archiveComment);
+    for (const VMIntVar &variable : *archive.variables) {
+        if (!variable.leftExpression.isEmpty())
+            appendVariable(variable, 2, text);
+    }
+    for (const auto &element : archive.templates)
+        text += lineOf(margin(2), "type "_L1, element->typedefName, ", "_L1, element->sizeOf(), " bytes"_L1);
+}
+
+void appendRoot(const VMRootArchive *root, QLatin1StringView word, QString &text)
+{
+    if (!root)
+        return;
+    text += lineOf(word, u" ", root->getName());
+    for (const VMXMLArchive *archive : root->xmlArchives)
+        appendArchive(*archive, text);
+    for (const auto &instance : root->instances)
+        appendElement(*instance, 1, text);
+}
+
+QString readableTree(const VMMemoryMap &map)
+{
+    QString text;
+    for (const VMIntVar &variable : *map.globalVariables)
+        appendVariable(variable, 0, text);
+    appendRoot(map.chipRootArchive, "chip"_L1, text);
+    appendRoot(map.softRootArchive, "soft"_L1, text);
+    return text;
+}
+
+} // namespace
+
+ExitStatus tree(const Options &options)
+{
+    VMMemoryMap &map = processMemoryMap();
+    if (!loadDescriptions(options, map))
+        return kFailed;
+    const QString text = options.json
+                             ? QString::fromUtf8(QJsonDocument(jsonOf(map)).toJson(QJsonDocument::Compact)) + u'\n'
+                             : readableTree(map);
+    return printResult(text) ? kDone : kFailed;
+}
+
+} // namespace veldmap::cli

@@ -1,0 +1,219 @@
+#include "cli/tree_json.h"
+
+#include "model/aggregates.h"
+#include "model/archive.h"
+#include "model/memory_map.h"
+#include "model/pointer.h"
+#include "model/root_archive.h"
+
+#include <QJsonArray>
+
+using namespace Qt::StringLiterals;
+
+namespace veldmap::cli {
+
+namespace {
+
+QJsonValue unsignedNumber(int number)
+{
+    return static_cast<qint64>(static_cast<quint32>(number));
+}
+
+QJsonValue unsignedNumber(quint32 number)
+{
+    return static_cast<qint64>(number);
+}
+
+QString displayWord(DisplayType display)
+{
+    return display == DISPLAY_HEX ? u"hex"_s : display == DISPLAY_BIN ? u"bin"_s : u"dec"_s;
+}
+
+/// The list of what \a convert makes of each item.
+template <typename Items, typename Convert>
+QJsonArray listOf(const Items &items, const Convert &convert)
+{
+    QJsonArray list;
+    for (const auto &item : items)
+        list.append(convert(item));
+    return list;
+}
+
+QJsonObject optionJson(const VMBitFieldOption &option)
+{
+    return {{u"name"_s, option.name}, {u"value"_s, option.value}, {u"comment"_s, option.comment}};
+}
+
+QJsonObject fieldJson(const VMBitField &field)
+{
+    return {
+        {u"name"_s, field.getName()},
+        {u"up"_s, field.upPos},
+        {u"down"_s, field.downPos},
+        {u"upExpression"_s, field.upPosExpression},
+        {u"downExpression"_s, field.downPosExpression},
+        {u"physicalUp"_s, field.physicalUpPos},
+        {u"physicalDown"_s, field.physicalDownPos},
+        {u"physicalUpExpression"_s, field.physicalUpPosExpression},
+        {u"physicalDownExpression"_s, field.physicalDownPosExpression},
+        {u"access"_s, field.getAccessString()},
+        {u"reset"_s, field.hasReset ? unsignedNumber(field.resetValue) : QJsonValue()},
+        {u"display"_s, displayWord(field.displayType)},
+        {u"comment"_s, field.getComment()},
+        {u"options"_s, listOf(field.options.optionList, optionJson)},
+        {u"hasDefault"_s, field.options.hasDefault},
+        {u"hasMask"_s, field.options.hasMask},
+        {u"hasShift"_s, field.options.hasShift},
+    };
+}
+
+QJsonObject groupJson(const VMBitGroup &group)
+{
+    return {{u"name"_s, group.name},
+            {u"fields"_s, listOf(group, [](const VMBitField *field) { return field->getName(); })}};
+}
+
+QJsonObject elementJson(const VMXMLElement &element);
+
+QJsonArray elementsJson(const std::vector<std::unique_ptr<VMXMLElement>> &elements)
+{
+    return listOf(elements, [](const auto &element) { return elementJson(*element); });
+}
+
+void addValuable(QJsonObject &object, const VMValuable &valuable)
+{
+    object[u"access"_s] = valuable.getProtectString();
+    object[u"display"_s] = displayWord(valuable.displayType);
+    object[u"enumTemplate"_s] = valuable.enumTemplate;
+    object[u"low"_s] = valuable.lowName;
+    object[u"high"_s] = valuable.highName;
+    object[u"physicalName"_s] = valuable.physicalName;
+    object[u"bitFields"_s] = listOf(valuable.bitFields, [](const auto &field) { return fieldJson(*field); });
+    object[u"bitGroups"_s] = listOf(valuable.bitGroups, [](const auto &group) { return groupJson(*group); });
+}
+
+/// Adds what elements of the kind of \a element have beside the others.
+void addKindDetails(QJsonObject &object, const VMXMLElement &element)
+{
+    if (const auto *valuable = elementCast<VMValuable>(&element))
+        addValuable(object, *valuable);
+    if (const auto *pointer = elementCast<VMPointer>(&element))
+        object[u"pointedType"_s] = pointer->pointedType;
+    if (const auto *structure = elementCast<VMStruct>(&element)) {
+        object[u"isTypedef"_s] = structure->isTypedef != 0;
+        object[u"members"_s] = elementsJson(structure->memberList);
+    }
+    if (const auto *array = elementCast<VMArray>(&element)) {
+        object[u"count"_s] = array->declaredCount;
+        object[u"countExpression"_s] = array->countExpression;
+        object[u"prototype"_s] = elementJson(*array->prototype);
+        object[u"members"_s] = elementsJson(array->memberList);
+    }
+    if (const auto *hole = elementCast<VMHole>(&element))
+        object[u"bits"_s] = hole->holeBits;
+}
+
+QJsonObject elementJson(const VMXMLElement &element)
+{
+    QJsonObject object = {
+        {u"kind"_s, kindOf(element)},
+        {u"name"_s, element.getName()},
+        {u"path"_s, element.getPath()},
+        {u"type"_s, element.getTypeString()},
+        {u"typedefName"_s, element.typedefName},
+        {u"declaredType"_s, element.declaredType},
+        {u"category"_s, element.category},
+        {u"comment"_s, element.getComment()},
+        {u"keywords"_s, QJsonArray::fromStringList(element.cKeywords)},
+        {u"address"_s, unsignedNumber(element.getBaseAddress())},
+        {u"offset"_s, unsignedNumber(element.offset)},
+        {u"size"_s, unsignedNumber(element.sizeOf())},
+        {u"align"_s, unsignedNumber(element.getAlignConstraint())},
+    };
+    addKindDetails(object, element);
+    return object;
+}
+
+QJsonObject variableJson(const VMIntVar &variable)
+{
+    QJsonObject object = {
+        {u"name"_s, variable.name},
+        {u"expression"_s, variable.leftExpression},
+        {u"value"_s, variable.leftValue},
+        {u"comment"_s, variable.comment},
+        {u"enum"_s, variable.ownerEnum ? QJsonValue(variable.ownerEnum->name) : QJsonValue()},
+    };
+    if (variable.isRange) {
+        object[u"right"_s] = variable.rightExpression;
+        object[u"rightValue"_s] = variable.rightValue;
+        object[u"direction"_s] = variable.dir == VMIntVar::up ? u"up"_s : u"down"_s;
+    }
+    return object;
+}
+
+QJsonObject enumEntryJson(const VMIntVar &entry)
+{
+    return {{u"name"_s, entry.name},
+            {u"expression"_s, entry.leftExpression},
+            {u"value"_s, entry.leftValue},
+            {u"comment"_s, entry.comment}};
+}
+
+QJsonObject enumJson(const VMEnum &enumeration)
+{
+    return {{u"name"_s, enumeration.name},
+            {u"comment"_s, enumeration.comment},
+            {u"entries"_s, listOf(enumeration, enumEntryJson)}};
+}
+
+QJsonObject archiveJson(const VMXMLArchive &archive)
+{
+    return {
+        {u"file"_s, archive.relativeFileName},
+        {u"comment"_s, archive.archiveComment},
+        {u"cjoker"_s, archive.cJoker},
+        {u"generateAsm"_s, archive.generateAsm},
+        {u"vhdlPackage"_s, archive.vhdlPackage},
+        {u"includes"_s,
+         listOf(archive.includedArchives, [](const VMXMLArchive *included) { return included->relativeFileName; })},
+        {u"variables"_s, listOf(*archive.variables, variableJson)},
+        {u"enums"_s, listOf(archive.variables->enums, [](const auto &e) { return enumJson(*e); })},
+        {u"templates"_s, elementsJson(archive.templates)},
+    };
+}
+
+QJsonValue rootJson(const VMRootArchive *root)
+{
+    if (!root)
+        return QJsonValue();
+    return QJsonObject{
+        {u"name"_s, root->getName()},
+        {u"archives"_s, listOf(root->xmlArchives, [](const VMXMLArchive *archive) { return archiveJson(*archive); })},
+        {u"instances"_s, elementsJson(root->instances)},
+    };
+}
+
+} // namespace
+
+QJsonObject jsonOf(const VMMemoryMap &map)
+{
+    return {{u"chip"_s, rootJson(map.chipRootArchive)},
+            {u"soft"_s, rootJson(map.softRootArchive)},
+            {u"globals"_s, listOf(*map.globalVariables, variableJson)}};
+}
+
+QString kindOf(const VMXMLElement &element)
+{
+    static constexpr QLatin1StringView kKinds[] = {
+        "hole"_L1,           "valuable"_L1,      "register32"_L1,
+        "register16"_L1,     "register8"_L1,     "internal_register8"_L1,
+        "bitfield"_L1,       "pointer"_L1,       "int32"_L1,
+        "int16"_L1,          "int8"_L1,          "unsigned_int32"_L1,
+        "unsigned_int16"_L1, "unsigned_int8"_L1, "boolean"_L1,
+        "struct"_L1,         "array"_L1,         "memory"_L1,
+        "archive"_L1,        "root_archive"_L1,  "void"_L1,
+    };
+    return kKinds[element.getType()];
+}
+
+} // namespace veldmap::cli

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QJsonObject>
+
+class VMMemoryMap;
+class VMXMLElement;
+
+namespace veldmap::cli {
+
+/// The loaded tree of \a map as one object, for programs.
+QJsonObject jsonOf(const VMMemoryMap &map);
+
+/// The word for the kind of \a element: "register32", "struct", ...
+QString kindOf(const VMXMLElement &element);
+
+} // namespace veldmap::cli

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+namespace veldmap {
+
+/// Puts a file with \a content in the place of \a path in one step: a reader finds the old file or the whole new one.
+/// Where the directory takes no new file, the old one is written over. False when neither is possible; \a reason then
+/// tells why.
+bool writeWholeFile(const QString &path, const QByteArray &content, QString &reason);
+
+} // namespace veldmap

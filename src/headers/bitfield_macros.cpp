@@ -1,0 +1,167 @@
+#include "common/lines.h"
+#include "model/aggregates.h"
+#include "model/valuable.h"
+
+#include <QSet>
+
+using namespace Qt::StringLiterals;
+
+// The macros of a register, under its name: value, mask and shift of a field, then its options. A name that the
+// template has used before stands commented out.
+//
+//     //ctrl
+//     #define UART_ENABLE                 (1<<0)
+//     #define UART_SPEED(n)               (((n)&7)<<1)
+//     #define UART_SPEED_FAST             (5<<1)
+//     //#define UART_ENABLE               (1<<4)
+//                                         ^ 36
+
+namespace {
+
+constexpr int kValueColumn = 36;
+
+/// \a value as it stands in the macros of a field of \a width bits: small fields read best in decimal.
+QString valueText(quint32 value, int width)
+{
+    return width <= 5 ? QString::number(value) : "0x"_L1 + veldmap::hexDigits(value);
+}
+
+/// Writes the macros of one template. Knows which names the template has used.
+class MacroWriter {
+public:
+    MacroWriter(const QString &prefix, QStringList &usedNames)
+        : m_prefix(prefix), m_usedNames(usedNames), m_known(usedNames.cbegin(), usedNames.cend())
+    {
+    }
+
+    QString textOf(const VMXMLElement &element)
+    {
+        write(element);
+        return std::move(m_text);
+    }
+
+    QString textOf(const VMBitGroup &group)
+    {
+        writeGroup(group);
+        return std::move(m_text);
+    }
+
+private:
+    void write(const VMXMLElement &element)
+    {
+        if (const auto *structure = elementCast<VMStruct>(&element)) {
+            for (const auto &member : structure->memberList)
+                write(*member);
+        } else if (const auto *array = elementCast<VMArray>(&element)) {
+            write(*array->prototype);
+        } else if (const auto *valuable = elementCast<VMValuable>(&element)) {
+            writeValuable(*valuable);
+        } else if (const auto *field = elementCast<VMBitField>(&element)) {
+            writeField(*field);
+        }
+    }
+
+    void writeValuable(const VMValuable &valuable)
+    {
+        if (valuable.enumTemplate || (valuable.bitFields.empty() && valuable.bitGroups.empty()))
+            return;
+        m_text += "//"_L1 + valuable.name + u'\n';
+        for (const auto &field : valuable.bitFields)
+            writeField(*field);
+        for (const auto &group : valuable.bitGroups)
+            writeGroup(*group);
+        m_text += u'\n';
+    }
+
+    void writeField(const VMBitField &field)
+    {
+        const QString name = m_prefix + u'_' + field.getName().toUpper();
+        const int width = field.getBitSize();
+        const QString mask = valueText(field.getFullValueShifted(), width);
+        const QString shift = QString::number(field.downPos);
+        const VMBitFieldOptions &options = field.options;
+        if (options.hasDefault || options.optionList.isEmpty())
+            writeValue(name, width, mask, shift);
+        if (options.hasMask)
+            writeMacro(name + "_MASK"_L1, false, u'(' + mask + "<<"_L1 + shift + u')');
+        if (options.hasShift)
+            writeMacro(name + "_SHIFT"_L1, false, u'(' + shift + u')');
+        for (const VMBitFieldOption &option : options.optionList)
+            writeMacro(name + u'_' + option.name.toUpper(), false,
+                       u'(' + valueText(static_cast<quint32>(option.value), width) + "<<"_L1 + shift + u')');
+    }
+
+    void writeGroup(const VMBitGroup &group)
+    {
+        const QString name = m_prefix + u'_' + group.name.toUpper();
+        const int width = group.getTotalBits();
+        const QString mask = valueText(group.getFullValueShifted(), width);
+        const QString shift = QString::number(group.getShift());
+        writeValue(name, width, mask, shift);
+        writeMacro(name + "_MASK"_L1, false, u'(' + mask + "<<"_L1 + shift + u')');
+        writeMacro(name + "_SHIFT"_L1, false, u'(' + shift + u')');
+    }
+
+    /// The macro that puts a value in its place; a single bit needs none.
+    void writeValue(const QString &name, int width, const QString &mask, const QString &shift)
+    {
+        if (width > 1)
+            writeMacro(name, true, "(((n)&"_L1 + mask + ")<<"_L1 + shift + u')');
+        else
+            writeMacro(name, false, u'(' + mask + "<<"_L1 + shift + u')');
+    }
+
+    void writeMacro(const QString &name, bool hasParameter, const QString &body)
+    {
+        const bool isUsed = m_known.contains(name);
+        if (!isUsed) {
+            m_known.insert(name);
+            m_usedNames.append(name);
+        }
+        veldmap::appendLine(m_text, isUsed ? "//"_L1 : ""_L1, "#define "_L1, name, hasParameter ? "(n)"_L1 : ""_L1,
+                            veldmap::Column{kValueColumn}, body);
+    }
+
+    const QString &m_prefix;
+    QStringList &m_usedNames;
+    QSet<QString> m_known;
+    QString m_text;
+};
+
+} // namespace
+
+QString VMXMLElement::templateMacros() const
+{
+    QStringList usedNames;
+    return macro_serialize(getTypeString().toUpper(), usedNames);
+}
+
+QString VMXMLElement::macro_serialize(const QString &, QStringList &) const
+{
+    return {};
+}
+
+QString VMStruct::macro_serialize(const QString &prefix, QStringList &usedNames) const
+{
+    return MacroWriter(prefix, usedNames).textOf(*this);
+}
+
+QString VMArray::macro_serialize(const QString &prefix, QStringList &usedNames) const
+{
+    return MacroWriter(prefix, usedNames).textOf(*this);
+}
+
+QString VMValuable::macro_serialize(const QString &prefix, QStringList &usedNames) const
+{
+    return MacroWriter(prefix, usedNames).textOf(*this);
+}
+
+QString VMBitField::macro_serialize(const QString &prefix, QStringList &usedNames) const
+{
+    return MacroWriter(prefix, usedNames).textOf(static_cast<const VMXMLElement &>(*this));
+}
+
+QString VMBitGroup::macro_serialize(const QString &prefix, QStringList &usedNames) const
+{
+    return MacroWriter(prefix, usedNames).textOf(*this);
+}

@@ -1,0 +1,261 @@
+#include "loading/archive_loader.h"
+
+#include "common/bits.h"
+#include "loading/limits.h"
+#include "loading/tag.h"
+#include "model/root_archive.h"
+#include "model/valuable.h"
+
+using namespace Qt::StringLiterals;
+using veldmap::readName;
+using veldmap::readText;
+using veldmap::Tag;
+using veldmap::wrappingAdd;
+namespace limits = veldmap::limits;
+
+/// The attributes of a `bits` tag.
+struct VMArchiveLoader::BitsAttributes {
+    explicit BitsAttributes(const Tag &tag)
+        : name(readName(tag, u"name")), access(readText(tag, u"access")), pos(readText(tag, u"pos")),
+          reset(readText(tag, u"rst", u"no"_s)), display(veldmap::displayOf(readText(tag, u"display", u"dec"_s))),
+          cut(readText(tag, u"cut", u"no"_s)), cutEnum(readText(tag, u"cutenum")),
+          cutStart(readText(tag, u"cutstart", u"0"_s)), cutPrefix(readName(tag, u"cutprefix"))
+    {
+    }
+
+    bool hasReset() const
+    {
+        return !reset.isEmpty() && reset != "-"_L1 && reset.compare("no"_L1, Qt::CaseInsensitive) != 0;
+    }
+    /// The mode of the strongest letter: clear before set before write.
+    int writeMode() const
+    {
+        return access.contains(u'c') ? 3 : access.contains(u's') ? 2 : access.contains(u'w') ? 1 : 0;
+    }
+
+    QString name;
+    QString access;
+    QString pos;
+    QString reset;
+    DisplayType display;
+    QString cut;
+    QString cutEnum;
+    QString cutStart;
+    QString cutPrefix;
+};
+
+/// A position of a field, as text and as number.
+struct VMArchiveLoader::BitPosition {
+    QString upText;
+    int up = 0;
+    QString downText;
+    int down = 0;
+
+    qint64 width() const { return qint64(up) - down + 1; }
+};
+
+/// How a field is cut into equal pieces, upwards from its lowest bit.
+struct VMArchiveLoader::BitsCut {
+    BitPosition whole;
+    int pieces = 1;
+    int pieceWidth = 0;
+    int start = 0;
+    QString prefix;
+    const VMEnum *names = nullptr;
+
+    QString nameOf(int piece) const
+    {
+        const int index = wrappingAdd(start, piece);
+        const QString tail = names ? names->getEntryName(index) : QString::number(index);
+        return prefix.isEmpty() ? tail : prefix + u'_' + tail;
+    }
+
+    /// The position texts of a piece. A plain number is counted on; any other text is kept and added to.
+    BitPosition textsOf(int piece) const
+    {
+        const int low = veldmap::wrappingMultiply(pieceWidth, piece);
+        const int high = veldmap::wrappingSubtract(wrappingAdd(low, pieceWidth), 1);
+        BitPosition position;
+        bool plain = false;
+        whole.downText.toInt(&plain);
+        if (plain) {
+            position.downText = QString::number(wrappingAdd(whole.down, low));
+            position.upText = QString::number(wrappingAdd(whole.down, high));
+        } else {
+            position.downText = whole.downText + u'+' + QString::number(low);
+            position.upText = whole.downText + u'+' + QString::number(high);
+        }
+        if (piece == 0)
+            position.downText = whole.downText;
+        return position;
+    }
+};
+
+namespace {
+
+/// The number that \a text writes in decimal, hexadecimal (0x) or octal (0); 0 for any other text.
+quint32 resetNumber(const QString &text)
+{
+    QStringView digits = QStringView(text).trimmed();
+    if (digits.startsWith(u'+'))
+        digits = digits.sliced(1);
+    if (digits.startsWith("0b"_L1, Qt::CaseInsensitive)) // which QString reads as well
+        return 0;
+    return text.toUInt(nullptr, 0);
+}
+
+quint32 resetValueOf(const QString &reset, qint64 width)
+{
+    const bool allOnes = reset.compare("all1"_L1, Qt::CaseInsensitive) == 0;
+    return (allOnes ? 0xFFFFFFFFu : resetNumber(reset)) & veldmap::lowBits(width);
+}
+
+} // namespace
+
+bool VMArchiveLoader::manageBitsTag(const Tag &tag, VMValuable *valuable, VMXMLArchive *archive)
+{
+    ++archive->getRootArchive()->m_declaredElements;
+    const BitsAttributes attributes(tag);
+    const QString &name = attributes.name;
+    if (name.isEmpty())
+        return fail(tag, *archive, u"Valuable %1 contains an unamed bitfield.\n"_s.arg(valuable->getName()));
+    if (attributes.pos.isEmpty())
+        return fail(tag, *archive, u"Valuable %1, bitfield %2 : position undefined\n"_s.arg(valuable->getName(), name));
+    BitsCut cut;
+    if (!readPosition(attributes, tag, *valuable, *archive, cut.whole) ||
+        !readCut(attributes, tag, *valuable, *archive, cut))
+        return false;
+    if (valuable->bitFields.size() + static_cast<std::size_t>(cut.pieces) > limits::kBitFields)
+        return fail(
+            tag, *archive,
+            u"Valuable %1 has more than %2 bitfields."_s.arg(valuable->getName(), QString::number(limits::kBitFields)));
+
+    BitPosition first = cut.whole;
+    std::unique_ptr<VMBitGroup> group;
+    if (cut.pieces > 1) {
+        first = cut.textsOf(0);
+        if (!evaluatePosition(first, name, tag, *valuable, *archive))
+            return false;
+        group = std::make_unique<VMBitGroup>(name, valuable);
+    }
+    const quint32 reset = attributes.hasReset() ? resetValueOf(attributes.reset, first.width()) : 0;
+    auto field = std::make_unique<VMBitField>(
+        group ? cut.nameOf(0) : name, attributes.access.contains(u'r'), attributes.writeMode(), first.upText, first.up,
+        first.downText, first.down, static_cast<int>(reset), attributes.hasReset(), attributes.display);
+    if (!readBitsChildren(tag, name, *field, archive))
+        return false;
+    return addPieces(std::move(field), std::move(group), cut, name, tag, *valuable, *archive);
+}
+
+bool VMArchiveLoader::readPosition(const BitsAttributes &attributes, const Tag &tag, const VMValuable &valuable,
+                                   const VMXMLArchive &archive, BitPosition &position)
+{
+    // The split comes at the last colon that has text on both sides.
+    const QString &pos = attributes.pos;
+    const qsizetype colon = pos.size() < 3 ? -1 : pos.lastIndexOf(u':', pos.size() - 2);
+    const bool isRange = colon > 0;
+    position.upText = isRange ? pos.first(colon) : pos;
+    position.downText = isRange ? pos.sliced(colon + 1) : pos;
+    if (!evaluatePosition(position, attributes.name, tag, valuable, archive))
+        return false;
+    if (position.up < position.down) {
+        std::swap(position.up, position.down);
+        std::swap(position.upText, position.downText);
+    }
+    return true;
+}
+
+bool VMArchiveLoader::evaluatePosition(BitPosition &position, const QString &name, const Tag &tag,
+                                       const VMValuable &valuable, const VMXMLArchive &archive)
+{
+    const auto evaluateText = [&](const QString &text, int &number) {
+        const Evaluated result = evaluate(text, archive);
+        number = result.value;
+        return !result.failed || fail(tag, archive,
+                                      u"Valuable %1, bitfield %2, expression %3 : %4\n"_s.arg(valuable.getName(), name,
+                                                                                              text, result.message));
+    };
+    if (!evaluateText(position.upText, position.up))
+        return false;
+    if (position.downText == position.upText) {
+        position.down = position.up;
+        return true;
+    }
+    return evaluateText(position.downText, position.down);
+}
+
+bool VMArchiveLoader::readCut(const BitsAttributes &attributes, const Tag &tag, const VMValuable &valuable,
+                              const VMXMLArchive &archive, BitsCut &cut)
+{
+    const QString &name = attributes.name;
+    const Evaluated start = evaluate(attributes.cutStart, archive);
+    if (start.failed)
+        return fail(tag, archive,
+                    u"Valuable '%1', bitfield '%2', expression '%3' : %4\n"_s.arg(valuable.getName(), name,
+                                                                                  attributes.cutStart, start.message));
+    if (attributes.cut != "no"_L1) {
+        const qint64 width = cut.whole.width();
+        cut.pieceWidth = attributes.cut.toInt();
+        if (cut.pieceWidth <= 0)
+            return fail(tag, archive, u"Valuable %1, bitfield %2 : bad cut size\n"_s.arg(valuable.getName(), name));
+        if (width % cut.pieceWidth != 0)
+            return fail(
+                tag, archive,
+                u"Valuable %1, bitfield %2 : cutting bitfield with divisor non-multiple of total bitfield size\n"_s.arg(
+                    valuable.getName(), name));
+        if (width / cut.pieceWidth > limits::kCutPieces)
+            return fail(tag, archive,
+                        u"Valuable %1, bitfield %2 : cutting bitfield into more than %3 pieces"_s.arg(
+                            valuable.getName(), name, QString::number(limits::kCutPieces)));
+        cut.pieces = static_cast<int>(width / cut.pieceWidth);
+    }
+    if (!attributes.cutEnum.isEmpty()) {
+        cut.names = archive.variables->getEnumByName(attributes.cutEnum);
+        if (!cut.names)
+            return fail(tag, archive,
+                        u"Bitfield '%1' is cut thanks to an undefined enum '%2'.\n"_s.arg(name, attributes.cutEnum));
+    }
+    cut.start = start.value;
+    cut.prefix = attributes.cutPrefix;
+    return true;
+}
+
+bool VMArchiveLoader::readBitsChildren(const Tag &tag, const QString &name, VMBitField &field, VMXMLArchive *archive)
+{
+    QString comment;
+    for (const Tag &child : veldmap::ChildTags(tag)) {
+        const QStringView childName = child.name();
+        if (childName == "options"_L1) {
+            if (!manageOptionsTag(child, &field, archive))
+                return false;
+        } else if (!veldmap::takeComment(child, comment)) {
+            return fail(child, *archive, u"Bitfield '%1' contains an unvalid '%2' tag.\n"_s.arg(name, childName));
+        }
+    }
+    field.comment = comment + field.generateOptionsComment();
+    return true;
+}
+
+bool VMArchiveLoader::addPieces(std::unique_ptr<VMBitField> first, std::unique_ptr<VMBitGroup> group,
+                                const BitsCut &cut, const QString &name, const Tag &tag, VMValuable &valuable,
+                                const VMXMLArchive &archive)
+{
+    std::vector<std::unique_ptr<VMBitField>> pieces;
+    pieces.push_back(std::move(first));
+    for (int piece = 1; piece < cut.pieces; ++piece) {
+        BitPosition position = cut.textsOf(piece);
+        if (!evaluatePosition(position, name, tag, valuable, archive))
+            return false;
+        pieces.push_back(std::make_unique<VMBitField>(*pieces.front()));
+        pieces.back()->setName(cut.nameOf(piece));
+        pieces.back()->setPositions(position.upText, position.up, position.downText, position.down);
+    }
+    for (auto &piece : pieces) {
+        if (group)
+            group->addBitField(piece.get());
+        valuable.addBitField(piece.release());
+    }
+    if (group)
+        valuable.addBitGroup(group.release());
+    return true;
+}

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QtGlobal>
+
+/// Every resource limit of a load. Each lies far above what a real chip needs; one that is exceeded is an error at the
+/// tag concerned. They keep a small file from taking more than a moment or a few hundred megabytes.
+namespace veldmap::limits {
+
+/// Bytes of one description file. The document takes some twenty times as much memory; the largest descriptions of
+/// whole chips have about 20 MB in a single file.
+constexpr qint64 kDocumentBytes = 256 * 1024 * 1024;
+
+/// Characters by which the entities of one document may enlarge it. Descriptions use entities for a few words.
+constexpr qint64 kEntityCharacters = 8 * 1024 * 1024;
+
+/// Tags inside tags. The XML reader takes time that grows with the square of the depth, and documents and structures
+/// are walked by recursion. Real descriptions nest about ten deep.
+constexpr int kTagDepth = 256;
+
+/// Attributes of one tag. The XML reader takes time that grows with the square of their number; no tag has twenty.
+constexpr int kTagAttributes = 1024;
+
+/// Instances of types inside types. Copies and all output walk them by recursion.
+constexpr int kTypeDepth = 256;
+
+/// Files that include one another, one inside the other. Each holds its document while the inner one loads. Real
+/// descriptions go about five deep.
+constexpr int kIncludeDepth = 256;
+
+/// Archives of one load. A file that gives itself another name is read anew at each include, so that a few dozen files
+/// could be read without end; real chips have some hundreds.
+constexpr qsizetype kArchives = 10'000;
+
+/// Elements in one array, those inside its members and their bitfields included. An element takes about 400 bytes;
+/// tables beyond this are described as memory.
+constexpr qint64 kArrayElements = 128 * 1024;
+
+/// Elements that one load makes by copying: instances, array members, options of linked enums. A small description may
+/// make this many; each element that a tag declares allows for some more, so that memory grows with the description. In
+/// real chips there are about five copies of an element.
+constexpr qint64 kCopiedElements = 256 * 1024;
+constexpr qint64 kCopiesPerElement = 32;
+
+/// Pieces of one cut bitfield. A word has 32 bits.
+constexpr qint64 kCutPieces = 1024;
+
+/// Bitfields of one valuable. A word has 32 bits; views of it may overlap.
+constexpr std::size_t kBitFields = 4096;
+
+} // namespace veldmap::limits

@@ -1,0 +1,387 @@
+#include "loading/tag_document.h"
+
+#include "loading/document.h"
+#include "loading/limits.h"
+
+#include <QDomElement>
+#include <QXmlStreamReader>
+
+#include <algorithm>
+#include <cstring>
+
+using namespace Qt::StringLiterals;
+
+namespace veldmap {
+
+namespace {
+
+/// The names of the attributes of \a element in the order of the document, or by name where that was not kept.
+QStringList attributeNames(const QDomElement &element)
+{
+    const QString order = kAttributeOrder.toString();
+    if (element.hasAttribute(order))
+        return element.attribute(order).split(u' ');
+    QStringList names;
+    const QDomNamedNodeMap attributes = element.attributes();
+    for (int at = 0; at < attributes.count(); ++at)
+        names += attributes.item(at).nodeName();
+    names.sort();
+    return names;
+}
+
+bool isUpper(QChar character)
+{
+    return character.isUpper();
+}
+
+/// The characters to which one entity may grow, so that all references of a document stay within their limit.
+int entityLimit(const QByteArray &bytes)
+{
+    constexpr qint64 kReadersOwnLimit = 4096;
+    constexpr qint64 kShortEntity = 64;
+    if (!bytes.contains("<!ENTITY"))
+        return static_cast<int>(kReadersOwnLimit);
+    const qint64 references = qMax<qint64>(bytes.count('&'), 1);
+    return static_cast<int>(std::clamp(limits::kEntityCharacters / references, kShortEntity, kReadersOwnLimit));
+}
+
+/// The number of attributes of the tag that \a text begins with: its "=" outside quotes.
+int attributesOf(QByteArrayView text)
+{
+    int attributes = 0;
+    char quote = '\0';
+    for (const char c : text) {
+        if (quote != '\0')
+            quote = c == quote ? '\0' : quote;
+        else if (c == '>')
+            break;
+        else if (c == '"' || c == '\'')
+            quote = c;
+        else
+            attributes += c == '=' ? 1 : 0;
+    }
+    return attributes;
+}
+
+/// The first tag in \a bytes with more attributes than the limit, as an error. The reader's time grows with the square
+/// of their number, so they are counted before it starts.
+TagDocument::Error findTagOfManyAttributes(const QByteArray &bytes)
+{
+    // An attribute takes four bytes at least, and markup that is no tag can't begin inside one.
+    constexpr qsizetype kLongTag = 4 * limits::kTagAttributes;
+    const QByteArrayView text(bytes);
+    for (qsizetype tag = text.indexOf('<'); tag >= 0;) {
+        const qsizetype next = text.indexOf('<', tag + 1);
+        const QByteArrayView upToNext = text.sliced(tag, (next < 0 ? text.size() : next) - tag);
+        if (upToNext.size() > kLongTag && attributesOf(upToNext) > limits::kTagAttributes)
+            return {u"A tag has more than %1 attributes."_s.arg(limits::kTagAttributes),
+                    1 + text.first(tag).count('\n'), tag - (tag == 0 ? 0 : text.lastIndexOf('\n', tag - 1) + 1)};
+        tag = next;
+    }
+    return {};
+}
+
+} // namespace
+
+/// Fills a document from the tokens of the XML reader.
+class TagDocument::Reader {
+public:
+    Reader(TagDocument &document, const QByteArray &bytes) : m_document(document), m_reader(bytes)
+    {
+        m_reader.setNamespaceProcessing(false);
+        m_reader.setEntityExpansionLimit(entityLimit(bytes));
+    }
+
+    Error read(const QByteArray &bytes)
+    {
+        if (const Error tooMany = findTagOfManyAttributes(bytes); !tooMany.text.isEmpty())
+            return tooMany;
+        while (!m_reader.atEnd()) {
+            if (m_reader.readNext() == QXmlStreamReader::StartElement && depth() >= limits::kTagDepth)
+                return errorHere(u"Tags are nested more than %1 deep."_s.arg(limits::kTagDepth));
+            takeToken();
+        }
+        return m_reader.hasError() ? errorHere(m_reader.errorString()) : Error();
+    }
+
+private:
+    int depth() const { return static_cast<int>(m_document.m_open.size()); }
+
+    Error errorHere(const QString &text) const { return {text, m_reader.lineNumber(), m_reader.columnNumber()}; }
+
+    void takeToken()
+    {
+        switch (m_reader.tokenType()) {
+        case QXmlStreamReader::StartElement:
+            m_document.openElement(m_reader.qualifiedName(), static_cast<int>(m_reader.lineNumber()),
+                                   static_cast<int>(m_reader.columnNumber()));
+            for (const QXmlStreamAttribute &attribute : m_reader.attributes())
+                m_document.appendAttribute(attribute.qualifiedName(), attribute.value());
+            break;
+        case QXmlStreamReader::EndElement:
+            m_document.closeElement();
+            break;
+        case QXmlStreamReader::Characters:
+            if (!m_reader.isWhitespace())
+                takeInside(m_reader.isCDATA() ? Kind::CData : Kind::Text, {}, m_reader.text());
+            break;
+        case QXmlStreamReader::Comment:
+            takeInside(Kind::Comment, {}, m_reader.text());
+            break;
+        case QXmlStreamReader::ProcessingInstruction:
+            takeInside(Kind::Instruction, m_reader.processingInstructionTarget(), m_reader.processingInstructionData());
+            break;
+        case QXmlStreamReader::EntityReference:
+            takeInside(Kind::Entity, m_reader.name(), {});
+            break;
+        default:
+            break;
+        }
+    }
+
+    /// Outside the root nothing counts.
+    void takeInside(Kind kind, QStringView name, QStringView text)
+    {
+        if (depth() > 0)
+            m_document.appendNode(kind, name, text);
+    }
+
+    TagDocument &m_document;
+    QXmlStreamReader m_reader;
+};
+
+TagDocument::TagDocument(const QDomElement &element)
+{
+    openElement(element.tagName(), element.lineNumber(), element.columnNumber());
+    appendDomChildren(element);
+}
+
+TagDocument::Error TagDocument::read(const QByteArray &bytes)
+{
+    m_nodes.reserve(static_cast<std::size_t>(bytes.size() / 48)); // a tag and its text take about a hundred bytes
+    m_blockSize = qMax<qsizetype>(bytes.size(), 256);
+    return Reader(*this, bytes).read(bytes);
+}
+
+Tag TagDocument::root() const
+{
+    return {*this, m_nodes.empty() ? kNone : 0};
+}
+
+int TagDocument::appendNode(Kind kind, QStringView name, QStringView text)
+{
+    const int index = static_cast<int>(m_nodes.size());
+    if (!m_open.empty()) {
+        OpenNode &parent = m_open.back();
+        int &link = parent.lastChild == kNone ? m_nodes[static_cast<std::size_t>(parent.node)].firstChild
+                                              : m_nodes[static_cast<std::size_t>(parent.lastChild)].nextSibling;
+        link = index;
+        parent.lastChild = index;
+    }
+    Node &node = m_nodes.emplace_back();
+    node.kind = kind;
+    node.name = keep(name);
+    node.text = keep(text);
+    node.firstAttribute = static_cast<int>(m_attributes.size());
+    return index;
+}
+
+void TagDocument::openElement(QStringView name, int line, int column)
+{
+    const int index = appendNode(Kind::Element, name, {});
+    m_open.push_back({index});
+    Node &node = m_nodes.back();
+    node.line = line;
+    node.column = column;
+    node.lowerName = std::ranges::none_of(node.name, isUpper) ? node.name : keep(node.name.toString().toLower());
+}
+
+void TagDocument::appendAttribute(QStringView name, QStringView value)
+{
+    m_attributes.push_back({keep(name), value.isEmpty() ? QStringView(u"") : keep(value)});
+    ++m_nodes.back().attributeCount;
+}
+
+void TagDocument::appendDomChildren(const QDomElement &element)
+{
+    if (element.hasAttributes()) {
+        for (const QString &name : attributeNames(element))
+            appendAttribute(name, element.attribute(name));
+    }
+    for (QDomNode child = element.firstChild(); !child.isNull(); child = child.nextSibling()) {
+        if (child.isElement()) {
+            openElement(child.toElement().tagName(), child.lineNumber(), child.columnNumber());
+            appendDomChildren(child.toElement());
+        } else if (child.isCDATASection()) {
+            appendNode(Kind::CData, {}, child.nodeValue());
+        } else if (child.isText()) {
+            appendNode(Kind::Text, {}, child.nodeValue());
+        } else if (child.isComment()) {
+            appendNode(Kind::Comment, {}, child.nodeValue());
+        } else if (child.isProcessingInstruction()) {
+            appendNode(Kind::Instruction, child.toProcessingInstruction().target(), child.nodeValue());
+        } else if (child.isEntityReference()) {
+            appendNode(Kind::Entity, child.nodeName(), {});
+        }
+    }
+    closeElement();
+}
+
+QStringView TagDocument::keep(QStringView text)
+{
+    if (text.isEmpty())
+        return {};
+    if (m_blocks.empty() || m_blockUsed + text.size() > m_blockSize) {
+        m_blockSize = std::max<qsizetype>({m_blockSize, text.size(), 256});
+        m_blocks.push_back(std::make_unique_for_overwrite<char16_t[]>(static_cast<std::size_t>(m_blockSize)));
+        m_blockUsed = 0;
+    }
+    char16_t *place = m_blocks.back().get() + m_blockUsed;
+    std::memcpy(place, text.utf16(), static_cast<std::size_t>(text.size()) * sizeof(char16_t));
+    m_blockUsed += text.size();
+    return {place, text.size()};
+}
+
+QStringView Tag::attribute(QStringView attribute) const
+{
+    const auto first = m_document->m_attributes.cbegin() + node().firstAttribute;
+    const auto last = first + node().attributeCount;
+    const auto found = std::find_if(first, last, [&](const auto &candidate) { return candidate.name == attribute; });
+    return found == last ? QStringView() : found->value;
+}
+
+const TagDocument::Node *Tag::nodeAt(int index) const
+{
+    return index == TagDocument::kNone ? nullptr : &m_document->m_nodes[static_cast<std::size_t>(index)];
+}
+
+int Tag::firstElement(int index) const
+{
+    while (index != TagDocument::kNone && nodeAt(index)->kind != TagDocument::Kind::Element)
+        index = nodeAt(index)->nextSibling;
+    return index;
+}
+
+QStringView Tag::plainText() const
+{
+    const TagDocument::Node *only = nodeAt(node().firstChild);
+    const bool isPlain = only && only->kind == TagDocument::Kind::Text && only->nextSibling == TagDocument::kNone &&
+                         node().attributeCount == 0;
+    return isPlain ? only->text : QStringView();
+}
+
+// The serialised form of an element: a line feed stands behind each start or end tag that no text follows.
+//
+//     <comment>see <b id="1" class="x">this</b>
+//     </comment>
+
+namespace {
+
+/// Whether no line feed stands in front of a node: text, and CDATA, which is text of another kind.
+constexpr auto kIsText = [](const auto *node, auto text, auto cdata) {
+    return node && (node->kind == text || node->kind == cdata);
+};
+
+} // namespace
+
+QString Tag::serialized() const
+{
+    QString text;
+    appendSerialized(m_node, text);
+    return text;
+}
+
+void Tag::appendSerialized(int index, QString &text) const
+{
+    using Kind = TagDocument::Kind;
+    const TagDocument::Node &item = *nodeAt(index);
+    switch (item.kind) {
+    case Kind::Element:
+        appendElement(item, text);
+        break;
+    case Kind::Text:
+        text += encodedText(item.text, false);
+        break;
+    case Kind::CData:
+        text += "<![CDATA["_L1 + item.text.toString() + "]]>"_L1;
+        break;
+    case Kind::Comment:
+        text += "<!--"_L1 + item.text.toString() + (item.text.endsWith(u'-') ? " -->"_L1 : "-->"_L1);
+        if (!kIsText(nodeAt(item.nextSibling), Kind::Text, Kind::CData))
+            text += u'\n';
+        break;
+    case Kind::Instruction:
+        text += "<?"_L1 + item.name.toString() + u' ' + item.text.toString() + "?>\n"_L1;
+        break;
+    case Kind::Entity:
+        text += u'&' + item.name.toString() + u';';
+        break;
+    }
+}
+
+void Tag::appendElement(const TagDocument::Node &element, QString &text) const
+{
+    using Kind = TagDocument::Kind;
+    text += u'<';
+    text += element.name;
+    for (int at = 0; at < element.attributeCount; ++at) {
+        const auto &[name, value] = m_document->m_attributes[static_cast<std::size_t>(element.firstAttribute + at)];
+        text += u' ';
+        text += name;
+        text += "=\""_L1 + encodedText(value, true) + u'"';
+    }
+    if (element.firstChild == TagDocument::kNone) {
+        text += "/>"_L1;
+    } else {
+        text += u'>';
+        if (!kIsText(nodeAt(element.firstChild), Kind::Text, Kind::CData))
+            text += u'\n';
+        for (int child = element.firstChild; child != TagDocument::kNone; child = nodeAt(child)->nextSibling)
+            appendSerialized(child, text);
+        text += "</"_L1;
+        text += element.name;
+        text += u'>';
+    }
+    if (!kIsText(nodeAt(element.nextSibling), Kind::Text, Kind::CData))
+        text += u'\n';
+}
+
+namespace {
+
+/// What stands in a document for the character of \a text at \a at, null when it stands for itself.
+QString entityOf(QStringView text, qsizetype at, bool isAttribute)
+{
+    const char16_t c = text[at].unicode();
+    if (c == u'<')
+        return u"&lt;"_s;
+    if (c == u'&')
+        return u"&amp;"_s;
+    if (c == u'"' && isAttribute)
+        return u"&quot;"_s;
+    if (c == u'>' && at >= 2 && text[at - 1] == u']' && text[at - 2] == u']')
+        return u"&gt;"_s;
+    if (c == u'\r' || (isAttribute && (c == u'\n' || c == u'\t')))
+        return "&#x"_L1 + QString::number(c, 16) + u';';
+    return {};
+}
+
+} // namespace
+
+QString encodedText(QStringView text, bool isAttribute)
+{
+    QString result;
+    result.reserve(text.size());
+    qsizetype begin = 0; // of the run that needs no entity
+    for (qsizetype at = 0; at < text.size(); ++at) {
+        const QString entity = entityOf(text, at, isAttribute);
+        if (entity.isNull())
+            continue;
+        result += text.sliced(begin, at - begin);
+        result += entity;
+        begin = at + 1;
+    }
+    result += text.sliced(begin);
+    return result;
+}
+
+} // namespace veldmap

@@ -1,0 +1,124 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <memory>
+#include <vector>
+
+class QDomElement;
+
+namespace veldmap {
+
+class Tag;
+
+/// The tags of one description, compact and in the order of the document. What a handler needs of a document is here:
+/// names, attributes in their order, texts, and the place of each tag. A QDomDocument of the same file takes several
+/// times as long to build and to free.
+///
+/// Owns all its text; a Tag is a view that must not outlive it. Texts of blanks alone are left out.
+class TagDocument {
+public:
+    /// What is wrong with a document, and where.
+    struct Error {
+        QString text; ///< empty when nothing is
+        qint64 line = 0;
+        qint64 column = 0;
+    };
+
+    TagDocument() = default;
+    /// The tags of \a element and below it.
+    explicit TagDocument(const QDomElement &element);
+    TagDocument(const TagDocument &) = delete;
+    TagDocument &operator=(const TagDocument &) = delete;
+
+    /// Reads a document from its file's \a bytes. Refuses what is not well formed, with the words and the place that
+    /// QDomDocument gives, and tags or entities beyond the limits of a load.
+    [[nodiscard]] Error read(const QByteArray &bytes);
+
+    /// The document element.
+    Tag root() const;
+
+private:
+    friend class Tag;
+    enum class Kind : quint8 { Element, Text, CData, Comment, Instruction, Entity };
+    static constexpr int kNone = -1;
+
+    struct Attribute {
+        QStringView name;
+        QStringView value;
+    };
+    struct Node {
+        Kind kind = Kind::Element;
+        QStringView name;      // of an element, an instruction or an entity, as written
+        QStringView lowerName; // of an element
+        QStringView text;
+        int line = 0;
+        int column = 0;
+        int firstChild = kNone;
+        int nextSibling = kNone;
+        int firstAttribute = 0;
+        int attributeCount = 0;
+    };
+    struct OpenNode {
+        int node;
+        int lastChild = kNone;
+    };
+
+    class Reader;
+    int appendNode(Kind kind, QStringView name, QStringView text);
+    void openElement(QStringView name, int line, int column);
+    void appendAttribute(QStringView name, QStringView value);
+    void closeElement() { m_open.pop_back(); }
+    void appendDomChildren(const QDomElement &element);
+    QStringView keep(QStringView text);
+
+    std::vector<Node> m_nodes; // in document order; the first is the root
+    std::vector<Attribute> m_attributes;
+    std::vector<OpenNode> m_open;
+    std::vector<std::unique_ptr<char16_t[]>> m_blocks; // the text; blocks never move
+    qsizetype m_blockSize = 0;
+    qsizetype m_blockUsed = 0;
+};
+
+/// One tag of a TagDocument.
+class Tag {
+public:
+    bool isNull() const { return m_node == TagDocument::kNone; }
+    /// The name in lower case, as tags are compared.
+    QStringView name() const { return node().lowerName; }
+    QStringView nameAsWritten() const { return node().name; }
+    /// The place behind the ">" of the start tag, both counted as QDomNode does.
+    int lineNumber() const { return node().line; }
+    int columnNumber() const { return node().column; }
+    /// The value of the attribute \a attribute, null when the tag has none of that name.
+    QStringView attribute(QStringView attribute) const;
+
+    /// The first child tag; what is no tag is passed over.
+    Tag firstChild() const { return {*m_document, firstElement(node().firstChild)}; }
+    Tag nextSibling() const { return {*m_document, firstElement(node().nextSibling)}; }
+
+    /// The text of a tag that holds one run of text and has no attributes; null for any other.
+    QStringView plainText() const;
+    /// The tag with all below it as text, as QDomNode::save writes it with an indent of 0, attributes in the order of
+    /// the document.
+    QString serialized() const;
+
+private:
+    friend class TagDocument;
+    Tag(const TagDocument &document, int node) : m_document(&document), m_node(node) {}
+
+    const TagDocument::Node &node() const { return m_document->m_nodes[static_cast<std::size_t>(m_node)]; }
+    const TagDocument::Node *nodeAt(int index) const;
+    int firstElement(int index) const;
+    void appendSerialized(int index, QString &text) const;
+    void appendElement(const TagDocument::Node &element, QString &text) const;
+
+    const TagDocument *m_document;
+    int m_node;
+};
+
+/// \a text as it stands in a document: markup characters as entities, in an attribute's value quotes and line ends too.
+QString encodedText(QStringView text, bool isAttribute);
+
+} // namespace veldmap

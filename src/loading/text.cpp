@@ -1,0 +1,78 @@
+#include "loading/text.h"
+
+#include "common/text.h"
+#include "loading/tag.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The serialised form of \a tag without the tags in \a ownForms, wherever they stand.
+QString contentOf(const veldmap::Tag &tag, std::initializer_list<QLatin1StringView> ownForms)
+{
+    QString text = tag.serialized();
+    for (const QLatin1StringView form : ownForms)
+        text.remove(form);
+    return text;
+}
+
+} // namespace
+
+namespace veldmap {
+
+QString readComment(const Tag &tag)
+{
+    // Nearly every comment is one run of text, of which only the blanks change.
+    if (const QStringView plain = tag.plainText(); !plain.isNull() && tag.nameAsWritten() == "comment"_L1)
+        return encodedText(plain, false).simplified();
+    QString comment = contentOf(tag, {"<comment>"_L1, "</comment>"_L1, "<comment/>"_L1}).simplified();
+    comment.replace("<br/>"_L1, "<br>"_L1);
+    comment = comment.simplified();
+    comment.replace("&quot;"_L1, "\""_L1);
+    return comment;
+}
+
+QString readCJoker(const Tag &tag)
+{
+    QString text = contentOf(tag, {"<cjoker>"_L1, "</cjoker>"_L1, "<cjoker/>"_L1});
+    text.replace("&quot;"_L1, "\""_L1);
+    text.replace("&amp;"_L1, "&"_L1);
+    text.replace("&gt;"_L1, ">"_L1);
+    text.replace("&lt;"_L1, "<"_L1);
+    text.remove("&#xd;"_L1);
+    return text;
+}
+
+} // namespace veldmap
+
+QString readCommentFromCommentTag(const QDomElement &tag)
+{
+    const veldmap::TagDocument document(tag);
+    return veldmap::readComment(document.root());
+}
+
+QString readCJokerFromCommentTag(const QDomElement &tag)
+{
+    const veldmap::TagDocument document(tag);
+    return veldmap::readCJoker(document.root());
+}
+
+QString regularizeVariableName(const QString &name)
+{
+    if (std::ranges::all_of(name, veldmap::isNameCharacter))
+        return name;
+    QString legal = name;
+    std::ranges::replace_if(
+        legal, [](QChar c) { return !veldmap::isNameCharacter(c); }, QChar(u'_'));
+    return legal;
+}
+
+VMIntVar generateSpacer()
+{
+    static int spacers = 0;
+    VMIntVar spacer;
+    spacer.name = u"VELDMAPSPACER_%1"_s.arg(++spacers);
+    return spacer;
+}

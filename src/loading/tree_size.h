@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QtGlobal>
+
+class VMXMLElement;
+
+namespace veldmap {
+
+/// What a copy of an element would hold.
+struct TreeSize {
+    qint64 elements = 1; ///< the element, all below it, and their bitfields
+    int depth = 1;       ///< levels, the element's own included
+};
+
+TreeSize treeSizeOf(const VMXMLElement &element);
+
+} // namespace veldmap

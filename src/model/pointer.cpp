@@ -1,0 +1,130 @@
+#include "model/pointer.h"
+
+#include "model/root_archive.h"
+
+#include <algorithm>
+#include <iterator>
+
+using namespace Qt::StringLiterals;
+
+VMPointer::VMPointer(const QString &name, const QString &pointedType)
+    : VMValuable(name, true, true), pointedType(pointedType)
+{
+    type = XML_POINTER;
+}
+
+VMPointer::VMPointer(const VMPointer &source)
+    : VMValuable(source), pointerValue(source.pointerValue), pointedType(source.pointedType)
+{
+    if (source.pointedElement) {
+        pointedElement.reset(anonymousCopy(source.pointedElement.get()));
+        pointedElement->reparent(this);
+    }
+}
+
+VMPointer::~VMPointer() = default;
+
+int VMPointer::sizeOf() const
+{
+    return 4;
+}
+
+int VMPointer::getAlignConstraint() const
+{
+    return 4;
+}
+
+bool VMPointer::isPointer() const
+{
+    return true;
+}
+
+QString VMPointer::getRubyClassName() const
+{
+    return u"CHPointer"_s;
+}
+
+QString VMPointer::getRubyPrefix() const
+{
+    return getRubyClassName();
+}
+
+QString VMPointer::getTypeString() const
+{
+    return (pointedElement ? pointedElement->getTypeString() : pointedType) + u'*';
+}
+
+void VMPointer::setReadError(bool failed)
+{
+    readError = failed;
+    if (pointedElement)
+        pointedElement->setReadError(failed);
+}
+
+int VMPointer::dumpInfo(int level) const
+{
+    const int size = dumpLine(level, sizeof(*this));
+    return pointedElement ? size + pointedElement->dumpInfo(level + 1) : size;
+}
+
+unsigned int VMPointer::getValue() const
+{
+    return pointerValue;
+}
+
+void VMPointer::setValue(unsigned int value)
+{
+    pointerValue = value;
+}
+
+void VMPointer::allocatePointedElement()
+{
+    VMRootArchive *root = getRootArchive();
+    if (pointedElement || !root)
+        return;
+    std::unique_ptr<VMXMLElement> element(root->allocateElementFromTypeName(pointedType, "*("_L1 + getName() + u')'));
+    if (!element)
+        return;
+    element->reparent(this);
+    element->remap(getValue());
+    pointedElement = std::move(element);
+}
+
+void VMPointer::deletePointedElement()
+{
+    pointedElement.reset();
+}
+
+void VMPointer::pointTo(VMXMLElement *element)
+{
+    if (element != pointedElement.get())
+        pointedElement.reset(element);
+    pointerValue = element ? element->getBaseAddress() : 0;
+    if (element)
+        element->reparent(this);
+}
+
+void VMPointer::setInnerData(const unsigned char *data, int length)
+{
+    const unsigned char *end = data + qMax(length, 0);
+    const unsigned char *zero = std::find(data, end, '\0');
+    innerData = QString::fromLatin1(reinterpret_cast<const char *>(data), zero - data);
+    if (zero == end)
+        innerData += "..."_L1;
+}
+
+QString VMPointer::getRubyBasicType() const
+{
+    struct BasicTypeRow {
+        QLatin1StringView word;
+        QLatin1StringView rubyClass;
+    };
+    static constexpr BasicTypeRow kBasicTypes[] = {
+        {"uint"_L1, "CHUnsignedInt"_L1},  {"uint32"_L1, "CHUnsignedInt"_L1}, {"uint16"_L1, "CHUnsignedInt"_L1},
+        {"uint8"_L1, "CHUnsignedInt"_L1}, {"bool"_L1, "CHBool"_L1},          {"void"_L1, "CHVoid"_L1},
+        {"int"_L1, "CHInt"_L1},           {"int32"_L1, "CHInt"_L1},          {"int16"_L1, "CHInt"_L1},
+        {"int8"_L1, "CHInt"_L1},          {"memory"_L1, "CHMemory"_L1},
+    };
+    const auto row = std::ranges::find_if(kBasicTypes, [this](const auto &r) { return r.word == pointedType; });
+    return row == std::end(kBasicTypes) ? u"VMPOINTER_BASIC_RUBY_TYPE_ERROR"_s : QString(row->rubyClass);
+}

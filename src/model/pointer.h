@@ -1,0 +1,46 @@
+#pragma once
+
+#include "model/valuable.h"
+
+/// A valuable whose value is an address. The element behind it is made when a host first looks there.
+///
+/// Owns the pointed element, whose address is the pointer's value: it moves when the value changes.
+class VELDMAP_EXPORT VMPointer : public VMValuable {
+public:
+    VMPointer(const QString &name, const QString &pointedType);
+    /// Copies the pointed element too; `innerData` stays empty.
+    VMPointer(const VMPointer &source);
+    ~VMPointer() override;
+
+    static bool matches(const VMXMLElement &element) { return element.isPointer(); }
+
+    int sizeOf() const override;
+    int getAlignConstraint() const override;
+    bool isPointer() const override;
+    QString getRubyClassName() const override;
+    QString getRubyPrefix() const override;
+    QString getCTypeString() const override;
+    QString getTypeString() const override;
+    QString c_typedefSerialize() const override;
+    void setReadError(bool failed) override;
+    int dumpInfo(int level) const override;
+    unsigned int getValue() const override;
+    void setValue(unsigned int value) override;
+
+    /// Makes the pointed element from its type word. Nothing happens when it exists, when there is no such type, or
+    /// when the pointer hangs on no root archive.
+    void allocatePointedElement();
+    /// Deletes the pointed element; the value stays.
+    void deletePointedElement();
+    /// Points to \a element, at its address, and takes ownership of it. Null clears element and value.
+    void pointTo(VMXMLElement *element);
+    /// Keeps the \a length bytes at \a data up to the first zero byte as text, with "..." behind it if there is none.
+    void setInnerData(const unsigned char *data, int length);
+    /// The console class of an anonymous pointed element.
+    QString getRubyBasicType() const;
+
+    std::unique_ptr<VMXMLElement> pointedElement;
+    std::uint32_t pointerValue = 0;
+    QString pointedType; ///< type word of the pointed element
+    QString innerData;   ///< preview of the memory behind the pointer, for a host
+};

@@ -1,0 +1,84 @@
+#pragma once
+
+#include "model/element.h"
+#include "model/type_index.h"
+
+#include <QHash>
+#include <QList>
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+class VMMemoryMap;
+
+/// The root of one loaded description: all files that belong to it, and the top-level instances.
+///
+/// Owns the instances and the archives. Text: headers/assembly.cpp.
+class VELDMAP_EXPORT VMRootArchive : public VMXMLElement {
+public:
+    VMRootArchive(VMMemoryMap *map, const QString &name);
+    VMRootArchive(const VMRootArchive &) = delete;
+    ~VMRootArchive() override;
+
+    static bool matches(const VMXMLElement &element) { return element.getType() == XML_ROOT_ARCHIVE; }
+
+    int sizeOf() const override;
+    int getAlignConstraint() const override;
+    const QString &getName() const override;
+    QString getRubyClassName() const override;
+    QString getRubyPrefix() const override;
+    QString getTypeString() const override;
+    void memSet(unsigned char *image) override;
+    void getReadMask(unsigned char *mask) const override;
+    void memGet(unsigned char *image) const override;
+    int dumpInfo(int level) const override;
+
+    /// Appends \a archive and takes ownership of it.
+    void addXMLArchive(VMXMLArchive *archive);
+    /// Deletes \a archive, which failed to load, and forgets it wherever it was included.
+    void discardXMLArchive(VMXMLArchive *archive);
+    /// The first archive with that identity, or null.
+    VMXMLArchive *hasArchive(const QString &basePath, const QString &relativeFile) const;
+    /// The template of that name, or null. The earliest archive wins, whichever file asks.
+    VMXMLElement *getTemplate(const QString &typeName) const;
+    const std::vector<std::unique_ptr<VMXMLElement>> &getInstanciatedTemplates() const;
+    /// A new element of the type, named \a name and at offset 0: a built-in word or a template. Null when there is no
+    /// such type. The caller owns the result.
+    VMXMLElement *allocateElementFromTypeName(const QString &typeName, const QString &name) const;
+    /// Appends a copy of the template as an instance at the absolute \a address; null when there is no such template.
+    /// The root archive owns the result.
+    VMXMLElement *instanciateTemplate(const QString &typeName, const QString &name, unsigned int address);
+
+    /// The base address macros of the instances of the template \a element.
+    QString c_getMatchingInstancesBaseAddresses(const VMXMLElement *element) const;
+    /// The address macros of the instances of the template \a element for assembly code.
+    QString c_getMatchingInstancesAsmDescription(const VMXMLElement *element) const;
+    /// The typed pointers to the instances of the template \a element. Traces each instance on the standard output.
+    QString c_getMatchingInstancesInstanciation(const VMXMLElement *element) const;
+
+    QList<VMXMLArchive *> xmlArchives;                    ///< in the order of creation; the first is the root file
+    std::vector<std::unique_ptr<VMXMLElement>> instances; ///< in load order
+    QString rootName;
+    VMMemoryMap *memoryMap; ///< not owned
+
+private:
+    friend class VMTemplateManager;
+    friend class VMArchiveLoader;
+    void indexTemplate(VMXMLArchive *archive, std::size_t position);
+    /// The instances whose type word equals that of \a element, in load order.
+    QList<VMXMLElement *> matchingInstances(const VMXMLElement *element) const;
+
+    std::vector<std::unique_ptr<VMXMLArchive>> m_ownedArchives;
+    std::size_t m_nextArchiveNumber = 0;
+    veldmap::TypeIndex m_templates;
+    mutable veldmap::TypeIndex m_instances; // covers the first m_indexedInstances instances
+    mutable std::size_t m_indexedInstances = 0;
+    mutable QHash<std::pair<QString, QString>, VMXMLArchive *> m_files; // covers the first m_indexedFiles archives
+    mutable qsizetype m_indexedFiles = 0;
+
+    // What a load has used up of its limits.
+    int m_includeDepth = 0;
+    qint64 m_declaredElements = 0;
+    qint64 m_copiedElements = 0;
+};

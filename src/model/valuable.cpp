@@ -1,0 +1,114 @@
+#include "model/valuable.h"
+
+#include "common/bits.h"
+#include "common/lines.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+VMValuable::VMValuable(const QString &name, bool readable, bool writable)
+    : VMXMLElement(name, XML_VALUABLE), readable(readable), writable(writable)
+{
+}
+
+VMValuable::VMValuable(const VMValuable &source)
+    : VMXMLElement(source), readable(source.readable), writable(source.writable), physicalName(source.physicalName),
+      displayType(source.displayType), enumTemplate(source.enumTemplate)
+{
+    bitFields.reserve(source.bitFields.size());
+    for (const auto &field : source.bitFields)
+        addBitField(std::make_unique<VMBitField>(*field).release());
+    for (const auto &group : source.bitGroups) {
+        auto copy = std::make_unique<VMBitGroup>(group->name, this);
+        for (const VMBitField *field : *group)
+            copy->addBitField(getBitFieldByName(field->getName()));
+        addBitGroup(copy.release());
+    }
+}
+
+VMValuable::~VMValuable() = default;
+
+int VMValuable::getAlignConstraint() const
+{
+    return sizeOf();
+}
+
+bool VMValuable::isValuable() const
+{
+    return true;
+}
+
+int VMValuable::dumpInfo(int level) const
+{
+    int size = dumpLine(level, sizeof(*this));
+    for (const auto &field : bitFields)
+        size += field->dumpInfo(level + 1);
+    return size;
+}
+
+int VMValuable::getSignedValue() const
+{
+    return static_cast<int>(getValue());
+}
+
+unsigned int VMValuable::getValueForWritingBitfieldFromCache(unsigned int cache) const
+{
+    for (const auto &field : bitFields) {
+        if (field->writeMode == 2 || field->writeMode == 3)
+            cache &= ~field->getFullValueUnshifted();
+    }
+    return cache;
+}
+
+unsigned int VMValuable::getValueForWritingBitfield() const
+{
+    return getValueForWritingBitfieldFromCache(getValue());
+}
+
+bool VMValuable::isSigned() const
+{
+    return false;
+}
+
+void VMValuable::addBitField(VMBitField *field)
+{
+    field->reparent(this);
+    bitFields.emplace_back(field);
+}
+
+void VMValuable::addBitGroup(VMBitGroup *group)
+{
+    bitGroups.emplace_back(group);
+}
+
+VMBitField *VMValuable::getBitFieldByName(const QString &fieldName) const
+{
+    const auto field = std::ranges::find_if(bitFields, [&](const auto &f) { return f->getName() == fieldName; });
+    return field == bitFields.end() ? nullptr : field->get();
+}
+
+VMBitGroup *VMValuable::getBitGroupByName(const QString &groupName) const
+{
+    const auto group = std::ranges::find_if(bitGroups, [&](const auto &g) { return g->name == groupName; });
+    return group == bitGroups.end() ? nullptr : group->get();
+}
+
+QString VMValuable::getProtectString() const
+{
+    return QString(readable ? u'r' : u'-') + QChar(writable ? u'w' : u'-');
+}
+
+QString VMValuable::getValueString(DisplayType display) const
+{
+    if (display == DISPLAY_DEFAULT)
+        display = displayType;
+    if (!readable)
+        return u"?"_s;
+    if (display == DISPLAY_HEX)
+        return "0x"_L1 + veldmap::hexDigits(getValue() & veldmap::lowBits(getBitSize()));
+    if (display == DISPLAY_BIN)
+        return "0b"_L1 +
+               QString::number(getValue() & veldmap::lowBits(getBitSize()), 2).rightJustified(getBitSize(), u'0');
+    return isSigned() ? QString::number(getSignedValue()) : QString::number(getValue());
+}

@@ -1,0 +1,256 @@
+"""Bad input: whatever a description holds, a run ends soon, in little memory, with a message that leads to the place or
+with a value that is defined. It never crashes, and it never leaves half a result behind."""
+
+import itertools
+import json
+import re
+from typing import NamedTuple
+
+import support
+from support import MESSAGE, archive, options, run
+
+DEEP = 100_000
+WORD = 1 << 32
+BAD_VARIABLE = "In archive 'root', variable 'A' declaration : Error in expression of : A"
+
+
+def module(*lines):
+    """A module in lines of its own: the first of the lines is line 3 of the file."""
+    return archive('<module name="m">', *lines, "</module>", '<instance name="M" type="m" address="0x1000"/>')
+
+
+def nested(start, end, inside="", depth=DEEP):
+    return start * depth + inside + end * depth
+
+
+def entities(definitions, text):
+    rows = (f'<!ENTITY {name} "{value}">' for name, value in definitions)
+    return "\n".join(["<!DOCTYPE archive [", *rows, f"]><archive><comment>{text}</comment></archive>"])
+
+
+def in_register(line):
+    """A register with this line, which is line 4 of the file."""
+    return module('<reg32 name="r">', f"{line}</reg32>")
+
+
+def chain(levels, member):
+    """Types of which each holds the one before it, as often as the member line says."""
+    yield '<typedef name="t0"><reg32 name="r"/></typedef>'
+    for level in range(levels):
+        yield f'<typedef name="t{level + 1}">{member.format(f"t{level}")}</typedef>'
+
+
+def diamonds(levels, *end_of_root):
+    """Two files a level, each of which includes both of the next: 2 to the power of the level ways lead to the last."""
+    both = ['<include file="a{}.xml"/>', '<include file="b{}.xml"/>']
+    files = {f"{side}{level}.xml": archive(*(line.format(level + 1) for line in both))
+             for level, side in itertools.product(range(levels), "ab")}
+    files |= {f"a{levels}.xml": archive('<var name="LAST" value="7"/>'), f"b{levels}.xml": archive()}
+    return files | {"root.xml": archive(*(line.format(0) for line in both), *end_of_root)}
+
+
+class Refused(NamedTuple):
+    name: str
+    files: dict | str | bytes                   # or the content of the root file alone
+    line: str | int = r"\d+"
+    text: str = ""                              # a limit has words of its own: only the place is asked of it
+    file: str = "root.xml"                      # the one at fault
+
+
+REFUSED = [
+    Refused("not XML", "just some words\n", 1),
+    Refused("not UTF-8", b'<?xml version="1.0" encoding="UTF-8"?>\n<archive><comment>caf\xe9</comment></archive>'),
+    Refused("not UTF-8, undeclared", b"<archive>\n<comment>caf\xe9 cr\xe8me</comment>\n</archive>"),
+    Refused("NUL in the text", b"<archive>\n<comment>a\0b</comment>\n</archive>\n"),
+    Refused("empty file", ""),
+    Refused("not closed", "<archive>\n<module name='m'>\n"),
+    Refused("other document", "<html/>\n", 0, "Bad archive format!"),
+    Refused("broken include", {"root.xml": archive('<include file="sub/a.xml"/>'),
+                               "sub/a.xml": "<archive>\n<var\n</archive>"}, 3, file="sub/a.xml"),
+    Refused("structs in structs", module(nested('<struct name="s">\n', "</struct>\n"))),
+    Refused("structs in structs of wide characters", module(nested('<struct name="s">', "</struct>")).encode("utf-16")),
+    Refused("structs that nobody closes", module(nested('<struct name="s">', ""))),
+    Refused("structs in structs of an include", {
+        "root.xml": archive('<include file="deep.xml"/>'),
+        "deep.xml": module(nested('<struct name="s">', "</struct>"))}, file="deep.xml"),
+    Refused("markup in a comment", archive("<comment>", nested("<b>", "</b>"), "</comment>")),
+    Refused("unknown tags", nested("<x>", "</x>")),
+    Refused("exponential entities",
+            entities([("e0", "lol"), *((f"e{n + 1}", f"&e{n};" * 10) for n in range(12))], "&e12;")),
+    Refused("one entity a hundred thousand times", entities([("e", "x" * 4000)], "&e;" * 100_000)),
+    Refused("count of two billion", module('<reg32 name="r" count="2000000000"/>'), 3),
+    Refused("two billion pointers", module('<reg8 name="r"/>', '<ptr name="p" type="m" count="2000000000"/>'), 4),
+    Refused("alias of two billion", archive('<alias name="a"><uint8 name="u" count="2000000000"/></alias>'), 2),
+    Refused("arrays of arrays", module('<struct name="a" count="1000"><struct name="b" count="1000">',
+                                       '<reg8 name="r" count="1000"/></struct></struct>')),
+    Refused("types that hold ten of the last", archive(*chain(9, '<instance name="i" type="{0}" count="10"/>'))),
+    Refused("types that hold two of the last",
+            archive(*chain(40, '<instance name="i" type="{0}"/><instance name="j" type="{0}"/>'))),
+    Refused("cut of 1 over a billion", in_register('<bits name="f" pos="1000000000:0" cut="1"/>'), 4),
+    Refused("cut over all numbers", in_register('<bits name="f" pos="2147483647:-2147483647" cut="1"/>'), 4),
+    Refused("open parentheses", archive(f'<var name="A" value="{"(" * DEEP}1"/>'), 2, BAD_VARIABLE),
+    Refused("name that no way leads to", diamonds(40, '<var name="A" value="NOWHERE"/>'), 4, BAD_VARIABLE),
+    Refused("enum that no way leads to", diamonds(40, '<module name="m"><reg name="r"><bits name="f" pos="0">',
+                                                  '<options linkenum="none"/></bits></reg></module>'), 5,
+            "Options of bitfield 'f' is linked to an undefined enum 'none'."),
+    Refused("negative count", module('<reg32 name="r" count="0-1"/>'), 3,
+            "Invalid '-1' array count of type 'reg32' for array 'r'"),
+]
+
+# Descriptions that load: (name, files or the root file's content, expression in the scope of the root, its value).
+VALUES = [
+    ("file that includes itself", archive('<include file="root.xml"/>', '<var name="A" value="5"/>'), "A*2", 10),
+    ("cycle of three", {
+        "root.xml": archive('<include file="b.xml"/>', '<var name="A" value="B+1"/>'),
+        "b.xml": archive('<include file="c.xml"/>', '<var name="B" value="C+1"/>'),
+        "c.xml": archive('<include file="root.xml"/>', '<include file="b.xml"/>', '<var name="C" value="1"/>'),
+    }, "A+B+C", 6),
+    ("diamonds of includes", diamonds(40, '<var name="A" value="LAST+1"/>'), "A+LAST", 15),
+    ("variables at the edge", archive('<var name="A" value="exp2(31)/(0-1)"/>', '<var name="B" value="1e300"/>',
+                                      '<var name="C" value="exp2(40)"/>'), "(A==B)*C", 256),
+    ("wide characters", archive(*f'<var name="A" value="7"/> {"<spacer/>" * 1000}'.split()).encode("utf-16"), "A", 7),
+    ("number in a string", archive('<var name="A" value="&quot;12&quot;"/>'), "A", 0),
+]
+
+EXPRESSIONS = [
+    ("exp2(40)", "int", 256), ("exp2(-1)", "int", -2147483648), ("0-exp2(31)", "int", -2147483648),
+    ("exp2(31)/(0-1)", "int", -2147483648), ("exp2(31)%(0-1)", "int", 0), ("2147483647+1", "int", -2147483648),
+    ("(0-2147483647-1)/(0-1)", "int", -2147483648), ("1<<33", "int", 2), ("1<<(0-1)", "int", -2147483648),
+    # 2147483648 is unsigned, and so is what is made of it
+    ("(0-2147483648)/(0-1)", "dword", 0), ("(0-2147483648)%(0-1)", "dword", 2147483648),
+]
+
+
+class BadInput(support.Case):
+    def bounded(self, *arguments):
+        """A run within the limits, whose every message has the form of a message."""
+        result = run(*arguments)
+        self.assertIn(result.status, (0, 1, 2), f"ended by signal {-result.status}: {result.err[-1500:]}")
+        for limit, used, unit in ((options.seconds, result.seconds, "s"), (options.megabytes, result.megabytes, "MB")):
+            self.assertTrue(not limit or used <= limit, f"took {used:.2f} {unit}, the limit is {limit:g}")
+        for line in result.err.splitlines():
+            self.assertTrue(MESSAGE.fullmatch(line), f"no message: {line[:300]}")
+        return result
+
+    def refused(self, result, place, text=""):
+        """Nothing was loaded, and one error says why. Its place is a regular expression."""
+        self.expect(result, 1, err=None)
+        self.assertRegex(result.err, re.compile(f"^{place}:\\d+: error: {re.escape(text) or '.+'}$", re.M))
+        self.assertEqual(result.err.count("error:"), 1, result.err[:1000])
+
+    def write(self, files):
+        return self.lay_out(files if isinstance(files, dict) else {"root.xml": files})
+
+    def test_refused(self):
+        for case in REFUSED:
+            with self.subTest(case.name):
+                root, target = self.write(case.files), self.folder / "out"
+                place = f"{re.escape(str(self.folder / case.file))}:{case.line}"
+                self.refused(self.bounded("check", root), place, case.text)
+                self.refused(self.bounded("headers", "--chip", root, "-o", target), place, case.text)
+                self.assertFalse(target.exists() and any(target.rglob("*.h")), "headers of what was not loaded")
+
+    def test_values(self):
+        for name, files, expression, value in VALUES:
+            with self.subTest(name):
+                root = self.write(files)
+                self.expect(self.bounded("check", root), 0)
+                self.expect(self.bounded("eval", "--chip", root, expression), 0, f"{value}\n")
+                self.expect(self.bounded("headers", "--chip", root, "-o", self.folder / "out"), 0)
+                self.expect(self.bounded("tree", "--json", "--chip", root), 0, out=None)
+
+    def test_expressions(self):
+        result = self.bounded("eval", "--json", *(expression for expression, *_ in EXPRESSIONS))
+        self.expect(result, 0, out=None)
+        self.assertEqual([(row["type"], row["value"]) for row in json.loads(result.out)],
+                         [(kind, value) for _, kind, value in EXPRESSIONS])
+
+    def test_parentheses_of_an_expression(self):
+        self.expect(self.bounded("eval", "(" * DEEP + "1"), 1, err=None)
+        half = DEEP // 2
+        self.expect(self.bounded("eval", "(" * half + "1" + ")" * half), 0, "1\n")
+
+    def test_files_that_are_none(self):
+        for path in (self.folder, self.folder / "missing.xml"):
+            with self.subTest(path.name):
+                self.expect(self.bounded("check", path), 1, err=f"warning: Unable to open file {path}\n")
+
+    def test_positions_out_of_range(self):
+        """The table of options shows each value in binary, with a digit for every bit of the field."""
+        positions = [("40:36", 40, 36), ("0-1:0-5", -1, -5), ("2147483647:-2147483647", 2147483647, -2147483647),
+                     ("0x80000000:0", 0, -2147483648), ("32", 32, 32), ("1000000000:0", 1000000000, 0)]
+        fields = (f'<bits name="f{number}" pos="{pos}" rst="all1" display="bin"><options><option name="o" value="1"/>'
+                  '</options></bits>' for number, (pos, *_) in enumerate(positions))
+        root = self.write(module('<reg32 name="r">', *fields, "</reg32>"))
+        self.expect(self.bounded("headers", "--chip", root, "-o", self.folder / "out"), 0)
+        register = json.loads(self.bounded("tree", "--json", "--chip", root).out)["chip"]["instances"][0]["members"][0]
+        self.assertEqual([(field["up"], field["down"]) for field in register["bitFields"]],
+                         [(up, down) for _, up, down in positions])
+
+    def test_sizes_wrap(self):
+        """A negative size moves the next member down, and the sum is taken as a 32-bit number."""
+        eighth = 1 << 28                        # the bytes of the most negative number of bits
+        cases = [('<hole size="0-64"/>', {"bits": -64, "size": WORD - 8}, WORD - 4),
+                 ('<hole size="exp2(31)"/>', {"bits": -1 << 31, "size": WORD - eighth}, WORD - eighth + 4),
+                 ('<memory name="h" size="0-8"/>', {"size": WORD - 8}, WORD - 4),
+                 ('<memory name="h" size="2147483647"/>', {"size": 2147483647}, (1 << 31) + 4),
+                 ('<struct name="h" count="0-5"><reg8 name="x"/></struct>', {"count": -5, "size": 0, "members": []}, 4)]
+        for line, expected, offset in cases:
+            with self.subTest(line):
+                root = self.write(module('<reg32 name="a"/>', line, '<reg32 name="b"/>'))
+                self.expect(self.bounded("headers", "--chip", root, "-o", self.folder / "out"), 0)
+                result = self.bounded("tree", "--json", "--chip", root)
+                _, gap, last = json.loads(result.out)["chip"]["instances"][0]["members"]
+                self.assertEqual({key: gap[key] for key in expected}, expected)
+                self.assertEqual((last["offset"], last["address"]), (offset, (0x1000 + offset) % WORD))
+
+
+class Messages(support.Case):
+    def test_place_deep_inside_includes(self):
+        """The column is the one behind the tag's end, counted in characters and not in bytes."""
+        line = '    <!-- größe --><bogus a="1">'
+        root = self.lay_out({
+            "root.xml": archive("<comment>root</comment>", '<include file="sub/middle.xml"/>'),
+            "sub/middle.xml": archive('<include file="../deep/lowest.xml"/>'),
+            "deep/lowest.xml": archive('<module name="m">', '  <struct name="s">', line + "</bogus>", "</struct>",
+                                       "</module>")})
+        place = f"{self.folder}/deep/lowest.xml:4:{len(line)}"
+        self.expect(run("check", root), 1, err=f"{place}: error: Struct 's' contains an unvalid 'bogus' tag.\n")
+
+    def test_both_roots_are_reported(self):
+        self.lay_out({"chip.xml": "<chip/>", "soft.xml": archive("<bogus/>"), "good.xml": archive()})
+        chip, soft, good = (self.folder / name for name in ("chip.xml", "soft.xml", "good.xml"))
+        norm = "Old archive format! Please edit your xml files to conform to the new norm."
+        of_chip = f"{chip}:0:0: error: {norm}\n"
+        of_soft = f"{soft}:2:8: error: Unvalid tag : 'bogus'\n"
+        target = self.folder / "out"
+        for roots, err in (((chip, soft), of_chip + of_soft), ((chip, good), of_chip), ((good, soft), of_soft)):
+            self.expect(run("check", "--chip", roots[0], "--soft", roots[1]), 1, err=err)
+            self.expect(run("headers", "--chip", roots[0], "--soft", roots[1], "-o", target), 1, err=err)
+            self.assertFalse(target.exists() and any(target.rglob("*.h")))
+
+    def test_wrong_usage(self):
+        root = self.lay_out({"root.xml": archive()})
+        for arguments in ((), ("frobnicate",), ("check",), ("headers", "-o", self.folder), ("tree", "--json"),
+                          ("headers", "--chip", root), ("check", "--frobnicate", root), ("eval",)):
+            with self.subTest(arguments):
+                result = run(*arguments)
+                self.expect(result, 2, err=None)
+                self.assertNotEqual(result.err, "")
+
+    def test_what_cannot_be_written_is_named(self):
+        """A regular file is no directory and a directory no file, also for a user who may do everything."""
+        root = self.lay_out({"root.xml": archive('<include file="sub/other.xml"/>'), "sub/other.xml": archive(),
+                             "file": "", "out/root.h/x": ""})
+        for target, named in ((self.folder / "file/below", "file/below"), (self.folder / "out", "out/root.h")):
+            with self.subTest(named):
+                result = run("headers", "--chip", root, "-o", target)
+                self.expect(result, 1, err=None)
+                self.assertRegex(result.err, f"(?m)^error: .*{re.escape(str(self.folder / named))}")
+        self.assertTrue((self.folder / "out/sub/other.h").is_file(), "the other headers are written all the same")
+
+
+if __name__ == "__main__":
+    support.main(__doc__.splitlines()[0], [
+        ("--seconds", {"type": float, "default": 1, "help": "wall-clock limit of a run; 0 for none"}),
+        ("--megabytes", {"type": float, "default": 200, "help": "limit of a run's memory; 0 for none"})])

@@ -1,0 +1,108 @@
+"""What the process-level tests share: the program's runs within limits, descriptions laid out, and the way out."""
+
+import argparse
+import json
+import os
+import re
+import subprocess
+import sys
+import tempfile
+import threading
+import time
+import unittest
+from pathlib import Path
+from typing import NamedTuple
+
+SKIPPED = 77                                    # what the test driver takes as "not run"
+MESSAGE = re.compile(r"(.+:\d+:\d+: )?(error|warning): .+")
+
+options = argparse.Namespace()                  # the command line of the test, filled in by main()
+
+
+class Run(NamedTuple):
+    status: int                                 # negative: the number of the signal that ended the run
+    out: str
+    err: str
+    seconds: float
+    megabytes: float                            # the largest resident size
+
+
+def run(*arguments, give_up=300, environment=None):
+    """One run of the program. One that hangs is killed after give_up seconds, which shows as signal 9."""
+    command = [options.veldmap, *map(str, arguments)]
+    with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as err:
+        begin = time.monotonic()
+        process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=out, stderr=err, env=environment)
+        watchdog = threading.Timer(give_up, process.kill)
+        watchdog.start()
+        _, status, usage = os.wait4(process.pid, 0)
+        seconds = time.monotonic() - begin
+        watchdog.cancel()
+        process.returncode = os.waitstatus_to_exitcode(status)
+        out.seek(0)
+        err.seek(0)
+        return Run(process.returncode, out.read().decode(), err.read().decode(), seconds, usage.ru_maxrss / 1024)
+
+
+def archive(*lines):
+    """The text of a description; the first of the lines is line 2 of the file."""
+    return "\n".join(["<archive>", *lines, "</archive>", ""])
+
+
+class Case(unittest.TestCase):
+    """A test with a directory of its own and shorter words for what most tests ask."""
+
+    maxDiff = 2000
+
+    def setUp(self):
+        directory = tempfile.TemporaryDirectory()
+        self.addCleanup(directory.cleanup)
+        self.folder = Path(directory.name)
+
+    def lay_out(self, files, root="root.xml"):
+        """Writes a dictionary of relative names and contents; gives the path of the root file."""
+        for name, content in files.items():
+            path = self.folder / name
+            path.parent.mkdir(parents=True, exist_ok=True)
+            path.write_bytes(content if isinstance(content, bytes) else content.encode())
+        return self.folder / root
+
+    def expect(self, run, status, out="", err=""):
+        """The exit status first: a run that failed says more than a text that differs. None allows any text."""
+        self.assertEqual(run.status, status, run.err[:2000])
+        for wanted, text in ((out, run.out), (err, run.err)):
+            if wanted is not None:
+                self.assertEqual(text, wanted)
+
+    def tree(self, *roots):
+        run_of_tree = run("tree", "--json", *roots)
+        self.expect(run_of_tree, 0, out=None)
+        return json.loads(run_of_tree.out)
+
+
+def files_below(folder):
+    """Content by relative name."""
+    return {str(path.relative_to(folder)): path.read_bytes() for path in folder.rglob("*") if path.is_file()}
+
+
+def skip(reason):
+    print("SKIPPED:", reason)
+    sys.exit(SKIPPED)
+
+
+def main(description, arguments=(), prepare=lambda: None):
+    """Reads the command line into options, runs the tests of the calling file, and leaves with their status."""
+    parser = argparse.ArgumentParser(description=description)
+    parser.add_argument("--veldmap", required=True, metavar="PATH", help="the program under test")
+    for name, settings in arguments:
+        parser.add_argument(name, **settings)
+    _, rest = parser.parse_known_args(namespace=options)
+    options.veldmap = os.path.abspath(options.veldmap)
+    if not os.access(options.veldmap, os.X_OK):
+        parser.error(f"{options.veldmap} is no program")
+    prepare()
+    result = unittest.main(argv=[sys.argv[0], *rest], exit=False).result
+    if not result.wasSuccessful() or result.testsRun == 0:
+        sys.exit(1)
+    if result.skipped:
+        skip("; ".join(sorted({reason for _, reason in result.skipped})))
