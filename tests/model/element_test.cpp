@@ -1,0 +1,321 @@
+// Places, paths and copies of elements.
+
+#include "support/loaded.h"
+
+#include "model/aggregates.h"
+#include "model/pointer.h"
+#include "model/scalars.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// \a content as one module `m`, placed at 0x1000 as `I`.
+Loaded placed(const QString &content)
+{
+    return Loaded::archive(u"<typedef name='pair'><uint8 name='a'/><uint16 name='b'/></typedef><module name='m'>"_s +
+                           content + u"</module><instance name='I' type='m' address='0x1000'/>"_s);
+}
+
+const VMStruct &instanceOf(const Loaded &soc)
+{
+    return *elementCast<VMStruct>(soc.root().instances.at(0).get());
+}
+
+/// The members as "name@offset+size".
+QStringList layoutOf(const VMStruct &structure)
+{
+    QStringList layout;
+    for (const auto &member : structure.memberList)
+        layout +=
+            u"%1@%2+%3"_s.arg(member->getName(), QString::number(member->offset), QString::number(member->sizeOf()));
+    return layout;
+}
+
+void collect(const VMXMLElement &element, QList<const VMXMLElement *> &all)
+{
+    all += &element;
+    if (const auto *structure = elementCast<VMStruct>(&element)) {
+        for (const auto &member : structure->memberList)
+            collect(*member, all);
+    } else if (const auto *array = elementCast<VMArray>(&element)) {
+        collect(*array->prototype, all);
+        for (const auto &member : array->memberList)
+            collect(*member, all);
+    } else if (const auto *valuable = elementCast<VMValuable>(&element)) {
+        for (const auto &field : valuable->bitFields)
+            collect(*field, all);
+    }
+}
+
+} // namespace
+
+TEST(Layout, MembersAlignAsInC)
+{
+    struct Row {
+        QString content;
+        QStringList layout;
+        int size;
+        int align;
+    };
+    const Row rows[] = {
+        {u"<uint8 name='a'/><uint32 name='b'/><uint16 name='c'/>"_s, {u"a@0+1"_s, u"b@4+4"_s, u"c@8+2"_s}, 12, 4},
+        {u"<uint8 name='a'/><uint8 name='b' count='2'/>"_s, {u"a@0+1"_s, u"b@1+2"_s}, 3, 1},
+        {u"<uint8 name='a'/><hole size='12'/><reg8 name='b'/>"_s,
+         {u"a@0+1"_s, u"Reserved_00000001_12@1+1"_s, u"b@2+1"_s},
+         3,
+         1},
+        {u"<uint8 name='a'/><memory name='b' size='3'/><ptr name='p' type='void'/>"_s,
+         {u"a@0+1"_s, u"b@4+3"_s, u"p@8+4"_s},
+         12,
+         4},
+        {u"<uint8 name='a'/><reg name='z' count='0'/><uint8 name='b'/>"_s, {u"a@0+1"_s, u"z@4+0"_s, u"b@4+1"_s}, 8, 4},
+        {u"<uint8 name='a'/><struct name='e'/><instance name='i' type='pair' count='2'/>"_s,
+         {u"a@0+1"_s, u"e@1+0"_s, u"i@2+8"_s},
+         10,
+         2},
+        {u"<hole size='32'/>"_s, {u"Reserved_00000000_32@0+4"_s}, 4, 1},
+        {u""_s, {}, 0, 0},
+        {u"<reg name='a'/><hole size='0-64'/><reg8 name='b'/>"_s,
+         {u"a@0+4"_s, u"Reserved_00000004_-64@4+-8"_s, u"b@4294967292+1"_s},
+         0,
+         4},
+    };
+    for (const Row &row : rows) {
+        const Loaded soc = placed(row.content);
+        ASSERT_TRUE(soc.isLoaded()) << soc.errors.join(u'|').toStdString();
+        EXPECT_EQ(layoutOf(instanceOf(soc)), row.layout);
+        EXPECT_EQ(instanceOf(soc).sizeOf(), row.size) << row.content.toStdString();
+        EXPECT_EQ(instanceOf(soc).getAlignConstraint(), row.align);
+    }
+}
+
+TEST(Layout, SizesWrapAs32BitNumbers)
+{
+    const Loaded soc = placed(u"<memory name='a' size='0x7FFFFFFF'/><memory name='b' size='0x7FFFFFFF'/>"_s
+                              "<memory name='c' size='0x7FFFFFFF'/>"_s);
+    EXPECT_EQ(layoutOf(instanceOf(soc)),
+              QStringList({u"a@0+2147483647"_s, u"b@2147483648+2147483647"_s, u"c@0+2147483647"_s}));
+}
+
+TEST(Paths, AddressesAndNames)
+{
+    const Loaded soc = placed(u"<reg name='r'><bits name='f' pos='0'/></reg><reg8 name='a' count='2'/>"_s
+                              "<struct name='s' count='2'><reg8 name='x' count='2'/></struct>"
+                              "<ptr name='p' type='pair'/><hole size='8'/>"_s);
+    QStringList paths;
+    QList<const VMXMLElement *> all;
+    collect(instanceOf(soc), all);
+    for (const VMXMLElement *element : all)
+        paths += element->getPath() + u' ' + element->getAddressString().sliced(6);
+    EXPECT_EQ(paths, QStringList({u"$I 1000"_s,
+                                  u"$I.r 1000"_s,
+                                  u"$I.r.f 1000"_s,
+                                  u"$I.a 1004"_s,
+                                  u"$I.a[0] 1004"_s,
+                                  u"$I.a[0] 1004"_s,
+                                  u"$I.a[1] 1005"_s,
+                                  u"$I.s 1006"_s,
+                                  u"$I.s[0] 1006"_s,
+                                  u"$I.s[0].x 1006"_s,
+                                  u"$I.s[0].x[0] 1006"_s,
+                                  u"$I.s[0].x[0] 1006"_s,
+                                  u"$I.s[0].x[1] 1007"_s,
+                                  u"$I.s[0] 1006"_s,
+                                  u"$I.s[0].x 1006"_s,
+                                  u"$I.s[0].x[0] 1006"_s,
+                                  u"$I.s[0].x[0] 1006"_s,
+                                  u"$I.s[0].x[1] 1007"_s,
+                                  u"$I.s[1] 1008"_s,
+                                  u"$I.s[1].x 1008"_s,
+                                  u"$I.s[1].x[0] 1008"_s,
+                                  u"$I.s[1].x[0] 1008"_s,
+                                  u"$I.s[1].x[1] 1009"_s,
+                                  u"$I.p 100C"_s,
+                                  u" 1010"_s}));
+    EXPECT_EQ(soc.type<VMStruct>(u"m"_s).memberList.at(0)->getPath(), u"$archive..r"_s);
+    const auto &array = *elementCast<VMArray>(instanceOf(soc).memberList.at(2).get());
+    EXPECT_EQ(array.getMemberList(), QStringList({u"s[0]"_s, u"s[1]"_s}));
+    EXPECT_EQ(array.memberList.at(1)->getRubyClassName(), u"CH__m__s__content"_s);
+}
+
+TEST(Paths, TopOfTheTree)
+{
+    const VMInt8 lone(u"lone"_s);
+    EXPECT_EQ(lone.getPath(), u"$lone"_s);
+    EXPECT_EQ(lone.getTopParent(), nullptr);
+    EXPECT_EQ(lone.getRootArchive(), nullptr);
+    EXPECT_TRUE(lone.isRootElement());
+    EXPECT_FALSE(lone.isInstance());
+
+    const Loaded soc = placed(u"<reg name='r'/>"_s);
+    const auto &module = soc.type<VMStruct>(u"m"_s);
+    EXPECT_TRUE(module.isRootElement() && !module.isInstance() && instanceOf(soc).isInstance());
+    EXPECT_EQ(module.memberList.at(0)->getTopArchive(), &soc.archiveAt(0));
+    EXPECT_EQ(instanceOf(soc).memberList.at(0)->getTopArchive(), nullptr);
+    EXPECT_EQ(instanceOf(soc).memberList.at(0)->getRootArchive(), &soc.root());
+    EXPECT_EQ(VMXMLElement::anonymousCopy(&soc.archiveAt(0)), nullptr);
+}
+
+TEST(Copies, ShareNothingAndCarryWhatTheyShould)
+{
+    const Loaded soc =
+        placed(u"<reg16 name='h' protect='rw'><l name='lo'/><h name='hi'/><bits name='a' pos='3:0' cut='2'>"_s
+               "<options><option name='o' value='1'/><mask/></options></bits></reg16>"
+               "<ptr name='p' type='pair'/><uint8 name='u' count='2'/>"_s);
+    const auto *source = elementCast<VMStruct>(soc.root().instances.at(0).get());
+    elementCast<VMValuable>(source->memberList.at(0).get())->setValue(0x1234);
+    elementCast<VMArray>(source->memberList.at(2).get())->memberList.at(1)->setName(u"odd"_s);
+    auto *pointer = elementCast<VMPointer>(source->memberList.at(1).get());
+    pointer->allocatePointedElement();
+    pointer->innerData = u"text"_s;
+
+    const std::unique_ptr<VMXMLElement> owner(VMXMLElement::anonymousCopy(source));
+    const auto *copy = elementCast<VMStruct>(owner.get());
+    QList<const VMXMLElement *> sourceElements;
+    QList<const VMXMLElement *> copyElements;
+    collect(*source, sourceElements);
+    collect(*copy, copyElements);
+    ASSERT_EQ(copyElements.size(), sourceElements.size());
+    for (const VMXMLElement *element : copyElements) {
+        EXPECT_FALSE(sourceElements.contains(element));
+        EXPECT_TRUE(element == copy || copyElements.contains(element->parent));
+    }
+    const auto *reg = elementCast<VMValuable>(copy->memberList.at(0).get());
+    EXPECT_EQ(reg->getValue(), 0x1234u);
+    EXPECT_EQ(reg->lowName, QString());
+    EXPECT_EQ(reg->physicalName, u"3"_s);
+    ASSERT_EQ(reg->bitGroups.size(), 1u);
+    EXPECT_EQ(reg->bitGroups.at(0)->valuable, reg);
+    EXPECT_EQ(reg->bitGroups.at(0)->at(1), reg->bitFields.at(1).get());
+    EXPECT_TRUE(reg->bitFields.at(1)->options.hasMask);
+    const auto *copiedPointer = elementCast<VMPointer>(copy->memberList.at(1).get());
+    EXPECT_EQ(copiedPointer->pointedElement->parent, copiedPointer);
+    EXPECT_EQ(copiedPointer->innerData, QString());
+    EXPECT_EQ(elementCast<VMArray>(copy->memberList.at(2).get())->memberList.at(1)->getName(), u"u[1]"_s);
+    EXPECT_EQ(copy->offset, 0x1000u);
+    EXPECT_EQ(copy->parent, &soc.root());
+}
+
+TEST(Pointers, MakeWhatTheyPointTo)
+{
+    const Loaded soc =
+        placed(u"<ptr name='p' type='pair'/><ptr name='b' type='uint'/><ptr name='n' type='nothing'/>"_s);
+    const auto pointer = [&](std::size_t at) {
+        return elementCast<VMPointer>(instanceOf(soc).memberList.at(at).get());
+    };
+    pointer(0)->setValue(0x20);
+    pointer(0)->allocatePointedElement();
+    VMXMLElement *pointed = pointer(0)->pointedElement.get();
+    ASSERT_TRUE(pointed);
+    EXPECT_EQ(pointed->getName() + u' ' + pointed->getPath(), u"*(p) $I.p.>"_s);
+    pointer(0)->allocatePointedElement();
+    EXPECT_EQ(pointer(0)->pointedElement.get(), pointed);
+    pointer(0)->setValue(0x40);
+    EXPECT_EQ(elementCast<VMStruct>(pointed)->memberList.at(1)->getBaseAddress(), 0x42u);
+    EXPECT_EQ(pointer(0)->getTypeString(), u"pair*"_s);
+
+    EXPECT_EQ(pointer(1)->getTypeString(), u"uint*"_s);
+    pointer(1)->allocatePointedElement();
+    EXPECT_EQ(pointer(1)->getTypeString(), u"uint32*"_s);
+    EXPECT_EQ(pointer(1)->pointedElement->getRubyClassName(), u"CHUnsignedInt"_s);
+    pointer(2)->allocatePointedElement();
+    EXPECT_FALSE(pointer(2)->pointedElement);
+
+    auto target = std::make_unique<VMMemory>(u"t"_s, 4);
+    target->remap(0x77);
+    pointer(0)->pointTo(target.release());
+    EXPECT_EQ(pointer(0)->getValue(), 0x77u);
+    pointer(0)->pointTo(nullptr);
+    EXPECT_EQ(pointer(0)->getValue(), 0u);
+    EXPECT_FALSE(pointer(0)->pointedElement);
+
+    const unsigned char data[] = {'a', 'b', 'c', 0, 'd'};
+    pointer(0)->setInnerData(data, 5);
+    EXPECT_EQ(pointer(0)->innerData, u"abc"_s);
+    pointer(0)->setInnerData(data, 2);
+    EXPECT_EQ(pointer(0)->innerData, u"ab..."_s);
+    pointer(0)->setInnerData(data, 0);
+    EXPECT_EQ(pointer(0)->innerData, u"..."_s);
+}
+
+TEST(Types, AreFoundAsInAWalkOverTheLists)
+{
+    const Loaded soc(
+        {{u"soc.xml"_s, u"<archive><include file='a.xml'/><alias name='pp'><ptr name='q' type='uint'/></alias>"_s
+                        "<alias name='t'><uint8 name='u'/></alias><instance name='P' type='pp'/>"
+                        "<instance name='Q' type='uint*'/></archive>"_s},
+         {u"a.xml"_s, u"<archive><typedef name='t'><reg name='r'/></typedef></archive>"_s}});
+    ASSERT_TRUE(soc.isLoaded()) << soc.errors.join(u'|').toStdString();
+    // The earliest archive wins, though the other one declared the type first.
+    EXPECT_EQ(soc.root().getTemplate(u"t"_s)->getType(), VMXMLElement::XML_UNSIGNED_INT8);
+    auto *pointer = elementCast<VMPointer>(soc.root().getTemplate(u"pp"_s));
+    EXPECT_EQ(soc.root().getTemplate(u"uint*"_s), pointer);
+    pointer->allocatePointedElement(); // its type word is another one now
+    EXPECT_EQ(soc.root().getTemplate(u"uint*"_s), nullptr);
+    EXPECT_EQ(soc.root().getTemplate(u"uint32*"_s), pointer);
+    EXPECT_EQ(soc.root().hasArchive(soc.directory->path(), u"a.xml"_s), &soc.archiveAt(1));
+    EXPECT_EQ(soc.root().hasArchive(u"/elsewhere"_s, u"a.xml"_s), nullptr);
+
+    const std::unique_ptr<VMXMLElement> memory(soc.root().allocateElementFromTypeName(u"memory"_s, u"x"_s));
+    EXPECT_EQ(memory->sizeOf(), 0);
+    EXPECT_EQ(soc.root().allocateElementFromTypeName(u"reg32"_s, u"x"_s), nullptr);
+    EXPECT_EQ(soc.root().instanciateTemplate(u"none"_s, u"x"_s, 0), nullptr);
+    EXPECT_EQ(soc.root().instances.size(), 2u);
+}
+
+TEST(MemoryImages, CoverMembersAndLeavePadding)
+{
+    const Loaded soc =
+        placed(u"<uint8 name='a'/><hole size='24'/><reg name='w' protect='w'/><memory name='m' size='4'/>"_s
+               "<int8 name='i' count='2'/><uint16 name='b'/>"_s);
+    auto &instance = *soc.root().instances.at(0);
+    unsigned char image[17];
+    for (unsigned char &byte : image)
+        byte = static_cast<unsigned char>(&byte - image + 0x80);
+    instance.memSet(image + 1); // at an odd address
+    const auto *array = elementCast<VMArray>(instanceOf(soc).memberList.at(4).get());
+    const auto *signedMember = elementCast<VMValuable>(array->memberList.at(1).get());
+    EXPECT_EQ(signedMember->getValueString(DISPLAY_DEC), u"-114"_s);
+    EXPECT_EQ(elementCast<VMValuable>(array->prototype.get())->getValue(), 0u);
+
+    unsigned char copy[17] = {};
+    instance.memGet(copy + 1);
+    unsigned char mask[17] = {};
+    instance.getReadMask(mask + 1);
+    const QByteArray expected = QByteArray("\0\x81\xFF\xFF\xFF\x85\x86\x87\x88\0\0\0\0\x8d\x8e\x8f\x90", 17);
+    EXPECT_EQ(QByteArray(reinterpret_cast<const char *>(copy), 17), expected);
+    EXPECT_EQ(QByteArray(reinterpret_cast<const char *>(mask), 17),
+              QByteArray("\0\xFF\0\0\0\0\0\0\0\0\0\0\0\xFF\xFF\xFF\xFF", 17));
+    instance.setReadError(true);
+    EXPECT_TRUE(signedMember->readError);
+}
+
+TEST(Dump, PrintsTheTreeWithItsSizes)
+{
+    const Loaded soc = placed(u"<reg name='r'><bits name='f' pos='0'/></reg><hole size='8'/>"_s);
+    testing::internal::CaptureStdout();
+    const int size = soc.root().dumpInfo(1);
+    const QString text = QString::fromStdString(testing::internal::GetCapturedStdout());
+    const auto sizeOf = [](std::size_t bytes) { return QString::number(bytes); };
+    EXPECT_EQ(text, u" |_"_s + sizeOf(sizeof(VMRootArchive)) + u" soc\n  |_"_s + sizeOf(sizeof(VMStruct)) +
+                        u" I\n   |_"_s + sizeOf(sizeof(VMValuable)) + u" r\n    |_"_s + sizeOf(sizeof(VMBitField)) +
+                        u" f\nNO INFO\n"_s);
+    EXPECT_EQ(size,
+              static_cast<int>(sizeof(VMRootArchive) + sizeof(VMStruct) + sizeof(VMValuable) + sizeof(VMBitField)));
+}
+
+TEST(MemoryMaps, ClearTheActiveOne)
+{
+    VMMemoryMap other;
+    {
+        VMMemoryMap map;
+        VMMemoryMap::m_activeMemoryMap = &map;
+    }
+    EXPECT_EQ(VMMemoryMap::m_activeMemoryMap, nullptr);
+    VMMemoryMap::m_activeMemoryMap = &other;
+    {
+        VMMemoryMap map;
+    }
+    EXPECT_EQ(VMMemoryMap::m_activeMemoryMap, &other);
+}
