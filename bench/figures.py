@@ -1,0 +1,57 @@
+"""Times whole processes on one processor, in turn, and prints their medians: `veldmap headers` on a description of
+25,000 registers, the bare parsing of the same files, and `veldmap headers` on twice the description."""
+
+import argparse
+import os
+import pathlib
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+
+
+def generate(registers, files, directory):
+    script = pathlib.Path(__file__).with_name("generate_description.py")
+    subprocess.run([sys.executable, script, "--registers", str(registers), "--files", str(files), "--out", directory],
+                   check=True, stdout=subprocess.DEVNULL)
+
+
+def seconds(command):
+    begin = time.perf_counter()
+    subprocess.run(command, check=True, stdout=subprocess.DEVNULL)
+    return time.perf_counter() - begin
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--bin", required=True, help="directory of veldmap and parse_only")
+    parser.add_argument("--runs", type=int, default=9)
+    arguments = parser.parse_args()
+    os.sched_setaffinity(0, {min(os.sched_getaffinity(0))})
+
+    with tempfile.TemporaryDirectory() as work:
+        once, twice = os.path.join(work, "once"), os.path.join(work, "twice")
+        generate(25_000, 250, once)
+        generate(50_000, 500, twice)
+        veldmap, parse_only = (os.path.join(arguments.bin, name) for name in ("veldmap", "parse_only"))
+        commands = {
+            "parse": [parse_only, once],
+            "headers": [veldmap, "headers", "--chip", f"{once}/soc.xml", "-o", f"{work}/out"],
+            "headers, twice": [veldmap, "headers", "--chip", f"{twice}/soc.xml", "-o", f"{work}/out2"],
+        }
+        times = {name: [] for name in commands}
+        for run in range(arguments.runs + 1):  # the first warms up
+            for name, command in commands.items():
+                taken = seconds(command)
+                if run > 0:
+                    times[name].append(taken)
+    for name, taken in times.items():
+        print(f"{name:16} {statistics.median(taken):.3f} s  ({min(taken):.3f} to {max(taken):.3f})")
+    for name, base, limit in (("headers", "parse", 2.0), ("headers, twice", "headers", 2.3)):
+        ratio = statistics.median(a / b for a, b in zip(times[name], times[base]))
+        print(f"{name} / {base}: {ratio:.2f}, at most {limit}")
+
+
+if __name__ == "__main__":
+    main()
