@@ -11,12 +11,17 @@
 
 namespace {
 
-/// Calls \a operation on each member with \a buffer moved on to the member's place.
+/// Calls \a operation on each member with \a buffer moved on to the member's place. Members that a gap of negative
+/// size, or sizes beyond 32 bits, have put outside their holder take no part: the buffer ends with the holder.
 template <typename Members, typename Byte, typename Operation>
 void forEachMember(const VMXMLElement &holder, const Members &members, Byte *buffer, const Operation &operation)
 {
-    for (const auto &member : members)
-        operation(*member, buffer + holder.offsetOf(member.get()));
+    const qint64 size = holder.sizeOf();
+    for (const auto &member : members) {
+        const qint64 place = holder.offsetOf(member.get());
+        if (place + qMax(member->sizeOf(), 0) <= size)
+            operation(*member, buffer + place);
+    }
 }
 
 template <typename Holder>

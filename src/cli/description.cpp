@@ -4,13 +4,20 @@
 #include "loading/memory_map_loader.h"
 #include "model/memory_map.h"
 
+using namespace Qt::StringLiterals;
+
 namespace veldmap::cli {
 
 namespace {
 
 VMRootArchive *load(VMMemoryMap &map, const QString &path, bool chip)
 {
-    return VMMemoryMapLoader().loadRootArchiveFromFile(&map, path, onLog, onError, onWarning, chip);
+    const int errorsBefore = errorCount();
+    VMRootArchive *root = VMMemoryMapLoader().loadRootArchiveFromFile(&map, path, onLog, onError, onWarning, chip);
+    // A file that can't be opened is only a warning of the library, and -q hides it.
+    if (!root && errorCount() == errorsBefore)
+        printError(u"%1 did not load."_s.arg(path));
+    return root;
 }
 
 } // namespace

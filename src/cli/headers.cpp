@@ -23,6 +23,9 @@ bool writeHeaders(const VMMemoryMap &map, const QString &directory, bool chip)
     const GenerationReport report =
         writeCHeaders(map, directory, chip, [](const QString &file) { showProgress(u"Writing %1..."_s.arg(file)); });
     clearProgress();
+    for (const QString &file : report.outside)
+        printWarning(
+            u"%1 lies outside %2, as its description lies outside the directory of the root."_s.arg(file, directory));
     for (const FailedFile &file : report.failed)
         printError(u"%1 can't be written: %2"_s.arg(file.path, file.reason));
     return report.failed.isEmpty();

@@ -26,6 +26,7 @@ constexpr QLatin1StringView kColourEnd = "\x1b[0m"_L1;
 
 Verbosity verbosity = Verbosity::Normal;
 bool progressShown = false;
+int errors = 0;
 
 bool onTerminal()
 {
@@ -75,18 +76,29 @@ void onLog(const char *text)
 
 void onError(const char *text)
 {
-    print(kError, QString::fromUtf8(text));
+    printError(QString::fromUtf8(text));
 }
 
 void onWarning(const char *text)
 {
-    if (verbosity != Verbosity::Quiet)
-        print(kWarning, QString::fromUtf8(text));
+    printWarning(QString::fromUtf8(text));
 }
 
 void printError(const QString &text)
 {
+    ++errors;
     print(kError, text);
+}
+
+void printWarning(const QString &text)
+{
+    if (verbosity != Verbosity::Quiet)
+        print(kWarning, text);
+}
+
+int errorCount()
+{
+    return errors;
 }
 
 void showProgress(const QString &text)
@@ -114,8 +126,12 @@ void clearProgress()
 
 bool printResult(const QString &text)
 {
+    return printResult(text.toUtf8());
+}
+
+bool printResult(const QByteArray &bytes)
+{
     clearProgress();
-    const QByteArray bytes = text.toUtf8();
     const bool written = std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stdout) ==
                              static_cast<std::size_t>(bytes.size()) &&
                          std::fflush(stdout) == 0;

@@ -16,6 +16,9 @@ void onError(const char *text);
 void onWarning(const char *text);
 
 void printError(const QString &text);
+void printWarning(const QString &text);
+/// How many errors were told so far.
+int errorCount();
 
 /// Shows \a text as the state of a long job in one line of a terminal, which the next message or clearProgress() takes
 /// away. Elsewhere, and in a short job, nothing is shown.
@@ -24,5 +27,6 @@ void clearProgress();
 
 /// Writes \a text to the standard output; false, with an error told, when it can't be written.
 [[nodiscard]] bool printResult(const QString &text);
+[[nodiscard]] bool printResult(const QByteArray &text);
 
 } // namespace veldmap::cli

@@ -5,6 +5,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <QDir>
+
 #include <functional>
 #include <string>
 #include <vector>
@@ -20,7 +22,6 @@ struct Arguments {
     std::string chip;
     std::string soft;
     std::string outputDirectory;
-    std::vector<std::string> expressions;
     bool skipUpToDate = false;
     bool json = false;
     bool verbose = false;
@@ -32,19 +33,18 @@ Options optionsOf(const Arguments &arguments)
     Options options;
     options.chip = QString::fromStdString(arguments.chip);
     options.soft = QString::fromStdString(arguments.soft);
-    options.outputDirectory = QString::fromStdString(arguments.outputDirectory);
+    options.outputDirectory = QDir::cleanPath(QString::fromStdString(arguments.outputDirectory));
     options.skipUpToDate = arguments.skipUpToDate;
     options.json = arguments.json;
-    for (const std::string &expression : arguments.expressions)
-        options.expressions += QString::fromStdString(expression);
     return options;
 }
 
-/// A command, and whether it works without a description.
+/// A command, and what it needs.
 struct Command {
     CLI::App *app;
     ExitStatus (*run)(const Options &options);
     bool needsRoot;
+    bool takesExpressions = false;
 };
 
 void addRoots(CLI::App &command, Arguments &arguments)
@@ -91,31 +91,58 @@ Command addTree(CLI::App &app, Arguments &arguments)
 
 Command addEval(CLI::App &app, Arguments &arguments)
 {
-    CLI::App *command = app.add_subcommand("eval", "Print the value of expressions, one a line");
+    CLI::App *command = app.add_subcommand("eval", "Print the value of each EXPRESSION, one a line");
     addRoots(*command, arguments);
-    command->add_option("EXPRESSION", arguments.expressions, "what to evaluate")->type_name("")->required();
     command->add_flag("--json", arguments.json, "as a JSON list of types and values");
-    command->footer("With a root, expressions see the variables of its first file. Put -- in front of an expression\n"
-                    "that begins with a minus sign and no digit behind it.\n\n"
+    command->footer("With a root, expressions see the variables of its first file.\n\n"
                     "Examples:\n"
                     "  veldmap eval '0x40000000+0x1000*3' 'exp2(10)-1'\n"
                     "  veldmap eval --chip soc.xml UART_NB_CHAN\n"
-                    "  veldmap eval -- '-(2+3)'");
-    return {command, eval, false};
+                    "  veldmap eval '-(2+3)'");
+    return {command, eval, false, true};
 }
 
-ExitStatus runCommand(const std::vector<Command> &commands, const Arguments &arguments)
+bool isUnknownOption(const QString &word)
+{
+    return word.size() > 2 && word.startsWith("--"_L1) && word[2].isLetter();
+}
+
+/// Takes over the words that no option of \a command has taken: expressions, or none. They are taken as they are; an
+/// option of CLI11 would read [1,2] as two values, and -(2) as options.
+bool takeWords(const Command &command, const std::vector<std::string> &words, Options &options)
+{
+    for (const std::string &word : words) {
+        const QString expression = QString::fromStdString(word);
+        if (!command.takesExpressions || isUnknownOption(expression)) {
+            printError(u"The argument %1 is not expected; 'veldmap %2 --help' shows which are."_s.arg(
+                expression, QString::fromStdString(command.app->get_name())));
+            return false;
+        }
+        options.expressions += expression;
+    }
+    if (command.takesExpressions && options.expressions.isEmpty())
+        printError(u"No expression is given."_s);
+    return !command.takesExpressions || !options.expressions.isEmpty();
+}
+
+ExitStatus runCommand(const std::vector<Command> &commands, const Arguments &arguments,
+                      const std::vector<std::string> &words)
 {
     for (const Command &command : commands) {
         if (!command.app->parsed())
             continue;
-        const Options options = optionsOf(arguments);
+        Options options = optionsOf(arguments);
+        if (!takeWords(command, words, options))
+            return kWrongUsage;
         if (command.needsRoot && !options.hasRoot()) {
             printError(u"No description is given: name one with --chip FILE or --soft FILE."_s);
             return kWrongUsage;
         }
         return command.run(options);
     }
+    printError(words.empty() ? u"No command is given; 'veldmap --help' shows which there are."_s
+                             : u"There is no command %1; 'veldmap --help' shows which there are."_s.arg(
+                                   QString::fromStdString(words.front())));
     return kWrongUsage;
 }
 
@@ -127,8 +154,9 @@ int runCommandLine(int argc, char **argv)
     CLI::App app("From one description of a chip's registers and memory map, or of software data structures, to\n"
                  "everything that engineers need of it.",
                  "veldmap");
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);
     app.fallthrough();
+    app.allow_extras();
     app.set_version_flag("--version", VELDMAP_VERSION);
     CLI::Option *verbose = app.add_flag("-v,--verbose", arguments.verbose, "tell what is being loaded");
     app.add_flag("-q,--quiet", arguments.quiet, "tell errors only")->excludes(verbose);
@@ -149,7 +177,7 @@ int runCommandLine(int argc, char **argv)
     }
     if (arguments.verbose || arguments.quiet)
         setVerbosity(arguments.verbose ? Verbosity::Verbose : Verbosity::Quiet);
-    return runCommand(commands, arguments);
+    return runCommand(commands, arguments, app.remaining(true));
 }
 
 } // namespace veldmap::cli

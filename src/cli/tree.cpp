@@ -9,8 +9,6 @@
 #include "model/root_archive.h"
 #include "model/valuable.h"
 
-#include <QJsonDocument>
-
 using namespace Qt::StringLiterals;
 
 // The tree as an engineer reads it:
@@ -117,10 +115,8 @@ ExitStatus tree(const Options &options)
     VMMemoryMap &map = processMemoryMap();
     if (!loadDescriptions(options, map))
         return kFailed;
-    const QString text = options.json
-                             ? QString::fromUtf8(QJsonDocument(jsonOf(map)).toJson(QJsonDocument::Compact)) + u'\n'
-                             : readableTree(map);
-    return printResult(text) ? kDone : kFailed;
+    const bool printed = options.json ? printResult(jsonOf(map) + '\n') : printResult(readableTree(map));
+    return printed ? kDone : kFailed;
 }
 
 } // namespace veldmap::cli

@@ -7,6 +7,10 @@
 #include "model/root_archive.h"
 
 #include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -73,12 +77,50 @@ QJsonObject groupJson(const VMBitGroup &group)
             {u"fields"_s, listOf(group, [](const VMBitField *field) { return field->getName(); })}};
 }
 
-QJsonObject elementJson(const VMXMLElement &element);
+/// Writes JSON piece by piece: a tree of a million elements as QJsonValues would take gigabytes.
+class JsonWriter {
+public:
+    /// Opens an object with the members of \a members; close() ends it.
+    void open(const QJsonObject &members)
+    {
+        m_text += QJsonDocument(members).toJson(QJsonDocument::Compact).chopped(1);
+        m_isFirst = members.isEmpty();
+    }
+    void close()
+    {
+        m_text += '}';
+        m_isFirst = false;
+    }
+    /// Begins one more member of the open object; its value follows.
+    void key(const char *name)
+    {
+        m_text += m_isFirst ? "\"" : ",\"";
+        m_text += name;
+        m_text += "\":";
+        m_isFirst = false;
+    }
+    void null() { m_text += "null"; }
+    /// A member that is the list of what \a write writes for each of \a items.
+    template <typename Items, typename Write>
+    void list(const char *name, const Items &items, const Write &write)
+    {
+        key(name);
+        char separator = '[';
+        for (const auto &item : items) {
+            m_text += separator;
+            write(item);
+            separator = ',';
+        }
+        m_text += separator == '[' ? "[]" : "]";
+        m_isFirst = false;
+    }
 
-QJsonArray elementsJson(const std::vector<std::unique_ptr<VMXMLElement>> &elements)
-{
-    return listOf(elements, [](const auto &element) { return elementJson(*element); });
-}
+    QByteArray takeText() { return std::move(m_text); }
+
+private:
+    QByteArray m_text;
+    bool m_isFirst = true;
+};
 
 void addValuable(QJsonObject &object, const VMValuable &valuable)
 {
@@ -92,28 +134,24 @@ void addValuable(QJsonObject &object, const VMValuable &valuable)
     object[u"bitGroups"_s] = listOf(valuable.bitGroups, [](const auto &group) { return groupJson(*group); });
 }
 
-/// Adds what elements of the kind of \a element have beside the others.
+/// Adds what elements of the kind of \a element have beside the others, but for the elements inside.
 void addKindDetails(QJsonObject &object, const VMXMLElement &element)
 {
     if (const auto *valuable = elementCast<VMValuable>(&element))
         addValuable(object, *valuable);
     if (const auto *pointer = elementCast<VMPointer>(&element))
         object[u"pointedType"_s] = pointer->pointedType;
-    if (const auto *structure = elementCast<VMStruct>(&element)) {
+    if (const auto *structure = elementCast<VMStruct>(&element))
         object[u"isTypedef"_s] = structure->isTypedef != 0;
-        object[u"members"_s] = elementsJson(structure->memberList);
-    }
     if (const auto *array = elementCast<VMArray>(&element)) {
         object[u"count"_s] = array->declaredCount;
         object[u"countExpression"_s] = array->countExpression;
-        object[u"prototype"_s] = elementJson(*array->prototype);
-        object[u"members"_s] = elementsJson(array->memberList);
     }
     if (const auto *hole = elementCast<VMHole>(&element))
         object[u"bits"_s] = hole->holeBits;
 }
 
-QJsonObject elementJson(const VMXMLElement &element)
+void writeElement(const VMXMLElement &element, JsonWriter &json)
 {
     QJsonObject object = {
         {u"kind"_s, kindOf(element)},
@@ -131,7 +169,16 @@ QJsonObject elementJson(const VMXMLElement &element)
         {u"align"_s, unsignedNumber(element.getAlignConstraint())},
     };
     addKindDetails(object, element);
-    return object;
+    json.open(object);
+    const auto writeMember = [&](const auto &member) { writeElement(*member, json); };
+    if (const auto *structure = elementCast<VMStruct>(&element))
+        json.list("members", structure->memberList, writeMember);
+    if (const auto *array = elementCast<VMArray>(&element)) {
+        json.key("prototype");
+        writeElement(*array->prototype, json);
+        json.list("members", array->memberList, writeMember);
+    }
+    json.close();
 }
 
 QJsonObject variableJson(const VMIntVar &variable)
@@ -145,7 +192,7 @@ QJsonObject variableJson(const VMIntVar &variable)
     };
     if (variable.isRange) {
         object[u"right"_s] = variable.rightExpression;
-        object[u"rightValue"_s] = variable.rightValue;
+        object[u"rightValue"_s] = unsignedNumber(variable.rightValue);
         object[u"direction"_s] = variable.dir == VMIntVar::up ? u"up"_s : u"down"_s;
     }
     return object;
@@ -166,9 +213,9 @@ QJsonObject enumJson(const VMEnum &enumeration)
             {u"entries"_s, listOf(enumeration, enumEntryJson)}};
 }
 
-QJsonObject archiveJson(const VMXMLArchive &archive)
+void writeArchive(const VMXMLArchive &archive, JsonWriter &json)
 {
-    return {
+    json.open({
         {u"file"_s, archive.relativeFileName},
         {u"comment"_s, archive.archiveComment},
         {u"cjoker"_s, archive.cJoker},
@@ -178,28 +225,35 @@ QJsonObject archiveJson(const VMXMLArchive &archive)
          listOf(archive.includedArchives, [](const VMXMLArchive *included) { return included->relativeFileName; })},
         {u"variables"_s, listOf(*archive.variables, variableJson)},
         {u"enums"_s, listOf(archive.variables->enums, [](const auto &e) { return enumJson(*e); })},
-        {u"templates"_s, elementsJson(archive.templates)},
-    };
+    });
+    json.list("templates", archive.templates, [&](const auto &element) { writeElement(*element, json); });
+    json.close();
 }
 
-QJsonValue rootJson(const VMRootArchive *root)
+void writeRoot(const VMRootArchive *root, JsonWriter &json)
 {
-    if (!root)
-        return QJsonValue();
-    return QJsonObject{
-        {u"name"_s, root->getName()},
-        {u"archives"_s, listOf(root->xmlArchives, [](const VMXMLArchive *archive) { return archiveJson(*archive); })},
-        {u"instances"_s, elementsJson(root->instances)},
-    };
+    if (!root) {
+        json.null();
+        return;
+    }
+    json.open({{u"name"_s, root->getName()}});
+    json.list("archives", root->xmlArchives, [&](const VMXMLArchive *archive) { writeArchive(*archive, json); });
+    json.list("instances", root->instances, [&](const auto &instance) { writeElement(*instance, json); });
+    json.close();
 }
 
 } // namespace
 
-QJsonObject jsonOf(const VMMemoryMap &map)
+QByteArray jsonOf(const VMMemoryMap &map)
 {
-    return {{u"chip"_s, rootJson(map.chipRootArchive)},
-            {u"soft"_s, rootJson(map.softRootArchive)},
-            {u"globals"_s, listOf(*map.globalVariables, variableJson)}};
+    JsonWriter json;
+    json.open({{u"globals"_s, listOf(*map.globalVariables, variableJson)}});
+    json.key("chip");
+    writeRoot(map.chipRootArchive, json);
+    json.key("soft");
+    writeRoot(map.softRootArchive, json);
+    json.close();
+    return json.takeText();
 }
 
 QString kindOf(const VMXMLElement &element)

@@ -1,4 +1,5 @@
 #include "common/lines.h"
+#include "headers/template_macros.h"
 #include "headers/trace.h"
 #include "model/aggregates.h"
 #include "model/root_archive.h"
@@ -85,11 +86,6 @@ QString VMXMLElement::getCInstanceName() const
 
 QString VMXMLElement::asm_content() const
 {
-    return asm_contentAround(templateMacros());
-}
-
-QString VMXMLElement::asm_contentAround(const QString &macros) const
-{
     QString text;
     const VMRootArchive *root = getRootArchive();
     if (root)
@@ -97,7 +93,7 @@ QString VMXMLElement::asm_contentAround(const QString &macros) const
     text += u'\n';
     if (root)
         text += root->c_getMatchingInstancesAsmDescription(this);
-    return text + macros;
+    return text + veldmap::templateMacros(*this);
 }
 
 QString VMXMLElement::asm_serialize(const QString &, const QString &) const

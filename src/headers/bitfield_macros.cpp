@@ -1,8 +1,11 @@
 #include "common/lines.h"
+#include "headers/template_macros.h"
 #include "model/aggregates.h"
 #include "model/valuable.h"
 
 #include <QSet>
+
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -130,11 +133,41 @@ private:
 
 } // namespace
 
-QString VMXMLElement::templateMacros() const
+namespace veldmap {
+
+namespace {
+
+TemplateMacrosCache *&innermostCache()
+{
+    static thread_local TemplateMacrosCache *cache = nullptr;
+    return cache;
+}
+
+QString makeMacros(const VMXMLElement &element)
 {
     QStringList usedNames;
-    return macro_serialize(getTypeString().toUpper(), usedNames);
+    return element.macro_serialize(element.getTypeString().toUpper(), usedNames);
 }
+
+} // namespace
+
+TemplateMacrosCache::TemplateMacrosCache() : m_outer(std::exchange(innermostCache(), this)) {}
+
+TemplateMacrosCache::~TemplateMacrosCache()
+{
+    innermostCache() = m_outer;
+}
+
+QString templateMacros(const VMXMLElement &element)
+{
+    TemplateMacrosCache *cache = innermostCache();
+    if (!cache)
+        return makeMacros(element);
+    const auto known = cache->m_macros.constFind(&element);
+    return known != cache->m_macros.cend() ? *known : *cache->m_macros.insert(&element, makeMacros(element));
+}
+
+} // namespace veldmap
 
 QString VMXMLElement::macro_serialize(const QString &, QStringList &) const
 {

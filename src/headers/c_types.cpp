@@ -1,4 +1,5 @@
 #include "common/lines.h"
+#include "headers/template_macros.h"
 #include "model/aggregates.h"
 #include "model/pointer.h"
 #include "model/root_archive.h"
@@ -208,11 +209,6 @@ QString VMValuable::c_typedefSerialize() const
 
 QString VMXMLElement::c_content() const
 {
-    return c_contentAround(templateMacros());
-}
-
-QString VMXMLElement::c_contentAround(const QString &macros) const
-{
     const VMRootArchive *root = getRootArchive();
     QString text;
     if (root)
@@ -224,7 +220,7 @@ QString VMXMLElement::c_contentAround(const QString &macros) const
             text += root->c_getMatchingInstancesInstanciation(this);
         text += u'\n';
     }
-    return text + macros;
+    return text + veldmap::templateMacros(*this);
 }
 
 QString VMIntVar::c_serialize(bool enumEntry) const

@@ -2,6 +2,7 @@
 
 #include "common/file_writer.h"
 #include "common/lines.h"
+#include "headers/template_macros.h"
 #include "headers/trace.h"
 #include "model/archive.h"
 #include "model/memory_map.h"
@@ -9,6 +10,7 @@
 #include "model/valuable.h"
 
 #include <QDateTime>
+#include <QDir>
 #include <QFileInfo>
 
 using namespace Qt::StringLiterals;
@@ -127,61 +129,6 @@ bool isUpToDate(const VMXMLArchive &archive, const QString &target)
     return written.isValid() && (!described.isValid() || described < written);
 }
 
-/// The bitfield macros of the templates of an archive, by place. Both headers carry the same ones, so they are made
-/// once.
-QStringList macrosOf(const VMXMLArchive &archive)
-{
-    QStringList macros;
-    for (const auto &element : archive.templates)
-        macros += element->templateMacros();
-    return macros;
-}
-
-QString cContent(const VMXMLArchive &archive, const QStringList &macros)
-{
-    const QString guard = guardOf(archive, "_H_"_L1);
-    QString text = archive.c_header() + u'\n' + lineOf("#ifndef "_L1, guard) + lineOf("#define "_L1, guard) + u'\n';
-    if (archive.generateAsm)
-        text += lineOf("#ifdef VC_ASM"_L1) +
-                lineOf("#error \"You are trying to use in an assembly code the normal H description of '"_L1,
-                       archive.getBaseName(), "'.\""_L1) +
-                lineOf("#endif"_L1) + u'\n';
-    text += u'\n';
-    for (const VMXMLInclude &include : archive.includes)
-        text += cInclude(include);
-    text += u'\n' + sectionHead("MACROS"_L1) + cVariables(*archive.variables) + u'\n' + sectionHead("TYPES"_L1);
-    for (qsizetype place = 0; const auto &element : archive.templates) {
-        const QString &elementMacros = macros[place++];
-        if (isEnumTemplate(*element))
-            continue;
-        text += typeHead(kTypeRule, kTypeUnderline, kRule, element->getCTypeString(), element->getComment());
-        text += element->c_contentAround(elementMacros) + "\n\n"_L1;
-    }
-    return text + u'\n' + archive.cJoker + u'\n' + lineOf("#endif"_L1);
-}
-
-QString asmContent(const VMXMLArchive &archive, const QStringList &macros)
-{
-    const QString guard = guardOf(archive, "_ASM_H_"_L1);
-    QString text = lineOf("#ifndef "_L1, guard) + lineOf("#define "_L1, guard) + u'\n' +
-                   lineOf("//THIS FILE HAS BEEN GENERATED WITH VELDSPECTOR. PLEASE EDIT WITH CARE !\n"_L1) +
-                   lineOf("#ifndef VC_ASM"_L1) +
-                   lineOf("#error \"You are trying to use in a normal C code the assembly H description of '"_L1,
-                          archive.getBaseName(), "'.\""_L1) +
-                   lineOf("#endif\n"_L1);
-    for (const VMXMLInclude &include : archive.includes)
-        text += asmInclude(include);
-    text += u'\n';
-    for (const VMIntVar &variable : *archive.variables)
-        text += variable.c_serialize(false);
-    text += u'\n';
-    for (qsizetype place = 0; const auto &element : archive.templates) {
-        text += typeHead(kWideRule, kWideUnderline, kWideRule, element->getTypeString(), element->getComment());
-        text += element->asm_contentAround(macros[place++]) + "\n\n"_L1;
-    }
-    return text + u'\n' + lineOf("#endif"_L1);
-}
-
 /// Writes the headers of one root.
 class HeaderRun {
 public:
@@ -199,9 +146,11 @@ public:
             ++report.skipped;
             return;
         }
-        const QStringList macros = macrosOf(archive);
-        if (writeFile(target, cContent(archive, macros)) && archive.generateAsm)
-            writeFile(m_path + u'/' + archive.getASMFileRelativeName(), asmContent(archive, macros));
+        if (QDir::cleanPath(archive.getHFileRelativeName()).startsWith("../"_L1))
+            report.outside.append(QDir::cleanPath(target));
+        const veldmap::TemplateMacrosCache macros;
+        if (writeFile(target, archive.c_content()) && archive.generateAsm)
+            writeFile(m_path + u'/' + archive.getASMFileRelativeName(), archive.asm_content());
     }
 
     veldmap::GenerationReport report;
@@ -268,10 +217,44 @@ QString VMXMLArchive::c_header() const
 
 QString VMXMLArchive::c_content() const
 {
-    return cContent(*this, macrosOf(*this));
+    const QString guard = guardOf(*this, "_H_"_L1);
+    QString text = c_header() + u'\n' + lineOf("#ifndef "_L1, guard) + lineOf("#define "_L1, guard) + u'\n';
+    if (generateAsm)
+        text += lineOf("#ifdef VC_ASM"_L1) +
+                lineOf("#error \"You are trying to use in an assembly code the normal H description of '"_L1,
+                       getBaseName(), "'.\""_L1) +
+                lineOf("#endif"_L1) + u'\n';
+    text += u'\n';
+    for (const VMXMLInclude &include : includes)
+        text += cInclude(include);
+    text += u'\n' + sectionHead("MACROS"_L1) + cVariables(*variables) + u'\n' + sectionHead("TYPES"_L1);
+    for (const auto &element : templates) {
+        if (isEnumTemplate(*element))
+            continue;
+        text += typeHead(kTypeRule, kTypeUnderline, kRule, element->getCTypeString(), element->getComment());
+        text += element->c_content() + "\n\n"_L1;
+    }
+    return text + u'\n' + cJoker + u'\n' + lineOf("#endif"_L1);
 }
 
 QString VMXMLArchive::asm_content() const
 {
-    return asmContent(*this, macrosOf(*this));
+    const QString guard = guardOf(*this, "_ASM_H_"_L1);
+    QString text = lineOf("#ifndef "_L1, guard) + lineOf("#define "_L1, guard) + u'\n' +
+                   lineOf("//THIS FILE HAS BEEN GENERATED WITH VELDSPECTOR. PLEASE EDIT WITH CARE !\n"_L1) +
+                   lineOf("#ifndef VC_ASM"_L1) +
+                   lineOf("#error \"You are trying to use in a normal C code the assembly H description of '"_L1,
+                          getBaseName(), "'.\""_L1) +
+                   lineOf("#endif\n"_L1);
+    for (const VMXMLInclude &include : includes)
+        text += asmInclude(include);
+    text += u'\n';
+    for (const VMIntVar &variable : *variables)
+        text += variable.c_serialize(false);
+    text += u'\n';
+    for (const auto &element : templates) {
+        text += typeHead(kWideRule, kWideUnderline, kWideRule, element->getTypeString(), element->getComment());
+        text += element->asm_content() + "\n\n"_L1;
+    }
+    return text + u'\n' + lineOf("#endif"_L1);
 }

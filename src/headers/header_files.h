@@ -4,6 +4,7 @@
 
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 
@@ -22,6 +23,7 @@ struct GenerationReport {
     int written = 0;
     int skipped = 0;
     QList<FailedFile> failed;
+    QStringList outside; ///< beside the directory, since their descriptions lie beside that of the root
 };
 
 /// Writes the headers as VMMemoryMap::generateCHeaders does, and tells what became of them. \a progress, if set, hears

@@ -16,6 +16,7 @@ struct VMBitFieldOptions;
 namespace veldmap {
 class Tag;
 struct Count;
+struct LoadBudget;
 } // namespace veldmap
 
 /// Reads one description file into an archive. Each file of a load gets a loader of its own, which lives as long as its
@@ -26,6 +27,8 @@ struct Count;
 /// tag concerned. An element that a handler returns belongs to the caller, unless the handler says otherwise.
 class VELDMAP_EXPORT VMArchiveLoader {
 public:
+    VMArchiveLoader();
+
     /// Reads the file at \a filePath, which \a root knows as \a relativeFile below \a basePath, with all that it
     /// includes. The archive, which the root owns: a new one, or the one that is there already, with status 2. Null
     /// when there is none; \a status tells why. A \a mandatory file that can't be opened is a warning.
@@ -163,8 +166,11 @@ private:
                           const veldmap::Tag &tag, const VMXMLArchive &archive);
     /// Counts \a elements more that are made by copying; false, with an error at \a tag, when they are too many.
     bool mayCopy(qint64 elements, const veldmap::Tag &tag, const VMXMLArchive &archive);
+    /// The same for \a characters of text that many elements keep.
+    bool mayKeepText(qint64 characters, const veldmap::Tag &tag, const VMXMLArchive &archive);
     /// The same for a copy of the template \a element.
     bool mayCopyType(const VMXMLElement &element, const veldmap::Tag &tag, const VMXMLArchive &archive);
 
     veldmap::Callbacks m_callbacks;
+    std::shared_ptr<veldmap::LoadBudget> m_budget; // shared by the loaders of one load
 };

@@ -2,9 +2,8 @@
 
 #include "loading/document_loading.h"
 #include "loading/limits.h"
+#include "loading/load_budget.h"
 #include "loading/tag.h"
-#include "loading/tree_size.h"
-#include "model/aggregates.h"
 #include "model/root_archive.h"
 
 #include <algorithm>
@@ -15,6 +14,8 @@ using veldmap::ChildTags;
 using veldmap::readText;
 using veldmap::Tag;
 namespace limits = veldmap::limits;
+
+VMArchiveLoader::VMArchiveLoader() : m_budget(std::make_shared<veldmap::LoadBudget>()) {}
 
 VMXMLArchive *VMArchiveLoader::loadArchiveFromFile(const QString &filePath, const QString &relativeFile,
                                                    const QString &basePath, VMRootArchive *root, VMMessageCallback log,
@@ -194,40 +195,4 @@ VMArchiveLoader::Evaluated VMArchiveLoader::evaluate(const QString &expression, 
     Evaluated result;
     result.value = archive.variables->evalExpression(expression, result.message, result.failed);
     return result;
-}
-
-VMXMLElement *VMArchiveLoader::arrayOf(std::unique_ptr<VMXMLElement> element, const veldmap::Count &count,
-                                       const QString &name, const Tag &tag, const VMXMLArchive &archive)
-{
-    if (!count.isArray)
-        return element.release();
-    const qint64 elements = veldmap::treeSizeOf(*element).elements * (1 + qMax(qint64(count.value), qint64(0)));
-    if (elements > limits::kArrayElements) {
-        fail(tag, archive,
-             u"Array '%1' is too large: it would hold %2 elements, and %3 is the limit."_s.arg(
-                 name, QString::number(elements), QString::number(limits::kArrayElements)));
-        return nullptr;
-    }
-    if (!mayCopy(elements, tag, archive))
-        return nullptr;
-    return std::make_unique<VMArray>(name, element.get(), count.value, count.expression).release();
-}
-
-bool VMArchiveLoader::mayCopy(qint64 elements, const Tag &tag, const VMXMLArchive &archive)
-{
-    VMRootArchive *root = archive.getRootArchive();
-    root->m_copiedElements += elements;
-    const qint64 allowed = limits::kCopiedElements + limits::kCopiesPerElement * root->m_declaredElements;
-    if (root->m_copiedElements <= allowed)
-        return true;
-    return fail(tag, archive,
-                u"The instances and arrays of the description hold more than %1 elements."_s.arg(allowed));
-}
-
-bool VMArchiveLoader::mayCopyType(const VMXMLElement &element, const Tag &tag, const VMXMLArchive &archive)
-{
-    const veldmap::TreeSize size = veldmap::treeSizeOf(element);
-    if (size.depth > limits::kTypeDepth)
-        return fail(tag, archive, u"Types are nested more than %1 deep."_s.arg(limits::kTypeDepth));
-    return mayCopy(size.elements, tag, archive);
 }

@@ -1,9 +1,8 @@
 #include "loading/archive_loader.h"
 
 #include "common/bits.h"
-#include "loading/limits.h"
+#include "loading/load_budget.h"
 #include "loading/tag.h"
-#include "model/root_archive.h"
 #include "model/valuable.h"
 
 using namespace Qt::StringLiterals;
@@ -114,13 +113,17 @@ quint32 resetValueOf(const QString &reset, qint64 width)
 
 bool VMArchiveLoader::manageBitsTag(const Tag &tag, VMValuable *valuable, VMXMLArchive *archive)
 {
-    ++archive->getRootArchive()->m_declaredElements;
+    ++m_budget->declaredElements;
     const BitsAttributes attributes(tag);
     const QString &name = attributes.name;
     if (name.isEmpty())
         return fail(tag, *archive, u"Valuable %1 contains an unamed bitfield.\n"_s.arg(valuable->getName()));
     if (attributes.pos.isEmpty())
         return fail(tag, *archive, u"Valuable %1, bitfield %2 : position undefined\n"_s.arg(valuable->getName(), name));
+    if (attributes.pos.size() > limits::kPositionCharacters)
+        return fail(tag, *archive,
+                    u"Valuable %1, bitfield %2 : position longer than %3 characters"_s.arg(
+                        valuable->getName(), name, QString::number(limits::kPositionCharacters)));
     BitsCut cut;
     if (!readPosition(attributes, tag, *valuable, *archive, cut.whole) ||
         !readCut(attributes, tag, *valuable, *archive, cut))
@@ -129,6 +132,9 @@ bool VMArchiveLoader::manageBitsTag(const Tag &tag, VMValuable *valuable, VMXMLA
         return fail(
             tag, *archive,
             u"Valuable %1 has more than %2 bitfields."_s.arg(valuable->getName(), QString::number(limits::kBitFields)));
+
+    if (!mayCopy(cut.pieces - 1, tag, *archive))
+        return false;
 
     BitPosition first = cut.whole;
     std::unique_ptr<VMBitGroup> group;
@@ -232,8 +238,9 @@ bool VMArchiveLoader::readBitsChildren(const Tag &tag, const QString &name, VMBi
             return fail(child, *archive, u"Bitfield '%1' contains an unvalid '%2' tag.\n"_s.arg(name, childName));
         }
     }
-    field.comment = comment + field.generateOptionsComment();
-    return true;
+    const QString options = field.generateOptionsComment();
+    field.comment = comment + options;
+    return mayKeepText(options.size(), tag, *archive);
 }
 
 bool VMArchiveLoader::addPieces(std::unique_ptr<VMBitField> first, std::unique_ptr<VMBitGroup> group,

@@ -23,7 +23,18 @@ QDomElement nextInDocument(const QDomElement &element)
     return next;
 }
 
-/// Notes on each element that has several attributes in which order they stand in \a bytes.
+/// Whether \a element stands in text that is kept with its markup.
+bool isInText(const QDomElement &element)
+{
+    for (QDomElement up = element.parentNode().toElement(); !up.isNull(); up = up.parentNode().toElement()) {
+        const QString name = up.tagName().toLower();
+        if (name == "comment"_L1 || name == "cjoker"_L1)
+            return true;
+    }
+    return false;
+}
+
+/// Notes on each element in a comment or cjoker that has several attributes in which order they stand in \a bytes.
 void keepAttributeOrder(const QByteArray &bytes, QDomDocument &document)
 {
     QXmlStreamReader reader(bytes);
@@ -31,7 +42,7 @@ void keepAttributeOrder(const QByteArray &bytes, QDomDocument &document)
     for (QDomElement element = document.documentElement(); !reader.atEnd() && !element.isNull();) {
         if (reader.readNext() != QXmlStreamReader::StartElement)
             continue;
-        if (reader.attributes().size() > 1) {
+        if (reader.attributes().size() > 1 && isInText(element)) {
             QStringList names;
             for (const QXmlStreamAttribute &attribute : reader.attributes())
                 names += attribute.qualifiedName().toString();

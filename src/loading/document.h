@@ -19,8 +19,9 @@ enum XMDOpenError {
 /// whether the file was a container. A failure to open goes to \a error with \a openFailureIsError, else to \a warning.
 /// Null callbacks drop their messages.
 ///
-/// An element with several attributes gets one more, whose name is no legal XML name and whose value lists the names of
-/// the others in the order of the document, which QDomElement does not keep and comments need.
+/// In a `comment` or `cjoker`, an element with several attributes gets one more, whose name is no legal XML name and
+/// whose value lists the names of the others in the order of the document, which QDomElement does not keep and comments
+/// need.
 VELDMAP_EXPORT XMDOpenError loadXMLDocument(const QString &path, QDomDocument &document, bool &encrypted,
                                             VMMessageCallback log, VMMessageCallback error, VMMessageCallback warning,
                                             bool openFailureIsError);

@@ -1,6 +1,6 @@
 #include "loading/archive_loader.h"
 
-#include "loading/limits.h"
+#include "loading/load_budget.h"
 #include "loading/tag.h"
 #include "model/root_archive.h"
 
@@ -36,9 +36,8 @@ struct IncludedFile {
 
 XMDOpenError VMArchiveLoader::manageIncludeTag(const Tag &tag, VMXMLArchive *archive)
 {
-    VMRootArchive *root = archive->getRootArchive();
-    const QScopedValueRollback depth(root->m_includeDepth, root->m_includeDepth + 1);
-    if (root->m_includeDepth > veldmap::limits::kIncludeDepth) {
+    const QScopedValueRollback depth(m_budget->includeDepth, m_budget->includeDepth + 1);
+    if (m_budget->includeDepth > veldmap::limits::kIncludeDepth) {
         fail(tag, *archive, u"Files are included more than %1 deep."_s.arg(veldmap::limits::kIncludeDepth));
         return XMDOpenInvalid;
     }
@@ -82,19 +81,23 @@ XMDOpenError VMArchiveLoader::manageIncludeEntry(VMXMLArchive *archive, VMXMLInc
                                                  const QString &condition, bool load, bool optional)
 {
     const QString directory = archive->getRelativePath(false);
-    const QString relativeFile = directory.isEmpty() ? file : directory + u'/' + file;
-    const QString fullFile = archive->basePath + u'/' + relativeFile;
+    const QString relativeFile = QDir::cleanPath(directory.isEmpty() ? file : directory + u'/' + file);
+    const QString fullFile = QDir::cleanPath(archive->basePath + u'/' + relativeFile);
+    // Without a file the name would be that of a directory of this machine.
+    const QString headerName = file.isEmpty() ? QString() : headerNameOf(fullFile);
     if (condition.isEmpty())
-        include.headerName = headerNameOf(fullFile);
+        include.headerName = headerName;
     else
-        include.conditions.append({headerNameOf(fullFile), condition});
+        include.conditions.append({headerName, condition});
     if (!load)
         return XMDOpenSuccess;
 
     XMDOpenError status = XMDOpenSuccess;
-    VMXMLArchive *included = VMArchiveLoader().loadArchiveFromFile(
-        QDir::cleanPath(fullFile), QDir::cleanPath(relativeFile), archive->basePath, archive->getRootArchive(),
-        m_callbacks.log, m_callbacks.error, m_callbacks.warning, !optional, status);
+    VMArchiveLoader loader;
+    loader.m_budget = m_budget;
+    VMXMLArchive *included =
+        loader.loadArchiveFromFile(fullFile, relativeFile, archive->basePath, archive->getRootArchive(),
+                                   m_callbacks.log, m_callbacks.error, m_callbacks.warning, !optional, status);
     if (included) {
         archive->includedArchives.append(included);
         return XMDOpenSuccess;

@@ -33,18 +33,22 @@ constexpr qsizetype kArchives = 10'000;
 
 /// Elements in one array, those inside its members and their bitfields included. An element takes about 400 bytes;
 /// tables beyond this are described as memory.
-constexpr qint64 kArrayElements = 128 * 1024;
+constexpr qint64 kArrayElements = 256 * 1024;
 
-/// Elements that one load makes by copying: instances, array members, options of linked enums. A small description may
-/// make this many; each element that a tag declares allows for some more, so that memory grows with the description. In
-/// real chips there are about five copies of an element.
-constexpr qint64 kCopiedElements = 256 * 1024;
+/// Elements that one load makes by copying: instances, array members, pieces of cut bitfields, options of linked enums,
+/// and texts that grow beyond the description, in elements of the same size. A small description may make this many;
+/// each element that a tag declares allows for some more, so that memory grows with the description. In real chips
+/// there are about five copies of an element.
+constexpr qint64 kCopiedElements = 448 * 1024;
 constexpr qint64 kCopiesPerElement = 32;
 
 /// Pieces of one cut bitfield. A word has 32 bits.
-constexpr qint64 kCutPieces = 1024;
+constexpr qint64 kCutPieces = 128;
+
+/// Characters of the position of a bitfield. The positions in the packed word grow by it with every field.
+constexpr qsizetype kPositionCharacters = 512;
 
 /// Bitfields of one valuable. A word has 32 bits; views of it may overlap.
-constexpr std::size_t kBitFields = 4096;
+constexpr std::size_t kBitFields = 256;
 
 } // namespace veldmap::limits

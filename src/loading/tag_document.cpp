@@ -4,10 +4,13 @@
 #include "loading/limits.h"
 
 #include <QDomElement>
+#include <QRegularExpression>
+#include <QStringConverter>
 #include <QXmlStreamReader>
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -34,15 +37,58 @@ bool isUpper(QChar character)
     return character.isUpper();
 }
 
+/// Whether the characters of ASCII stand in \a bytes as themselves.
+bool isAsciiCompatible(const QByteArray &bytes)
+{
+    // <?xml version="1.0" encoding="iso-8859-1"?> does; encoding="UTF-7" does not.
+    static const QRegularExpression foreign(
+        u"^<\\?xml[^>]*encoding\\s*=\\s*[\"'](?!utf-8|us-ascii|iso-8859-|windows-125)"_s,
+        QRegularExpression::CaseInsensitiveOption);
+    const auto encoding = QStringConverter::encodingForData(bytes, u'<');
+    const QByteArray head = bytes.first(qMin<qsizetype>(bytes.size(), 200));
+    return (!encoding || *encoding == QStringConverter::Utf8) && head.contains('<') &&
+           !foreign.match(QString::fromLatin1(head)).hasMatch();
+}
+
+/// How often a document may refer to entities of its own.
+qint64 entityReferences(const QByteArray &bytes)
+{
+    if (!isAsciiCompatible(bytes))
+        return bytes.size() / 3; // "&a;" is the shortest
+    if (!bytes.contains("<!ENTITY"))
+        return 0;
+    qint64 references = bytes.count('&') - bytes.count("&#");
+    for (const char *builtIn : {"&lt;", "&gt;", "&amp;", "&quot;", "&apos;"})
+        references -= bytes.count(builtIn);
+    return references;
+}
+
 /// The characters to which one entity may grow, so that all references of a document stay within their limit.
 int entityLimit(const QByteArray &bytes)
 {
     constexpr qint64 kReadersOwnLimit = 4096;
     constexpr qint64 kShortEntity = 64;
-    if (!bytes.contains("<!ENTITY"))
-        return static_cast<int>(kReadersOwnLimit);
-    const qint64 references = qMax<qint64>(bytes.count('&'), 1);
+    const qint64 references = qMax<qint64>(entityReferences(bytes), 1);
     return static_cast<int>(std::clamp(limits::kEntityCharacters / references, kShortEntity, kReadersOwnLimit));
+}
+
+/// Where the markup ends that begins at \a begin with "<!" or "<?" and may hold a "<".
+qsizetype endOfMarkup(QByteArrayView text, qsizetype begin)
+{
+    constexpr std::pair<QByteArrayView, QByteArrayView> kForms[] = {
+        {"<!--", "-->"}, {"<![CDATA[", "]]>"}, {"<?", "?>"}};
+    for (const auto &[first, last] : kForms) {
+        if (!text.sliced(begin).startsWith(first))
+            continue;
+        const qsizetype end = text.indexOf(last, begin + first.size());
+        return end < 0 ? text.size() : end;
+    }
+    return begin + 1;
+}
+
+QString attributesError()
+{
+    return u"A tag has more than %1 attributes."_s.arg(limits::kTagAttributes);
 }
 
 /// The number of attributes of the tag that \a text begins with: its "=" outside quotes.
@@ -71,11 +117,15 @@ TagDocument::Error findTagOfManyAttributes(const QByteArray &bytes)
     constexpr qsizetype kLongTag = 4 * limits::kTagAttributes;
     const QByteArrayView text(bytes);
     for (qsizetype tag = text.indexOf('<'); tag >= 0;) {
+        if (tag + 1 < text.size() && (text[tag + 1] == '!' || text[tag + 1] == '?')) {
+            tag = text.indexOf('<', endOfMarkup(text, tag));
+            continue;
+        }
         const qsizetype next = text.indexOf('<', tag + 1);
         const QByteArrayView upToNext = text.sliced(tag, (next < 0 ? text.size() : next) - tag);
         if (upToNext.size() > kLongTag && attributesOf(upToNext) > limits::kTagAttributes)
-            return {u"A tag has more than %1 attributes."_s.arg(limits::kTagAttributes),
-                    1 + text.first(tag).count('\n'), tag - (tag == 0 ? 0 : text.lastIndexOf('\n', tag - 1) + 1)};
+            return {attributesError(), 1 + text.first(tag).count('\n'),
+                    tag - (tag == 0 ? 0 : text.lastIndexOf('\n', tag - 1) + 1)};
         tag = next;
     }
     return {};
@@ -86,7 +136,8 @@ TagDocument::Error findTagOfManyAttributes(const QByteArray &bytes)
 /// Fills a document from the tokens of the XML reader.
 class TagDocument::Reader {
 public:
-    Reader(TagDocument &document, const QByteArray &bytes) : m_document(document), m_reader(bytes)
+    Reader(TagDocument &document, const QByteArray &bytes)
+        : m_document(document), m_reader(bytes), m_charactersLeft(bytes.size() + limits::kEntityCharacters)
     {
         m_reader.setNamespaceProcessing(false);
         m_reader.setEntityExpansionLimit(entityLimit(bytes));
@@ -97,8 +148,9 @@ public:
         if (const Error tooMany = findTagOfManyAttributes(bytes); !tooMany.text.isEmpty())
             return tooMany;
         while (!m_reader.atEnd()) {
-            if (m_reader.readNext() == QXmlStreamReader::StartElement && depth() >= limits::kTagDepth)
-                return errorHere(u"Tags are nested more than %1 deep."_s.arg(limits::kTagDepth));
+            m_reader.readNext();
+            if (const QString refused = refusal(); !refused.isEmpty())
+                return errorHere(refused);
             takeToken();
         }
         return m_reader.hasError() ? errorHere(m_reader.errorString()) : Error();
@@ -108,6 +160,35 @@ private:
     int depth() const { return static_cast<int>(m_document.m_open.size()); }
 
     Error errorHere(const QString &text) const { return {text, m_reader.lineNumber(), m_reader.columnNumber()}; }
+
+    /// Why the token can't be taken, empty when it can.
+    QString refusal()
+    {
+        switch (m_reader.tokenType()) {
+        case QXmlStreamReader::StartElement:
+            m_rootSeen = true;
+            if (depth() >= limits::kTagDepth)
+                return u"Tags are nested more than %1 deep."_s.arg(limits::kTagDepth);
+            if (m_reader.attributes().size() > limits::kTagAttributes) // a document type may add some
+                return attributesError();
+            for (const QXmlStreamAttribute &attribute : m_reader.attributes())
+                m_charactersLeft -= attribute.value().size();
+            break;
+        case QXmlStreamReader::DTD:
+            // The reader takes a document type anywhere; QDomDocument refuses it in these words.
+            if (m_rootSeen)
+                return u"Unexpected token"_s;
+            if (std::exchange(m_documentTypeSeen, true))
+                return u"Multiple DTD sections are not allowed"_s;
+            break;
+        default:
+            m_charactersLeft -= m_reader.text().size();
+            break;
+        }
+        return m_charactersLeft >= 0
+                   ? QString()
+                   : u"The entities of the document grow beyond %1 characters."_s.arg(limits::kEntityCharacters);
+    }
 
     void takeToken()
     {
@@ -122,7 +203,8 @@ private:
             m_document.closeElement();
             break;
         case QXmlStreamReader::Characters:
-            if (!m_reader.isWhitespace())
+            // QDomDocument leaves out what is blank, be it by a reference such as &#160;.
+            if (!m_reader.isWhitespace() && (m_reader.isCDATA() || !m_reader.text().trimmed().isEmpty()))
                 takeInside(m_reader.isCDATA() ? Kind::CData : Kind::Text, {}, m_reader.text());
             break;
         case QXmlStreamReader::Comment:
@@ -148,10 +230,14 @@ private:
 
     TagDocument &m_document;
     QXmlStreamReader m_reader;
+    qint64 m_charactersLeft;
+    bool m_rootSeen = false;
+    bool m_documentTypeSeen = false;
 };
 
 TagDocument::TagDocument(const QDomElement &element)
 {
+    m_rootBeforeText = element.nextSibling().isText();
     openElement(element.tagName(), element.lineNumber(), element.columnNumber());
     appendDomChildren(element);
 }
@@ -342,7 +428,8 @@ void Tag::appendElement(const TagDocument::Node &element, QString &text) const
         text += element.name;
         text += u'>';
     }
-    if (!kIsText(nodeAt(element.nextSibling), Kind::Text, Kind::CData))
+    const bool isRoot = &element == &m_document->m_nodes.front();
+    if (isRoot ? !m_document->m_rootBeforeText : !kIsText(nodeAt(element.nextSibling), Kind::Text, Kind::CData))
         text += u'\n';
 }
 

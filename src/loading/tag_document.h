@@ -79,6 +79,7 @@ private:
     std::vector<std::unique_ptr<char16_t[]>> m_blocks; // the text; blocks never move
     qsizetype m_blockSize = 0;
     qsizetype m_blockUsed = 0;
+    bool m_rootBeforeText = false; // in the document that the root was taken from
 };
 
 /// One tag of a TagDocument.

@@ -10,6 +10,8 @@ TreeSize treeSizeOf(const VMXMLElement &element)
     TreeSize size;
     if (const auto *valuable = elementCast<VMValuable>(&element)) {
         size.elements += static_cast<qint64>(valuable->bitFields.size());
+        for (const auto &group : valuable->bitGroups)
+            size.elements += group->size();
     } else if (const auto *array = elementCast<VMArray>(&element)) {
         const TreeSize member = treeSizeOf(*array->prototype);
         size.elements += member.elements * (1 + qint64(array->count()));

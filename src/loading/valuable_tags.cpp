@@ -1,6 +1,6 @@
+#include "loading/load_budget.h"
 #include "loading/member_tags.h"
 #include "loading/tag.h"
-#include "model/root_archive.h"
 #include "model/scalars.h"
 
 #include <algorithm>
@@ -73,7 +73,7 @@ std::unique_ptr<VMXMLElement> VMArchiveLoader::readMember(const MemberTagRow &ro
                                                           VMXMLArchive *archive, const QString &parentName,
                                                           QStringView tagName)
 {
-    ++archive->getRootArchive()->m_declaredElements;
+    ++m_budget->declaredElements;
     return std::unique_ptr<VMXMLElement>(row.isValuable
                                              ? manageValuableTag(tag, archive, parentName, tagName.toString())
                                              : (this->*row.read)(tag, archive, parentName));
@@ -105,6 +105,11 @@ VMXMLElement *VMArchiveLoader::manageValuableTag(const Tag &tag, VMXMLArchive *a
             return nullptr;
     }
     valuable->buildPhysicalMap();
+    qint64 positionCharacters = 0;
+    for (const auto &field : valuable->bitFields)
+        positionCharacters += field->physicalUpPosExpression.size() + field->physicalDownPosExpression.size();
+    if (!mayKeepText(positionCharacters, tag, *archive))
+        return nullptr;
     if (count.isArray)
         valuable->declaredType = tagName;
     return arrayOf(std::move(valuable), count, name, tag, *archive);

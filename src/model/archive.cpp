@@ -25,7 +25,10 @@ VMXMLArchive::VMXMLArchive(VMRootArchive *root)
     parent = root;
 }
 
-VMXMLArchive::~VMXMLArchive() = default;
+VMXMLArchive::~VMXMLArchive()
+{
+    variables.reset();
+}
 
 int VMXMLArchive::sizeOf() const
 {

@@ -100,5 +100,6 @@ private:
     /// \a fileName below the archive's own directory.
     QString besideDescription(const QString &fileName) const;
 
+    bool m_isInRoot = false;
     std::size_t m_number = 0; // place among the archives of the root, by creation
 };

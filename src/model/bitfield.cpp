@@ -173,7 +173,7 @@ int VMBitField::getValueFromOptionName(const QString &optionName) const
 QString VMBitField::convertValueToBitString(unsigned int value) const
 {
     // Positions may span the whole range of an int; nobody reads on for more zeros than these.
-    constexpr qint64 kMostDigits = 65'536;
+    constexpr qint64 kMostDigits = 4'096;
     const qint64 width = qMin(qint64(upPos) - downPos + 1, kMostDigits);
     QString digits;
     for (qint64 bit = width - 1; bit >= 0; --bit)

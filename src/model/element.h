@@ -132,12 +132,6 @@ public:
     QString getCInstanceName() const;
     static void dumpIndent(int level);
 
-    // The blocks of c_content and asm_content around macros that are made already: both headers carry the same ones.
-    QString c_contentAround(const QString &macros) const;
-    QString asm_contentAround(const QString &macros) const;
-    /// The bitfield macros of a template, under its own name.
-    QString templateMacros() const;
-
     /// A deep copy of \a source, which shares nothing with it. It keeps parent, offset and array number; the caller
     /// places it anew and owns it. Null for what can't be copied: archives.
     static VMXMLElement *anonymousCopy(const VMXMLElement *source);

@@ -88,11 +88,24 @@ void VMPointer::allocatePointedElement()
     element->reparent(this);
     element->remap(getValue());
     pointedElement = std::move(element);
+    noteChangedTypeWord();
 }
 
 void VMPointer::deletePointedElement()
 {
     pointedElement.reset();
+    noteChangedTypeWord();
+}
+
+void VMPointer::noteChangedTypeWord() const
+{
+    // The word stands for a template or an instance when nothing but arrays lies between the pointer and the archive.
+    const VMXMLElement *outermost = this;
+    while (outermost->parent && outermost->parent->isArray())
+        outermost = outermost->parent;
+    VMRootArchive *root = outermost->parent && outermost->isRootElement() ? getRootArchive() : nullptr;
+    if (root)
+        root->typeWordChanged();
 }
 
 void VMPointer::pointTo(VMXMLElement *element)
@@ -102,6 +115,7 @@ void VMPointer::pointTo(VMXMLElement *element)
     pointerValue = element ? element->getBaseAddress() : 0;
     if (element)
         element->reparent(this);
+    noteChangedTypeWord();
 }
 
 void VMPointer::setInnerData(const unsigned char *data, int length)

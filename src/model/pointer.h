@@ -43,4 +43,7 @@ public:
     std::uint32_t pointerValue = 0;
     QString pointedType; ///< type word of the pointed element
     QString innerData;   ///< preview of the memory behind the pointer, for a host
+
+private:
+    void noteChangedTypeWord() const;
 };

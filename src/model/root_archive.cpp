@@ -63,6 +63,9 @@ void VMRootArchive::addXMLArchive(VMXMLArchive *archive)
     m_ownedArchives.emplace_back(archive);
     xmlArchives.append(archive);
     archive->m_number = m_nextArchiveNumber++;
+    archive->m_isInRoot = true;
+    for (std::size_t position = 0; position < archive->templates.size(); ++position)
+        indexTemplate(archive, position);
 }
 
 void VMRootArchive::discardXMLArchive(VMXMLArchive *archive)
@@ -70,15 +73,10 @@ void VMRootArchive::discardXMLArchive(VMXMLArchive *archive)
     xmlArchives.removeAll(archive);
     for (VMXMLArchive *other : std::as_const(xmlArchives))
         other->includedArchives.removeAll(archive);
-    std::erase_if(m_ownedArchives, [archive](const auto &owned) { return owned.get() == archive; });
-
+    m_templates.removeArchive(archive->m_number);
     m_files.clear();
     m_indexedFiles = 0;
-    m_templates.clear();
-    for (VMXMLArchive *other : std::as_const(xmlArchives)) {
-        for (std::size_t position = 0; position < other->templates.size(); ++position)
-            indexTemplate(other, position);
-    }
+    std::erase_if(m_ownedArchives, [archive](const auto &owned) { return owned.get() == archive; });
 }
 
 VMXMLArchive *VMRootArchive::hasArchive(const QString &basePath, const QString &relativeFile) const
@@ -99,7 +97,14 @@ VMXMLElement *VMRootArchive::getTemplate(const QString &typeName) const
 
 void VMRootArchive::indexTemplate(VMXMLArchive *archive, std::size_t position)
 {
-    m_templates.add({archive->m_number, position}, archive->templates[position].get(), true);
+    if (archive->m_isInRoot) // else addXMLArchive does it
+        m_templates.add({archive->m_number, position}, archive->templates[position].get(), true);
+}
+
+void VMRootArchive::typeWordChanged()
+{
+    m_templates.invalidate();
+    m_instances.invalidate();
 }
 
 const std::vector<std::unique_ptr<VMXMLElement>> &VMRootArchive::getInstanciatedTemplates() const

@@ -14,7 +14,8 @@ class VMMemoryMap;
 
 /// The root of one loaded description: all files that belong to it, and the top-level instances.
 ///
-/// Owns the instances and the archives. Text: headers/assembly.cpp.
+/// Owns the instances and the archives. The lists grow by the operations below, which keep their indexes; a host that
+/// takes archives or templates out of them itself must not look names up afterwards. Text: headers/assembly.cpp.
 class VELDMAP_EXPORT VMRootArchive : public VMXMLElement {
 public:
     VMRootArchive(VMMemoryMap *map, const QString &name);
@@ -50,6 +51,9 @@ public:
     /// The root archive owns the result.
     VMXMLElement *instanciateTemplate(const QString &typeName, const QString &name, unsigned int address);
 
+    /// A template or instance has another type word from now on.
+    void typeWordChanged();
+
     /// The base address macros of the instances of the template \a element.
     QString c_getMatchingInstancesBaseAddresses(const VMXMLElement *element) const;
     /// The address macros of the instances of the template \a element for assembly code.
@@ -64,7 +68,6 @@ public:
 
 private:
     friend class VMTemplateManager;
-    friend class VMArchiveLoader;
     void indexTemplate(VMXMLArchive *archive, std::size_t position);
     /// The instances whose type word equals that of \a element, in load order.
     QList<VMXMLElement *> matchingInstances(const VMXMLElement *element) const;
@@ -76,9 +79,4 @@ private:
     mutable std::size_t m_indexedInstances = 0;
     mutable QHash<std::pair<QString, QString>, VMXMLArchive *> m_files; // covers the first m_indexedFiles archives
     mutable qsizetype m_indexedFiles = 0;
-
-    // What a load has used up of its limits.
-    int m_includeDepth = 0;
-    qint64 m_declaredElements = 0;
-    qint64 m_copiedElements = 0;
 };

@@ -15,6 +15,7 @@ public:
     int sizeOf() const override { return static_cast<int>(sizeof(Storage)); }
     QString getTypeString() const override { return typedefName.isEmpty() ? scalarTypeWord(type) : typedefName; }
     unsigned int getValue() const override { return static_cast<unsigned int>(m_value); }
+    int dumpInfo(int level) const override { return dumpValuable(level, sizeof(*this)); }
     void setValue(unsigned int value) override { m_value = static_cast<Storage>(value); }
     bool isSigned() const override { return std::is_signed_v<Storage>; }
 

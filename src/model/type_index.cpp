@@ -1,64 +1,72 @@
 #include "model/type_index.h"
 
-#include "model/aggregates.h"
-
 #include <algorithm>
+#include <utility>
 
 namespace veldmap {
 
-namespace {
-
-/// Whether the type word of \a element depends on what a pointer points to. An alias gives a name to the pointer or
-/// array itself, which doesn't change its type word.
-bool hasChangeableWord(const VMXMLElement *element)
-{
-    while (const auto *array = elementCast<VMArray>(element))
-        element = array->prototype.get();
-    return element->isPointer();
-}
-
-} // namespace
-
 void TypeIndex::add(Place place, VMXMLElement *element, bool byTypedefName)
 {
-    const Row row = {place, element};
-    const bool changeable = hasChangeableWord(element);
-    const QString word = changeable ? QString() : element->getTypeString();
-    if (changeable)
-        m_changeable.push_back(row);
-    else
-        m_rows[word].push_back(row);
-    if (byTypedefName && (changeable || element->typedefName != word))
-        m_rows[element->typedefName].push_back(row);
+    m_added.push_back({place, element, byTypedefName});
+    if (!m_isStale)
+        addWords(m_added.back());
 }
 
 VMXMLElement *TypeIndex::findFirst(const QString &word) const
 {
-    const std::vector<Row> rows = rowsOf(word);
-    return rows.empty() ? nullptr : rows.front().element;
+    refresh();
+    const auto rows = m_rows.constFind(word);
+    return rows == m_rows.cend() || rows->empty() ? nullptr : rows->front().element;
 }
 
 QList<VMXMLElement *> TypeIndex::findAll(const QString &word) const
 {
+    refresh();
     QList<VMXMLElement *> elements;
-    for (const Row &row : rowsOf(word))
+    const auto rows = m_rows.constFind(word);
+    if (rows == m_rows.cend())
+        return elements;
+    for (const Row &row : *rows)
         elements += row.element;
     return elements;
 }
 
-void TypeIndex::clear()
+void TypeIndex::removeArchive(std::size_t archive)
 {
-    m_rows.clear();
-    m_changeable.clear();
+    std::erase_if(m_added, [archive](const Row &row) { return row.place.archive == archive; });
+    m_isStale = true;
 }
 
-std::vector<TypeIndex::Row> TypeIndex::rowsOf(const QString &word) const
+void TypeIndex::clear()
 {
-    std::vector<Row> rows = m_rows.value(word);
-    std::ranges::copy_if(m_changeable, std::back_inserter(rows),
-                         [&](const Row &row) { return row.element->getTypeString() == word; });
-    std::ranges::sort(rows);
-    return rows;
+    m_added.clear();
+    m_rows.clear();
+    m_isStale = false;
+}
+
+void TypeIndex::addRow(const Row &row, const QString &word) const
+{
+    std::vector<Row> &rows = m_rows[word];
+    // Nearly always at the end: only an archive that includes others adds types in front of theirs.
+    const auto place = std::ranges::upper_bound(rows, row.place, {}, &Row::place);
+    rows.insert(place, row);
+}
+
+void TypeIndex::addWords(const Row &row) const
+{
+    const QString word = row.element->getTypeString();
+    addRow(row, word);
+    if (row.byTypedefName && row.element->typedefName != word)
+        addRow(row, row.element->typedefName);
+}
+
+void TypeIndex::refresh() const
+{
+    if (!std::exchange(m_isStale, false))
+        return;
+    m_rows.clear();
+    for (const Row &row : m_added)
+        addWords(row);
 }
 
 } // namespace veldmap

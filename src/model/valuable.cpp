@@ -3,6 +3,8 @@
 #include "common/bits.h"
 #include "common/lines.h"
 
+#include <QHash>
+
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -19,10 +21,17 @@ VMValuable::VMValuable(const VMValuable &source)
     bitFields.reserve(source.bitFields.size());
     for (const auto &field : source.bitFields)
         addBitField(std::make_unique<VMBitField>(*field).release());
+    if (source.bitGroups.empty())
+        return;
+    QHash<QString, VMBitField *> firstOfName;
+    for (const auto &field : bitFields) {
+        if (!firstOfName.contains(field->getName()))
+            firstOfName.insert(field->getName(), field.get());
+    }
     for (const auto &group : source.bitGroups) {
         auto copy = std::make_unique<VMBitGroup>(group->name, this);
         for (const VMBitField *field : *group)
-            copy->addBitField(getBitFieldByName(field->getName()));
+            copy->addBitField(firstOfName.value(field->getName()));
         addBitGroup(copy.release());
     }
 }
@@ -41,7 +50,12 @@ bool VMValuable::isValuable() const
 
 int VMValuable::dumpInfo(int level) const
 {
-    int size = dumpLine(level, sizeof(*this));
+    return dumpValuable(level, sizeof(*this));
+}
+
+int VMValuable::dumpValuable(int level, std::size_t objectSize) const
+{
+    int size = dumpLine(level, objectSize);
     for (const auto &field : bitFields)
         size += field->dumpInfo(level + 1);
     return size;

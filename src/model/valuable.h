@@ -65,4 +65,8 @@ public:
     QString physicalName;                               ///< expression of the top bit of the packed word
     DisplayType displayType = DISPLAY_HEX;
     bool enumTemplate = false; ///< stands for an enum: generators print no structure and no macros for it
+
+protected:
+    /// dumpInfo for a class whose object takes \a objectSize bytes.
+    int dumpValuable(int level, std::size_t objectSize) const;
 };

@@ -173,7 +173,7 @@ class BadInput(support.Case):
     def test_files_that_are_none(self):
         for path in (self.folder, self.folder / "missing.xml"):
             with self.subTest(path.name):
-                self.expect(self.bounded("check", path), 1, err=f"warning: Unable to open file {path}\n")
+                self.expect(self.bounded("check", path), 1, err=f"warning: Unable to open file {path}\nerror: {path} did not load.\n")
 
     def test_positions_out_of_range(self):
         """The table of options shows each value in binary, with a digit for every bit of the field."""

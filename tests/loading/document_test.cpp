@@ -7,6 +7,7 @@
 #include "model/aggregates.h"
 
 #include <QDomDocument>
+#include <QStringEncoder>
 
 using namespace Qt::StringLiterals;
 
@@ -24,7 +25,10 @@ TEST(Document, MalformedTextIsToldAsTheParserTellsIt)
                                     "<archive x=1/>",
                                     "<archive><!-- -- --></archive>",
                                     QByteArray("<arch\0ive/>", 11),
-                                    "<!DOCTYPE a [<!ENTITY e '&e;'>]><a>&e;</a>"};
+                                    "<!DOCTYPE a [<!ENTITY e '&e;'>]><a>&e;</a>",
+                                    "<archive><!DOCTYPE b></archive>",
+                                    "<archive/><!DOCTYPE b>",
+                                    "<!DOCTYPE a []><!DOCTYPE b []><archive/>"};
     for (const QByteArray &bytes : documents) {
         QDomDocument document;
         QString message;
@@ -107,8 +111,21 @@ TEST(Document, DepthEntitiesAndAttributesAreLimited)
         attributes += u" a%1=''"_s.arg(at);
     EXPECT_EQ(Loaded(u"\n <archive"_s + attributes + u"/>"_s).errors,
               QStringList(u"soc.xml:2:1:A tag has more than 1024 attributes."_s));
-    const Loaded text = Loaded::archive(u"<cjoker>"_s + u"a='=';>"_s.repeated(2000) + u"</cjoker>"_s);
-    EXPECT_TRUE(text.isLoaded());
+    const QString manySigns = u"a='='; "_s.repeated(2000);
+    for (const QString &form :
+         {u"<cjoker>%1</cjoker>"_s, u"<!--%1-->"_s, u"<?p %1?>"_s, u"<cjoker><![CDATA[%1]]></cjoker>"_s})
+        EXPECT_TRUE(Loaded::archive(form.arg(manySigns)).isLoaded()) << form.toStdString();
+
+    // Built-in references are no entities, and a bomb is one in every encoding.
+    const QString harmless = u"<!DOCTYPE archive [<!ENTITY e '%1'>]><archive><comment>&e;%2</comment></archive>"_s;
+    EXPECT_TRUE(Loaded(harmless.arg(u"x"_s.repeated(150), u"&lt;"_s.repeated(140'000))).isLoaded());
+    const QString bomb = withEntities(u"x"_s.repeated(4000), 100'000);
+    const Loaded soc(u"<archive><include file='bomb.xml'/></archive>"_s);
+    writeFile(soc.path(u"bomb.xml"_s), QStringEncoder(QStringConverter::Utf16, QStringConverter::Flag::WriteBom)(bomb));
+    VMMemoryMap map;
+    EXPECT_EQ(
+        VMMemoryMapLoader().loadRootArchiveFromFile(&map, soc.path(u"bomb.xml"_s), nullptr, nullptr, nullptr, true),
+        nullptr);
 }
 
 TEST(Document, ContainersAreRefused)

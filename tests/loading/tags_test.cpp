@@ -175,11 +175,11 @@ TEST(Tags, ExceededLimitsPointToTheirTag)
 {
     const Refused rows[] = {
         {u"<module name='m'><reg name='r' count='2000000000'/>^</module>"_s,
-         u"Array 'r' is too large: it would hold 2000000001 elements, and 131072 is the limit."_s},
+         u"Array 'r' is too large: it would hold 2000000000 elements, and 262144 is the limit."_s},
         {u"<module name='m'><struct name='a' count='1000'>^<struct name='b' count='1000'/></struct></module>"_s,
-         u"Array 'a' is too large: it would hold 1004003 elements, and 131072 is the limit."_s},
+         u"Array 'a' is too large: it would hold 1003000 elements, and 262144 is the limit."_s},
         {u"<module name='m'><reg name='r'><bits name='f' pos='1000000000:0' cut='1'/>^</reg></module>"_s,
-         u"Valuable r, bitfield f : cutting bitfield into more than 1024 pieces"_s},
+         u"Valuable r, bitfield f : cutting bitfield into more than 128 pieces"_s},
     };
     for (const Refused &row : rows)
         expectRefused(row);

@@ -132,7 +132,9 @@ TEST(Text, MarkupIsStoredAsItsElementSavesItself)
                                 u"<b x='1\"&lt;&#10;&#9;'>é</b>"_s,
                                 u"&#xd;a\n b"_s,
                                 u"<cjoker>in</cjoker><cjoker/>"_s,
-                                u"<b>\n</b>"_s};
+                                u"<b>\n</b>"_s,
+                                u"<b>&#160;</b>&#10;"_s,
+                                u"x&#9;<b/>\u2003"_s};
     for (const QString &content : contents) {
         const QString text = u"<archive><cjoker>"_s + content + u"</cjoker></archive>"_s;
         QDomDocument document;
@@ -147,6 +149,9 @@ TEST(Text, MarkupIsStoredAsItsElementSavesItself)
         EXPECT_EQ(Loaded(text).archiveAt(0).cJoker, expected) << text.toStdString();
         EXPECT_EQ(readCJokerFromCommentTag(document.documentElement().firstChildElement()), expected);
     }
+    QDomDocument document;
+    ASSERT_TRUE(document.setContent(u"<archive><cjoker>a</cjoker>text</archive>"_s));
+    EXPECT_EQ(readCJokerFromCommentTag(document.documentElement().firstChildElement()), u"a"_s);
 }
 
 TEST(Text, AttributesOfMarkupKeepTheirOrder)

@@ -291,6 +291,17 @@ TEST(MemoryImages, CoverMembersAndLeavePadding)
     EXPECT_TRUE(signedMember->readError);
 }
 
+TEST(MemoryImages, MembersOutsideTheirHolderTakeNoPart)
+{
+    const Loaded soc = placed(u"<reg8 name='a'/><hole size='0-64'/><reg name='b'/><memory name='c' size='1'/>"_s);
+    VMXMLElement &instance = *soc.root().instances.at(0);
+    ASSERT_EQ(instance.sizeOf(), 4);
+    unsigned char image[4] = {0x5A, 0x5A, 0x5A, 0x5A};
+    instance.memSet(image);
+    instance.getReadMask(image);
+    EXPECT_EQ(QByteArray(reinterpret_cast<const char *>(image), 4), QByteArray("\0\x5A\x5A\x5A", 4));
+}
+
 TEST(Dump, PrintsTheTreeWithItsSizes)
 {
     const Loaded soc = placed(u"<reg name='r'><bits name='f' pos='0'/></reg><hole size='8'/>"_s);
@@ -299,10 +310,10 @@ TEST(Dump, PrintsTheTreeWithItsSizes)
     const QString text = QString::fromStdString(testing::internal::GetCapturedStdout());
     const auto sizeOf = [](std::size_t bytes) { return QString::number(bytes); };
     EXPECT_EQ(text, u" |_"_s + sizeOf(sizeof(VMRootArchive)) + u" soc\n  |_"_s + sizeOf(sizeof(VMStruct)) +
-                        u" I\n   |_"_s + sizeOf(sizeof(VMValuable)) + u" r\n    |_"_s + sizeOf(sizeof(VMBitField)) +
+                        u" I\n   |_"_s + sizeOf(sizeof(VMRegister32)) + u" r\n    |_"_s + sizeOf(sizeof(VMBitField)) +
                         u" f\nNO INFO\n"_s);
     EXPECT_EQ(size,
-              static_cast<int>(sizeof(VMRootArchive) + sizeof(VMStruct) + sizeof(VMValuable) + sizeof(VMBitField)));
+              static_cast<int>(sizeof(VMRootArchive) + sizeof(VMStruct) + sizeof(VMRegister32) + sizeof(VMBitField)));
 }
 
 TEST(MemoryMaps, ClearTheActiveOne)
