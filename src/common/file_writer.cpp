@@ -1,16 +1,80 @@
 #include "common/file_writer.h"
 
-#include <QSaveFile>
+#include <QFile>
+#include <QFileInfo>
+
+#include <filesystem>
+#include <system_error>
+
+using namespace Qt::StringLiterals;
 
 namespace veldmap {
 
+namespace {
+
+bool writeAll(QFile &file, const QByteArray &content, QString &reason)
+{
+    if (file.write(content) == content.size() && file.flush()) {
+        file.close();
+        if (file.error() == QFile::NoError)
+            return true;
+    }
+    reason = file.errorString();
+    return false;
+}
+
+/// Opens a new file beside \a target, under a name that no other file has.
+bool openBeside(const QString &target, QFile &file)
+{
+    constexpr int kTries = 100;
+    const QFileInfo info(target);
+    for (int number = 0; number < kTries; ++number) {
+        file.setFileName(info.path() + "/."_L1 + info.fileName() + u".%1.tmp"_s.arg(number));
+        if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
+            return true;
+        if (!QFileInfo::exists(file.fileName()))
+            return false; // it is not the name that stands in the way
+    }
+    return false;
+}
+
+bool writeOver(const QString &target, const QByteArray &content, QString &reason)
+{
+    QFile file(target);
+    if (!file.open(QIODevice::WriteOnly)) {
+        reason = file.errorString();
+        return false;
+    }
+    return writeAll(file, content, reason);
+}
+
+/// Moves \a file to \a target, which it replaces.
+bool moveOver(const QString &file, const QString &target, QString &reason)
+{
+    std::error_code error;
+    std::filesystem::rename(QFile::encodeName(file).toStdString(), QFile::encodeName(target).toStdString(), error);
+    if (error)
+        reason = QString::fromStdString(error.message());
+    return !error;
+}
+
+} // namespace
+
 bool writeWholeFile(const QString &path, const QByteArray &content, QString &reason)
 {
-    QSaveFile file(path);
-    file.setDirectWriteFallback(true);
-    if (file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.commit())
+    // Behind a link stands the file that is meant. What is no plain file (a device, a directory) is not replaced, and
+    // neither is one that may not be written.
+    const QFileInfo info(path);
+    const QString target = info.isSymLink() ? info.symLinkTarget() : path;
+    const bool exists = info.exists();
+    QFile file;
+    if ((exists && (!info.isFile() || !info.isWritable())) || !openBeside(target, file))
+        return writeOver(target, content, reason);
+    if (exists)
+        file.setPermissions(info.permissions());
+    if (writeAll(file, content, reason) && moveOver(file.fileName(), target, reason))
         return true;
-    reason = file.errorString();
+    file.remove();
     return false;
 }
 

@@ -7,7 +7,7 @@ namespace veldmap {
 
 /// Puts a file with \a content in the place of \a path in one step: a reader finds the old file or the whole new one.
 /// Where the directory takes no new file, the old one is written over. False when neither is possible; \a reason then
-/// tells why.
+/// tells why. Nothing waits for the disk, as QSaveFile does for every file: what is written here can be made again.
 bool writeWholeFile(const QString &path, const QByteArray &content, QString &reason);
 
 } // namespace veldmap

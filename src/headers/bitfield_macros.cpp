@@ -116,11 +116,11 @@ private:
 
     void writeMacro(const QString &name, bool hasParameter, const QString &body)
     {
-        const bool isUsed = m_known.contains(name);
-        if (!isUsed) {
-            m_known.insert(name);
+        const qsizetype namesBefore = m_known.size();
+        m_known.insert(name);
+        const bool isUsed = m_known.size() == namesBefore;
+        if (!isUsed)
             m_usedNames.append(name);
-        }
         veldmap::appendLine(m_text, isUsed ? "//"_L1 : ""_L1, "#define "_L1, name, hasParameter ? "(n)"_L1 : ""_L1,
                             veldmap::Column{kValueColumn}, body);
     }

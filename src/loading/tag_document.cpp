@@ -169,9 +169,10 @@ private:
             m_rootSeen = true;
             if (depth() >= limits::kTagDepth)
                 return u"Tags are nested more than %1 deep."_s.arg(limits::kTagDepth);
-            if (m_reader.attributes().size() > limits::kTagAttributes) // a document type may add some
+            m_attributes = m_reader.attributes();
+            if (m_attributes.size() > limits::kTagAttributes) // a document type may add some
                 return attributesError();
-            for (const QXmlStreamAttribute &attribute : m_reader.attributes())
+            for (const QXmlStreamAttribute &attribute : std::as_const(m_attributes))
                 m_charactersLeft -= attribute.value().size();
             break;
         case QXmlStreamReader::DTD:
@@ -196,7 +197,7 @@ private:
         case QXmlStreamReader::StartElement:
             m_document.openElement(m_reader.qualifiedName(), static_cast<int>(m_reader.lineNumber()),
                                    static_cast<int>(m_reader.columnNumber()));
-            for (const QXmlStreamAttribute &attribute : m_reader.attributes())
+            for (const QXmlStreamAttribute &attribute : std::as_const(m_attributes))
                 m_document.appendAttribute(attribute.qualifiedName(), attribute.value());
             break;
         case QXmlStreamReader::EndElement:
@@ -230,6 +231,7 @@ private:
 
     TagDocument &m_document;
     QXmlStreamReader m_reader;
+    QXmlStreamAttributes m_attributes; // of the last start tag
     qint64 m_charactersLeft;
     bool m_rootSeen = false;
     bool m_documentTypeSeen = false;
@@ -460,6 +462,8 @@ QString encodedText(QStringView text, bool isAttribute)
     result.reserve(text.size());
     qsizetype begin = 0; // of the run that needs no entity
     for (qsizetype at = 0; at < text.size(); ++at) {
+        if (text[at] > u'>') // as most characters are, and none that needs an entity
+            continue;
         const QString entity = entityOf(text, at, isAttribute);
         if (entity.isNull())
             continue;

@@ -187,16 +187,16 @@ QString VMBitField::convertValueToValueString(unsigned int value, DisplayType di
     value &= veldmap::lowBits(qint64(upPos) - downPos + 1);
     if (display == DISPLAY_DEFAULT)
         display = displayType;
-    QString text = QString::number(value);
-    if (display == DISPLAY_HEX)
-        text = "0x"_L1 + veldmap::hexDigits(value);
-    else if (display == DISPLAY_BIN)
-        text = "0b"_L1 + convertValueToBitString(value);
+    const QString text = display == DISPLAY_HEX   ? "0x"_L1 + veldmap::hexDigits(value)
+                         : display == DISPLAY_BIN ? "0b"_L1 + convertValueToBitString(value)
+                                                  : QString::number(value);
 
+    if (!useOptions)
+        return text;
     const auto match = std::ranges::find_if(options.optionList, [value](const VMBitFieldOption &option) {
         return static_cast<unsigned int>(option.value) == value;
     });
-    if (!useOptions || match == options.optionList.end())
+    if (match == options.optionList.end())
         return text;
     return optionNameOnly ? match->name : text + " ("_L1 + match->name + u')';
 }
@@ -240,11 +240,16 @@ QString VMBitField::generateOptionsComment() const
         return {};
     QString table = u"<table>"_s;
     for (const VMBitFieldOption &option : options.optionList) {
-        table += "<tr><td>"_L1 +
-                 convertValueToValueString(static_cast<unsigned int>(option.value), DISPLAY_DEFAULT, false, true) +
-                 "</td><td>"_L1 + option.name + "</td>"_L1;
-        if (!option.comment.isEmpty())
-            table += "<td>"_L1 + option.comment + "</td>"_L1;
+        table += "<tr><td>"_L1;
+        table += convertValueToValueString(static_cast<unsigned int>(option.value), DISPLAY_DEFAULT, false, true);
+        table += "</td><td>"_L1;
+        table += option.name;
+        table += "</td>"_L1;
+        if (!option.comment.isEmpty()) {
+            table += "<td>"_L1;
+            table += option.comment;
+            table += "</td>"_L1;
+        }
         table += "</tr>"_L1;
     }
     return table + "</table>"_L1;
