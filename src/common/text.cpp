@@ -108,7 +108,7 @@ QString ESDRTypeConvert(const QString &name)
     static const QStringList builtInWords = {u"uint"_s,  u"uint32"_s, u"uint16"_s, u"uint8"_s,  u"int"_s,
                                              u"int32"_s, u"int16"_s,  u"int8"_s,   u"memory"_s, u"void"_s,
                                              u"bool"_s,  u"reg32"_s,  u"reg16"_s,  u"reg8"_s};
-    const QString upper = name.toUpper();
+    QString upper = name.toUpper();
     if (name.endsWith("_T"_L1) || builtInWords.contains(name.toLower()))
         return upper;
     return upper + "_T"_L1;

@@ -228,7 +228,7 @@ QString VMIntVar::c_serialize(bool enumEntry) const
     if (isRange)
         return {};
     const bool isSpacer = name.startsWith("VELDMAPSPACER"_L1);
-    const QString text = (isSpacer ? u"\n"_s : QString()) + commentBlock(comment, 0);
+    QString text = (isSpacer ? u"\n"_s : QString()) + commentBlock(comment, 0);
     if (isSpacer)
         return text;
     if (!enumEntry)

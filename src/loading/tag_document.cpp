@@ -145,7 +145,7 @@ public:
 
     Error read(const QByteArray &bytes)
     {
-        if (const Error tooMany = findTagOfManyAttributes(bytes); !tooMany.text.isEmpty())
+        if (Error tooMany = findTagOfManyAttributes(bytes); !tooMany.text.isEmpty())
             return tooMany;
         while (!m_reader.atEnd()) {
             m_reader.readNext();
@@ -413,7 +413,8 @@ void Tag::appendElement(const TagDocument::Node &element, QString &text) const
     text += u'<';
     text += element.name;
     for (int at = 0; at < element.attributeCount; ++at) {
-        const auto &[name, value] = m_document->m_attributes[static_cast<std::size_t>(element.firstAttribute + at)];
+        const auto &[name, value] =
+            m_document->m_attributes[static_cast<std::size_t>(element.firstAttribute) + static_cast<std::size_t>(at)];
         text += u' ';
         text += name;
         text += "=\""_L1 + encodedText(value, true) + u'"';

@@ -187,9 +187,9 @@ QString VMBitField::convertValueToValueString(unsigned int value, DisplayType di
     value &= veldmap::lowBits(qint64(upPos) - downPos + 1);
     if (display == DISPLAY_DEFAULT)
         display = displayType;
-    const QString text = display == DISPLAY_HEX   ? "0x"_L1 + veldmap::hexDigits(value)
-                         : display == DISPLAY_BIN ? "0b"_L1 + convertValueToBitString(value)
-                                                  : QString::number(value);
+    QString text = display == DISPLAY_HEX   ? "0x"_L1 + veldmap::hexDigits(value)
+                   : display == DISPLAY_BIN ? "0b"_L1 + convertValueToBitString(value)
+                                            : QString::number(value);
 
     if (!useOptions)
         return text;

@@ -70,6 +70,7 @@ void VMRootArchive::addXMLArchive(VMXMLArchive *archive)
 
 void VMRootArchive::discardXMLArchive(VMXMLArchive *archive)
 {
+    ++m_discardedArchives;
     xmlArchives.removeAll(archive);
     for (VMXMLArchive *other : std::as_const(xmlArchives))
         other->includedArchives.removeAll(archive);

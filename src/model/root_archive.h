@@ -39,6 +39,8 @@ public:
     void addXMLArchive(VMXMLArchive *archive);
     /// Deletes \a archive, which failed to load, and forgets it wherever it was included.
     void discardXMLArchive(VMXMLArchive *archive);
+    /// How many archives were discarded so far.
+    int discardedArchives() const { return m_discardedArchives; }
     /// The first archive with that identity, or null.
     VMXMLArchive *hasArchive(const QString &basePath, const QString &relativeFile) const;
     /// The template of that name, or null. The earliest archive wins, whichever file asks.
@@ -74,6 +76,7 @@ private:
 
     std::vector<std::unique_ptr<VMXMLArchive>> m_ownedArchives;
     std::size_t m_nextArchiveNumber = 0;
+    int m_discardedArchives = 0;
     veldmap::TypeIndex m_templates;
     mutable veldmap::TypeIndex m_instances; // covers the first m_indexedInstances instances
     mutable std::size_t m_indexedInstances = 0;

@@ -51,6 +51,13 @@ const VMVariableManager *globalVariablesOf(const VMXMLArchive &archive)
     return root && root->memoryMap ? root->memoryMap->globalVariables.get() : nullptr;
 }
 
+/// How many archives the root of \a archive has deleted so far.
+int discardedArchivesOf(const VMXMLArchive &archive)
+{
+    const VMRootArchive *root = archive.getRootArchive();
+    return root ? root->discardedArchives() : 0;
+}
+
 /// Walks \a top and the archives that it includes, each archive once, so that the includes of an archive come before
 /// the archive itself. With \a lastFirst the includes are taken from the last to the first. Ends at the first archive
 /// for which \a visit holds. An archive that is still being walked is skipped, which keeps circular includes finite;
@@ -193,11 +200,37 @@ const VMIntVar *VMVariableManager::getVisibleVariable(const QString &variableNam
     const VMIntVar *found = globals ? globals->findVariable(variableName) : nullptr;
     if (found)
         return found;
+    for (const VMVariableManager *table : searchedTables()) {
+        if (const VMIntVar *variable = table->findVariable(variableName))
+            return variable;
+    }
+    return nullptr;
+}
+
+bool VMVariableManager::isCurrent(const SearchOrder &order) const
+{
+    return !order.walked.isEmpty() && order.discardedArchives == discardedArchivesOf(*archive) &&
+           std::ranges::all_of(order.walked, [](const SearchOrder::Walked &step) {
+               return step.archive->includedArchives.size() == step.includes;
+           });
+}
+
+const QList<const VMVariableManager *> &VMVariableManager::searchedTables() const
+{
+    if (isCurrent(m_searchOrder))
+        return m_searchOrder.tables;
+    m_searchOrder = {};
+    m_searchOrder.discardedArchives = discardedArchivesOf(*archive);
+    QSet<const VMXMLArchive *> listed;
     walkIncludes(*archive, true, [&](const VMXMLArchive &included) {
-        found = included.variables->findVariable(variableName);
-        return found != nullptr;
+        if (!listed.contains(&included)) {
+            listed.insert(&included);
+            m_searchOrder.walked.append({&included, included.includedArchives.size()});
+            m_searchOrder.tables += included.variables.get();
+        }
+        return false;
     });
-    return found;
+    return m_searchOrder.tables;
 }
 
 int VMVariableManager::evalExpression(const QString &name, const QString &expression, QString &errorMessage,

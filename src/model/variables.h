@@ -96,8 +96,22 @@ public:
 private:
     VMEnum *findOwnEnum(const QString &enumName) const;
 
+    /// The order in which tables are searched, as long as no archive that it was made from has got another include.
+    struct SearchOrder {
+        struct Walked {
+            const VMXMLArchive *archive;
+            qsizetype includes;
+        };
+        QList<Walked> walked;
+        QList<const VMVariableManager *> tables;
+        int discardedArchives = 0;
+    };
+    const QList<const VMVariableManager *> &searchedTables() const;
+    bool isCurrent(const SearchOrder &order) const;
+
     mutable QHash<QString, VMEnum *> m_firstEnums; // covers the first m_indexedEnums enums
     mutable std::size_t m_indexedEnums = 0;
+    mutable SearchOrder m_searchOrder;
 };
 
 /// What the expressions of a description may name: variables by their value, the function exp2(n), which is 1 shifted
