@@ -27,9 +27,9 @@ bool writeAll(QFile &file, const QByteArray &content, QString &reason)
 bool openBeside(const QString &target, QFile &file)
 {
     constexpr int kTries = 100;
-    const QFileInfo info(target);
+    const qsizetype name = target.lastIndexOf(u'/') + 1;
     for (int number = 0; number < kTries; ++number) {
-        file.setFileName(info.path() + "/."_L1 + info.fileName() + u".%1.tmp"_s.arg(number));
+        file.setFileName(target.first(name) + u'.' + target.sliced(name) + u".%1.tmp"_s.arg(number));
         if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
             return true;
         if (!QFileInfo::exists(file.fileName()))
@@ -62,16 +62,23 @@ bool moveOver(const QString &file, const QString &target, QString &reason)
 
 bool writeWholeFile(const QString &path, const QByteArray &content, QString &reason)
 {
-    // Behind a link stands the file that is meant. What is no plain file (a device, a directory) is not replaced, and
-    // neither is one that may not be written.
-    const QFileInfo info(path);
-    const QString target = info.isSymLink() ? info.symLinkTarget() : path;
-    const bool exists = info.exists();
+    namespace fs = std::filesystem;
+    std::error_code error;
+    const fs::path asked = QFile::encodeName(path).toStdString();
+    fs::file_status status = fs::symlink_status(asked, error);
+    QString target = path;
+    if (fs::is_symlink(status)) { // what is meant stands behind it
+        target = QFileInfo(path).symLinkTarget();
+        status = fs::status(asked, error);
+    }
+    // What is no plain file (a device, a directory) is not replaced, and neither is one that may not be written.
+    const bool exists = fs::exists(status);
+    const bool isReplaceable = fs::is_regular_file(status) && QFileInfo(target).isWritable();
     QFile file;
-    if ((exists && (!info.isFile() || !info.isWritable())) || !openBeside(target, file))
+    if ((exists && !isReplaceable) || !openBeside(target, file))
         return writeOver(target, content, reason);
     if (exists)
-        file.setPermissions(info.permissions());
+        fs::permissions(QFile::encodeName(file.fileName()).toStdString(), status.permissions(), error);
     if (writeAll(file, content, reason) && moveOver(file.fileName(), target, reason))
         return true;
     file.remove();

@@ -60,7 +60,8 @@ qsizetype literalLength(QStringView text, qsizetype start, char16_t letter, bool
 QString convertCommentToCComment(const QString &comment, int width, int indent)
 {
     QString text = comment;
-    text.replace("<br>"_L1, "\n"_L1);
+    if (text.contains(u'<'))
+        text.replace("<br>"_L1, "\n"_L1);
     const QString prefix = QString(4 * qMax(indent, 0), u' ') + "/// "_L1;
     const int firstColumn = 4 * indent + 4;
     if (width - 4 * indent + 3 <= 39)
@@ -109,9 +110,12 @@ QString ESDRTypeConvert(const QString &name)
                                              u"int32"_s, u"int16"_s,  u"int8"_s,   u"memory"_s, u"void"_s,
                                              u"bool"_s,  u"reg32"_s,  u"reg16"_s,  u"reg8"_s};
     QString upper = name.toUpper();
-    if (name.endsWith("_T"_L1) || builtInWords.contains(name.toLower()))
-        return upper;
-    return upper + "_T"_L1;
+    const bool isBuiltIn = std::ranges::any_of(builtInWords, [&](const QString &word) {
+        return word.size() == name.size() && word.compare(name, Qt::CaseInsensitive) == 0;
+    });
+    if (!isBuiltIn && !name.endsWith("_T"_L1))
+        upper += "_T"_L1;
+    return upper;
 }
 
 QString hexadecimalPreparseExpression(const QString &expression)

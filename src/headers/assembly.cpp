@@ -93,7 +93,8 @@ QString VMXMLElement::asm_content() const
     text += u'\n';
     if (root)
         text += root->c_getMatchingInstancesAsmDescription(this);
-    return text + veldmap::templateMacros(*this);
+    text += veldmap::templateMacros(*this);
+    return text;
 }
 
 QString VMXMLElement::asm_serialize(const QString &, const QString &) const

@@ -78,51 +78,61 @@ private:
 
     void writeField(const VMBitField &field)
     {
-        const QString name = m_prefix + u'_' + field.getName().toUpper();
+        const QString name = macroName(m_prefix, field.getName().toUpper());
         const int width = field.getBitSize();
         const QString mask = valueText(field.getFullValueShifted(), width);
-        const QString shift = QString::number(field.downPos);
         const VMBitFieldOptions &options = field.options;
         if (options.hasDefault || options.optionList.isEmpty())
-            writeValue(name, width, mask, shift);
+            writeValue(name, width, mask, field.downPos);
         if (options.hasMask)
-            writeMacro(name + "_MASK"_L1, false, u'(' + mask + "<<"_L1 + shift + u')');
+            writeMacro(name + "_MASK"_L1, ""_L1, u"(", mask, "<<"_L1, field.downPos, u")");
         if (options.hasShift)
-            writeMacro(name + "_SHIFT"_L1, false, u'(' + shift + u')');
+            writeMacro(name + "_SHIFT"_L1, ""_L1, u"(", field.downPos, u")");
         for (const VMBitFieldOption &option : options.optionList)
-            writeMacro(name + u'_' + option.name.toUpper(), false,
-                       u'(' + valueText(static_cast<quint32>(option.value), width) + "<<"_L1 + shift + u')');
+            writeMacro(macroName(name, option.name.toUpper()), ""_L1, u"(",
+                       valueText(static_cast<quint32>(option.value), width), "<<"_L1, field.downPos, u")");
     }
 
     void writeGroup(const VMBitGroup &group)
     {
-        const QString name = m_prefix + u'_' + group.name.toUpper();
+        const QString name = macroName(m_prefix, group.name.toUpper());
         const int width = group.getTotalBits();
+        const int shift = group.getShift();
         const QString mask = valueText(group.getFullValueShifted(), width);
-        const QString shift = QString::number(group.getShift());
         writeValue(name, width, mask, shift);
-        writeMacro(name + "_MASK"_L1, false, u'(' + mask + "<<"_L1 + shift + u')');
-        writeMacro(name + "_SHIFT"_L1, false, u'(' + shift + u')');
+        writeMacro(name + "_MASK"_L1, ""_L1, u"(", mask, "<<"_L1, shift, u")");
+        writeMacro(name + "_SHIFT"_L1, ""_L1, u"(", shift, u")");
     }
 
     /// The macro that puts a value in its place; a single bit needs none.
-    void writeValue(const QString &name, int width, const QString &mask, const QString &shift)
+    void writeValue(const QString &name, int width, const QString &mask, int shift)
     {
         if (width > 1)
-            writeMacro(name, true, "(((n)&"_L1 + mask + ")<<"_L1 + shift + u')');
+            writeMacro(name, "(n)"_L1, "(((n)&"_L1, mask, ")<<"_L1, shift, u")");
         else
-            writeMacro(name, false, u'(' + mask + "<<"_L1 + shift + u')');
+            writeMacro(name, ""_L1, u"(", mask, "<<"_L1, shift, u")");
     }
 
-    void writeMacro(const QString &name, bool hasParameter, const QString &body)
+    template <typename... Body>
+    void writeMacro(const QString &name, QLatin1StringView parameter, const Body &...body)
     {
         const qsizetype namesBefore = m_known.size();
         m_known.insert(name);
         const bool isUsed = m_known.size() == namesBefore;
         if (!isUsed)
             m_usedNames.append(name);
-        veldmap::appendLine(m_text, isUsed ? "//"_L1 : ""_L1, "#define "_L1, name, hasParameter ? "(n)"_L1 : ""_L1,
-                            veldmap::Column{kValueColumn}, body);
+        veldmap::appendLine(m_text, isUsed ? "//"_L1 : ""_L1, "#define "_L1, name, parameter,
+                            veldmap::Column{kValueColumn}, body...);
+    }
+
+    static QString macroName(const QString &front, const QString &back)
+    {
+        QString name;
+        name.reserve(front.size() + 1 + back.size());
+        name += front;
+        name += u'_';
+        name += back;
+        return name;
     }
 
     const QString &m_prefix;

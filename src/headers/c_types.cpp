@@ -8,6 +8,7 @@
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
+using veldmap::appendLine;
 using veldmap::Column;
 using veldmap::indent;
 using veldmap::lineOf;
@@ -120,7 +121,9 @@ QString VMValuable::c_serialize(int level) const
     QString line = memberLine(*this, member, keywordsOf(*this) + getCTypeString());
     if (!lowName.isEmpty() && (getBitSize() == 16 || getBitSize() == 32))
         line = halvesUnion(*this, line, member.indentation, level);
-    return commentBlock(comment, level) + line;
+    QString text = commentBlock(comment, level);
+    text += line;
+    return text;
 }
 
 QString VMStruct::c_serialize(int level) const
@@ -191,9 +194,11 @@ QString VMStruct::c_typedefSerialize() const
     for (const auto &member : memberList)
         text += member->c_serialize(1);
     if (!isTypedef)
-        return text + lineOf("} HWP_"_L1, getTypeString().toUpper(), "_T;"_L1);
-    return text + lineOf("} "_L1, ESDRTypeConvert(getTypeString()), "; //Size : 0x"_L1,
-                         veldmap::hexDigits(static_cast<quint32>(sizeOf())));
+        appendLine(text, "} HWP_"_L1, getTypeString().toUpper(), "_T;"_L1);
+    else
+        appendLine(text, "} "_L1, ESDRTypeConvert(getTypeString()), "; //Size : 0x"_L1,
+                   veldmap::hexDigits(static_cast<quint32>(sizeOf())));
+    return text;
 }
 
 QString VMValuable::c_typedefSerialize() const
@@ -213,14 +218,17 @@ QString VMXMLElement::c_content() const
     QString text;
     if (root)
         text += root->c_getMatchingInstancesBaseAddresses(this);
-    text += "\n\n"_L1 + c_typedefSerialize() + u'\n';
+    text += "\n\n"_L1;
+    text += c_typedefSerialize();
+    text += u'\n';
     const auto *structure = elementCast<VMStruct>(this);
     if (structure && !structure->isTypedef) {
         if (root)
             text += root->c_getMatchingInstancesInstanciation(this);
         text += u'\n';
     }
-    return text + veldmap::templateMacros(*this);
+    text += veldmap::templateMacros(*this);
+    return text;
 }
 
 QString VMIntVar::c_serialize(bool enumEntry) const

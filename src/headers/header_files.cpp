@@ -232,9 +232,11 @@ QString VMXMLArchive::c_content() const
         if (isEnumTemplate(*element))
             continue;
         text += typeHead(kTypeRule, kTypeUnderline, kRule, element->getCTypeString(), element->getComment());
-        text += element->c_content() + "\n\n"_L1;
+        text += element->c_content();
+        text += "\n\n"_L1;
     }
-    return text + u'\n' + cJoker + u'\n' + lineOf("#endif"_L1);
+    text += u'\n' + cJoker + u'\n' + lineOf("#endif"_L1);
+    return text;
 }
 
 QString VMXMLArchive::asm_content() const
@@ -254,7 +256,9 @@ QString VMXMLArchive::asm_content() const
     text += u'\n';
     for (const auto &element : templates) {
         text += typeHead(kWideRule, kWideUnderline, kWideRule, element->getTypeString(), element->getComment());
-        text += element->asm_content() + "\n\n"_L1;
+        text += element->asm_content();
+        text += "\n\n"_L1;
     }
-    return text + u'\n' + lineOf("#endif"_L1);
+    text += u'\n' + lineOf("#endif"_L1);
+    return text;
 }

@@ -12,12 +12,12 @@ using veldmap::Tag;
 using veldmap::wrappingAdd;
 namespace limits = veldmap::limits;
 
-/// The attributes of a `bits` tag.
+/// The attributes of a `bits` tag. Words that only decide something stay in the document.
 struct VMArchiveLoader::BitsAttributes {
     explicit BitsAttributes(const Tag &tag)
-        : name(readName(tag, u"name")), access(readText(tag, u"access")), pos(readText(tag, u"pos")),
-          reset(readText(tag, u"rst", u"no"_s)), display(veldmap::displayOf(readText(tag, u"display", u"dec"_s))),
-          cut(readText(tag, u"cut", u"no"_s)), cutEnum(readText(tag, u"cutenum")),
+        : name(readName(tag, u"name")), access(tag.attribute(u"access")), pos(readText(tag, u"pos")),
+          reset(wordOf(tag, u"rst", u"no")), display(veldmap::displayOf(wordOf(tag, u"display", u"dec"))),
+          cut(wordOf(tag, u"cut", u"no")), cutEnum(readText(tag, u"cutenum")),
           cutStart(readText(tag, u"cutstart", u"0"_s)), cutPrefix(readName(tag, u"cutprefix"))
     {
     }
@@ -33,14 +33,21 @@ struct VMArchiveLoader::BitsAttributes {
     }
 
     QString name;
-    QString access;
+    QStringView access;
     QString pos;
-    QString reset;
+    QStringView reset;
     DisplayType display;
-    QString cut;
+    QStringView cut;
     QString cutEnum;
     QString cutStart;
     QString cutPrefix;
+
+private:
+    static QStringView wordOf(const Tag &tag, QStringView attribute, QStringView missing)
+    {
+        const QStringView word = tag.attribute(attribute);
+        return word.isNull() ? missing : word;
+    }
 };
 
 /// A position of a field, as text and as number.
@@ -93,9 +100,9 @@ struct VMArchiveLoader::BitsCut {
 namespace {
 
 /// The number that \a text writes in decimal, hexadecimal (0x) or octal (0); 0 for any other text.
-quint32 resetNumber(const QString &text)
+quint32 resetNumber(QStringView text)
 {
-    QStringView digits = QStringView(text).trimmed();
+    QStringView digits = text.trimmed();
     if (digits.startsWith(u'+'))
         digits = digits.sliced(1);
     if (digits.startsWith("0b"_L1, Qt::CaseInsensitive)) // which QString reads as well
@@ -103,7 +110,7 @@ quint32 resetNumber(const QString &text)
     return text.toUInt(nullptr, 0);
 }
 
-quint32 resetValueOf(const QString &reset, qint64 width)
+quint32 resetValueOf(QStringView reset, qint64 width)
 {
     const bool allOnes = reset.compare("all1"_L1, Qt::CaseInsensitive) == 0;
     return (allOnes ? 0xFFFFFFFFu : resetNumber(reset)) & veldmap::lowBits(width);

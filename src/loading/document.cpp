@@ -73,7 +73,10 @@ FileContent readFile(const QString &path, const veldmap::Callbacks &callbacks, b
         return {XMDOpenUnreadable, {}};
     }
     veldmap::sendMessage(callbacks.log, u"Loading %1..."_s.arg(path));
-    FileContent content = {XMDOpenSuccess, file.read(veldmap::limits::kDocumentBytes + 1)};
+    // A plain file tells its size; what does not, a pipe, ends at the limit.
+    FileContent content = {XMDOpenSuccess, file.size() > 0 && file.size() <= veldmap::limits::kDocumentBytes
+                                               ? file.readAll()
+                                               : file.read(veldmap::limits::kDocumentBytes + 1)};
     if (content.bytes.startsWith(kContainerMagic))
         content.status =
             failAt(path, {u"The file is an encrypted container, which this version can't read."_s}, callbacks.error);
