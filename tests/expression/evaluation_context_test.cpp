@@ -106,25 +106,6 @@ TEST(ContextOperators, RowIsChosenByArgumentsAndOrder)
             << row.name << " with " << row.arguments.size() << " arguments";
 }
 
-TEST(ContextOperators, BinarySymbolsReachTheirOperation)
-{
-    const struct {
-        const char *name;
-        const char *expected; // of 12 and 5
-    } rows[] = {
-        {"*", "I60"}, {"/", "I2"}, {"%", "I2"}, {"+", "I17"}, {"-", "I7"},  {"<<", "I384"},
-        {">>", "I0"}, {"<", "B0"}, {">", "B1"}, {"<=", "B0"}, {">=", "B1"}, {"==", "B0"},
-        {"!=", "B1"}, {"&", "I4"}, {"^", "I9"}, {"|", "I13"}, {"&&", "B1"}, {"||", "B1"},
-    };
-    for (const auto &row : rows)
-        EXPECT_EQ(outcome(&CExEvCtx::callOperator, row.name, {"I12", "I5"}), row.expected) << row.name;
-    // What 12 and 5 do not tell apart:
-    EXPECT_EQ(outcome(&CExEvCtx::callOperator, "&&", {"I12", "I0"}), "B0");
-    EXPECT_EQ(outcome(&CExEvCtx::callOperator, "<=", {"I5", "I5"}), "B1");
-    EXPECT_EQ(outcome(&CExEvCtx::callOperator, "<", {"I5", "I12"}), "B1");
-    EXPECT_EQ(outcome(&CExEvCtx::callOperator, ">", {"I5", "I5"}), "B0");
-}
-
 TEST(ContextOperators, UnaryOperatorsFollowTheType)
 {
     const char *const operands[] = {"B5",   "B0",   "I5", "I-2147483648", "D1", "D0", "R0",
@@ -242,16 +223,6 @@ TEST(ContextIdentifiers, ContinuingCharactersAskTheOverridingStart)
     EXPECT_NE(context.isValidIdentChar('$'), 0);
     EXPECT_NE(context.isValidIdentChar('.'), 0);
     EXPECT_EQ(context.isValidIdentChar('a'), 0);
-}
-
-TEST(ContextFunctions, DefiningFunctionsChangesNothing)
-{
-    CExEvCtx context;
-    EXPECT_EQ(context.funcDefine("twice", "?", answerRow<1>, 0), 0);
-    Variant result;
-    EXPECT_EQ(context.callFunction("twice", 0, nullptr, result), 0);
-    context.funcFree();
-    EXPECT_EQ(outcome(&CExEvCtx::callFunction, "sin", {"I0"}), "R0");
 }
 
 } // namespace

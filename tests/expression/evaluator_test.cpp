@@ -149,20 +149,6 @@ TEST(Evaluation, PrecedenceAndAssociativity)
     });
 }
 
-TEST(Evaluation, EveryBinaryOperatorHasItsPlace)
-{
-    // Each pair of neighbours in the order of priorities; the value tells which one was applied first.
-    expectOutcomes({
-        {"2+3*4", "I14"},       {"1<<2+1", "I8"},      {"1<2<<1", "B1"},      {"3>8>>2", "B1"},    {"0==1<0", "B1"},
-        {"2&2==2", "error 7"},  {"6^3&2", "I4"},       {"1|1^1", "I1"},       {"0&&0|1", "B0"},    {"1||1&&0", "B1"},
-        {"8>>1<<1", "I8"},      {"7/2*2", "I6"},       {"1-1+1", "I1"},       {"5<=5", "B1"},      {"4>=5", "B0"},
-        {"3!=3", "B0"},         {"12%5*2", "I4"},      {"1<2==1", "B1"},      {"2>1!=0", "B1"},    {"1==1==1", "B1"},
-        {"1+2*3-4*5+6", "I-7"}, {"2*(3+4)*5", "I70"},  {"((7))", "I7"},       {"+5", "I5"},        {"!(1>2)", "B1"},
-        {"1*(2+3", "error 9"},  {"(1+2)*", "error 6"}, {"1+", "error 6"},     {"1**2", "error 6"}, {"(", "error 6"},
-        {")", "error 6"},       {",", "error 6"},      {"(1+2))", "error 6"},
-    });
-}
-
 TEST(Evaluation, UnaryOperatorTakesAllThatFollows)
 {
     expectOutcomes({
@@ -441,41 +427,6 @@ TEST(Evaluation, LongAndDeepExpressionsTakeLinearTimeAndNoRecursion)
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::minutes(1));
 }
 
-TEST(TokenStack, MovesTokensBetweenCurrentStackAndFreeList)
-{
-    CExEv evaluator;
-    evaluator.push(); // nothing current
-    evaluator.pop();  // nothing stacked
-    evaluator.swapTop();
-
-    CExEv_Token *const first = evaluator.newToken();
-    first->setInt(1);
-    EXPECT_EQ(evaluator.newToken(), first); // used again, and empty
-    EXPECT_EQ(first->getType(), Variant::kNull);
-    evaluator.push();
-    evaluator.swapTop(); // nothing to swap with
-
-    CExEv_Token *const second = evaluator.newToken();
-    evaluator.push();
-    CExEv_Token *const third = evaluator.newToken();
-    evaluator.push();
-    EXPECT_EQ(third->next, second);
-    EXPECT_EQ(second->next, first);
-    EXPECT_EQ(first->next, nullptr);
-
-    evaluator.swapTop();
-    EXPECT_EQ(second->next, third);
-    EXPECT_EQ(third->next, first);
-
-    second->setString("left over");
-    second->kind = CExEv_Token::kTokenConst;
-    evaluator.pop();
-    EXPECT_EQ(evaluator.newToken(), second);
-    EXPECT_EQ(second->kind, CExEv_Token::kTokenNull);
-    EXPECT_EQ(second->next, nullptr);
-    EXPECT_EQ(second->getType(), Variant::kNull);
-}
-
 /// Puts a token of a kind on the evaluator's stack.
 void stack(CExEv &evaluator, int kind, const char *text = nullptr)
 {
@@ -519,18 +470,6 @@ TEST(TokenStack, ReducingRefusesWhatCannotBeFolded)
     }
 }
 
-TEST(TokenStack, TokensAreReadableWithoutAnEvaluation)
-{
-    CExEv evaluator;
-    EXPECT_EQ(evaluator.getNextToken(), CExEv_Token::kTokenNull);
-    Variant value;
-    evaluator.evalExpression("1", value);
-    evaluator.dumpStack();
-    EXPECT_EQ(evaluator.getNextToken(), CExEv_Token::kTokenNull); // the end stays
-    evaluator.clear();
-    EXPECT_EQ(evaluator.getNextToken(), CExEv_Token::kTokenNull);
-}
-
 TEST(Tokens, DumpShowsKindAndValue)
 {
     const struct {
@@ -548,52 +487,6 @@ TEST(Tokens, DumpShowsKindAndValue)
         std::string out = "replaced";
         token.dump(out);
         EXPECT_EQ(out, row.expected);
-    }
-}
-
-TEST(Tokens, CopiesStayOnTheirOwnList)
-{
-    CExEv_Token below;
-    CExEv_Token token;
-    token.kind = CExEv_Token::kTokenConst;
-    token.setInt(3);
-    token.next = &below;
-
-    CExEv_Token assigned;
-    assigned.next = &token;
-    assigned = token;
-    EXPECT_EQ(assigned.kind, CExEv_Token::kTokenConst);
-    EXPECT_EQ(shown(assigned), "I3");
-    EXPECT_EQ(assigned.next, &token);
-    EXPECT_EQ(CExEv_Token(token).next, nullptr);
-
-    token.clear();
-    EXPECT_EQ(token.kind, CExEv_Token::kTokenNull);
-    EXPECT_EQ(token.next, nullptr);
-    EXPECT_EQ(shown(token), "0");
-}
-
-TEST(Operators, PrioritiesAreByExactText)
-{
-    const struct {
-        int priority;
-        std::vector<const char *> symbols;
-    } rows[] = {
-        {10, {"*", "/", "%"}},
-        {9, {"+", "-"}},
-        {8, {"<<", ">>"}},
-        {7, {"<", ">", "<=", ">="}},
-        {6, {"==", "!="}},
-        {5, {"&"}},
-        {4, {"^"}},
-        {3, {"|"}},
-        {2, {"&&"}},
-        {1, {"||"}},
-        {0, {"~", "!", "", "=", "**", "<<<", "sin"}},
-    };
-    for (const auto &row : rows) {
-        for (const char *const symbol : row.symbols)
-            EXPECT_EQ(CExEv::getOperatorPriority(symbol), row.priority) << symbol;
     }
 }
 
