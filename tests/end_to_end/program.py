@@ -2,12 +2,17 @@
 
 import json
 import os
+import pathlib
 import pty
 import re
+import shutil
 import subprocess
+import unittest
 
 import support
 from support import archive, options, run
+
+HERE = pathlib.Path(__file__).resolve().parent
 
 REGS = archive(
     '<var name="NB_CHAN" value="2"><comment>channels</comment></var>', '<range name="bus" left="15" right="0"/>',
@@ -54,6 +59,20 @@ class Program(support.Case):
         for arguments in ((self.chip,), ("--chip", self.chip), self.roots):
             self.expect(run("check", *arguments), 0)
         self.assertEqual(support.files_below(self.folder).keys(), FILES.keys(), "check writes nothing")
+
+    @unittest.skipUnless(shutil.which("gcc"), "gcc is not installed")
+    def test_headers_of_the_examples_compile(self):
+        examples = HERE.parent.parent / "examples"
+        self.expect(run("headers", "--chip", examples / "soc.xml", "--soft", examples / "firmware.xml", "-o",
+                        self.folder / "out"), 0)
+        headers = [path for path in (self.folder / "out").rglob("*.h") if not path.name.endswith("_asm.h")]
+        self.assertEqual(len(headers), 5)
+        folders = [f"-I{folder}" for folder in {path.parent for path in headers}]
+        for header in headers:
+            command = ["gcc", "-fsyntax-only", "-std=c11", "-Wall", "-Werror", "-include", HERE / "prelude.h", *folders,
+                       "-x", "c", header]
+            compiled = subprocess.run(command, capture_output=True, text=True)
+            self.assertEqual(compiled.returncode, 0, compiled.stderr)
 
     def test_log_and_warnings(self):
         root = self.lay_out({"root.xml": archive('<include file="missing.xml"/>')})
