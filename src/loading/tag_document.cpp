@@ -199,6 +199,7 @@ private:
                                    static_cast<int>(m_reader.columnNumber()));
             for (const QXmlStreamAttribute &attribute : std::as_const(m_attributes))
                 m_document.appendAttribute(attribute.qualifiedName(), attribute.value());
+            m_attributes = {}; // while the list is shared, the reader would make a new one for the next tag
             break;
         case QXmlStreamReader::EndElement:
             m_document.closeElement();
