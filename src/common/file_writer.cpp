@@ -67,9 +67,9 @@ bool writeWholeFile(const QString &path, const QByteArray &content, QString &rea
     const fs::path asked = QFile::encodeName(path).toStdString();
     fs::file_status status = fs::symlink_status(asked, error);
     QString target = path;
-    if (fs::is_symlink(status)) { // what is meant stands behind it
-        target = QFileInfo(path).symLinkTarget();
+    if (fs::is_symlink(status)) { // what is meant stands behind it, and behind links that it leads to
         status = fs::status(asked, error);
+        target = fs::exists(status) ? QFileInfo(path).canonicalFilePath() : QFileInfo(path).symLinkTarget();
     }
     // What is no plain file (a device, a directory) is not replaced, and neither is one that may not be written.
     const bool exists = fs::exists(status);

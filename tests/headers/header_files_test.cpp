@@ -104,6 +104,17 @@ int code;
 )"_s));
 }
 
+TEST(HeaderFiles, LinksAreFollowedAndStay)
+{
+    const Loaded soc(u"<archive asm='no'/>"_s);
+    writeFile(soc.path(u"kept/real.h"_s), "old");
+    ASSERT_TRUE(QFile::link(u"kept/real.h"_s, soc.path(u"middle.h"_s)));
+    ASSERT_TRUE(QFile::link(u"middle.h"_s, soc.path(u"soc.h"_s)));
+    soc.map->generateCHeaders(soc.directory->path(), true);
+    EXPECT_EQ(readFile(soc.path(u"kept/real.h"_s)), soc.archiveAt(0).c_content());
+    EXPECT_TRUE(QFileInfo(soc.path(u"soc.h"_s)).isSymLink() && QFileInfo(soc.path(u"middle.h"_s)).isSymLink());
+}
+
 TEST(HeaderFiles, UpToDateOnesAreLeftAlone)
 {
     const Loaded soc({{u"soc.xml"_s, u"<archive><include file='sub/deep/a.xml'/></archive>"_s},

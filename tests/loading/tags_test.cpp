@@ -6,6 +6,8 @@
 #include "model/pointer.h"
 #include "model/scalars.h"
 
+#include <span>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -29,6 +31,12 @@ void expectRefused(const Refused &row)
     EXPECT_FALSE(soc.isLoaded()) << row.text.toStdString();
     EXPECT_EQ(soc.errors, QStringList(place + row.message));
     EXPECT_EQ(soc.warnings, QStringList());
+}
+
+void expectAllRefused(std::span<const Refused> rows)
+{
+    for (const Refused &row : rows)
+        expectRefused(row);
 }
 
 } // namespace
@@ -56,8 +64,7 @@ TEST(Tags, ArchiveAndVariablesRefuse)
         {u"<include><case cond='1/0' file='a.xml'/>^</include>"_s,
          u"Condition '1/0' of include 'a.xml' contains an error in its expression !"_s},
     };
-    for (const Refused &row : rows)
-        expectRefused(row);
+    expectAllRefused(rows);
 }
 
 TEST(Tags, StructuresRefuse)
@@ -83,13 +90,8 @@ TEST(Tags, StructuresRefuse)
          u"Invalid '-1' array count of type 'T' for array 'p'\n"_s},
         {u"<module name='m'><ptr name='p'><bits/>^</ptr></module>"_s,
          u"Pointer 'p' contains an unvalid 'bits' tag.\n"_s},
-        {u"<alias name='a'>^<module/><uint8 name='u'/></alias><var/>"_s,
-         u"Alias 'a' contains an unvalid 'module' tag.\n"_s},
     };
-    for (const Refused &row : rows) {
-        if (!row.text.startsWith(u"<alias"_s))
-            expectRefused(row);
-    }
+    expectAllRefused(rows);
     // A foreign tag in an alias is told and passed over.
     const Loaded soc = Loaded::archive(u"<alias name='a'><module/><uint8 name='u'/></alias>"_s);
     EXPECT_TRUE(soc.isLoaded());
@@ -116,8 +118,7 @@ TEST(Tags, InstancesRefuse)
         {u"<module name='a b'/><module name='m'><instance name='i' type='a b'/>^</module>"_s,
          u"Instance 'i' uses type 'a_b' which does not exist (or which must be declared before) !.\n"_s},
     };
-    for (const Refused &row : rows)
-        expectRefused(row);
+    expectAllRefused(rows);
 }
 
 TEST(Tags, ValuablesRefuse)
@@ -167,8 +168,7 @@ TEST(Tags, ValuablesRefuse)
          u"</bits></reg></module>"_s,
          u"Bitfield options 'o' contains an unvalid 'mask' tag.\n"_s},
     };
-    for (const Refused &row : rows)
-        expectRefused(row);
+    expectAllRefused(rows);
 }
 
 TEST(Tags, ExceededLimitsPointToTheirTag)
@@ -181,8 +181,7 @@ TEST(Tags, ExceededLimitsPointToTheirTag)
         {u"<module name='m'><reg name='r'><bits name='f' pos='1000000000:0' cut='1'/>^</reg></module>"_s,
          u"Valuable r, bitfield f : cutting bitfield into more than 128 pieces"_s},
     };
-    for (const Refused &row : rows)
-        expectRefused(row);
+    expectAllRefused(rows);
 }
 
 TEST(Tags, FailureLeavesGlobalVariablesOnly)
