@@ -28,10 +28,12 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--bin", required=True, help="directory of veldmap and parse_only")
     parser.add_argument("--runs", type=int, default=9)
+    parser.add_argument("--work", metavar="DIR", help="where descriptions and headers lie, by default on the disk; "
+                        "a directory in memory leaves out what the file system adds")
     arguments = parser.parse_args()
     os.sched_setaffinity(0, {max(os.sched_getaffinity(0))})  # interrupts of disks go to the first
 
-    with tempfile.TemporaryDirectory() as work:
+    with tempfile.TemporaryDirectory(dir=arguments.work) as work:
         once, twice = os.path.join(work, "once"), os.path.join(work, "twice")
         generate(25_000, 250, once)
         generate(50_000, 500, twice)

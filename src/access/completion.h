@@ -4,6 +4,8 @@
 
 #include <QString>
 
+class VMXMLElement;
+
 /// One candidate of a completion list: what may stand next in a console.
 class VELDMAP_EXPORT CXMLCompletionEntry {
 public:
@@ -40,3 +42,7 @@ public:
     QString result; ///< the name of the result
     CompletionEntryType type = COMPLETION_NONE;
 };
+
+/// How \a element stands in the list of its holder: name, comment as help, and type. Empty, with the type
+/// COMPLETION_NONE, for what is not offered there: holes, memories, bitfields, archives.
+VELDMAP_EXPORT CXMLCompletionEntry getCompletionEntryFromElement(const VMXMLElement *element);

@@ -8,6 +8,9 @@ namespace veldmap::cli {
 ExitStatus check(const Options &options);
 ExitStatus headers(const Options &options);
 ExitStatus tree(const Options &options);
+ExitStatus show(const Options &options);
+ExitStatus write(const Options &options);
+ExitStatus complete(const Options &options);
 ExitStatus eval(const Options &options);
 
 } // namespace veldmap::cli

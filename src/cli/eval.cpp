@@ -106,7 +106,7 @@ ExitStatus eval(const Options &options)
     const VMRootArchive *root = map.chipRootArchive ? map.chipRootArchive : map.softRootArchive;
     ScopeContext scope(root ? *root->xmlArchives.first()->variables : *map.globalVariables);
     Evaluation evaluation(root ? static_cast<cexev::CExEvCtx &>(scope) : plainContext);
-    for (const QString &expression : options.expressions)
+    for (const QString &expression : options.words)
         evaluation.evaluate(expression);
     const bool printed = evaluation.print(options.json);
     return printed && evaluation.isComplete() ? kDone : kFailed;

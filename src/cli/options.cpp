@@ -2,12 +2,13 @@
 
 #include "cli/commands.h"
 #include "cli/messages.h"
+#include "cli/numbers.h"
 
 #include <CLI/CLI.hpp>
 
 #include <QDir>
 
-#include <functional>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,10 @@ struct Arguments {
     std::string outputDirectory;
     bool skipUpToDate = false;
     bool json = false;
+    bool recursive = false;
+    bool force = false;
+    std::string imageFile;
+    std::string imageAddress;
     bool verbose = false;
     bool quiet = false;
 };
@@ -36,15 +41,40 @@ Options optionsOf(const Arguments &arguments)
     options.outputDirectory = QDir::cleanPath(QString::fromStdString(arguments.outputDirectory));
     options.skipUpToDate = arguments.skipUpToDate;
     options.json = arguments.json;
+    options.recursive = arguments.recursive;
+    options.force = arguments.force;
     return options;
 }
+
+/// Reads the image's address into \a options; false, with an error told, when it is no address.
+bool takeImage(const Arguments &arguments, Options &options)
+{
+    if (arguments.imageFile.empty())
+        return true;
+    const QString address = QString::fromStdString(arguments.imageAddress);
+    const std::optional<qint64> number = numberOf(address);
+    if (!number || *number < 0 || *number > 0xFFFFFFFF) {
+        printError(u"'%1' is no address: --at takes a number of 32 bits."_s.arg(address));
+        return false;
+    }
+    options.image = {QString::fromStdString(arguments.imageFile), static_cast<quint32>(*number)};
+    return true;
+}
+
+/// The words that a command takes beside its options.
+struct Words {
+    QString noun;
+    qsizetype most; ///< how many at most; at least one is needed then
+};
+const Words kNoWords = {{}, 0};
+constexpr qsizetype kAnyNumber = std::numeric_limits<qsizetype>::max();
 
 /// A command, and what it needs.
 struct Command {
     CLI::App *app;
     ExitStatus (*run)(const Options &options);
     bool needsRoot;
-    bool takesExpressions = false;
+    Words words = kNoWords;
 };
 
 void addRoots(CLI::App &command, Arguments &arguments)
@@ -89,6 +119,58 @@ Command addTree(CLI::App &app, Arguments &arguments)
     return {command, tree, true};
 }
 
+/// The options of an image of the target's memory; neither goes without the other.
+void addImage(CLI::App &command, Arguments &arguments, bool isRequired)
+{
+    CLI::Option *image =
+        command.add_option("--image", arguments.imageFile, "file with the bytes of the target's memory")
+            ->type_name("FILE")
+            ->required(isRequired);
+    CLI::Option *address = command.add_option("--at", arguments.imageAddress, "address of the first byte of the image")
+                               ->type_name("ADDRESS")
+                               ->needs(image);
+    image->needs(address);
+}
+
+Command addShow(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *command = app.add_subcommand("show", "Show what paths name: place, type, access, fields, values");
+    addRoots(*command, arguments);
+    addImage(*command, arguments, false);
+    CLI::Option *json = command->add_flag("--json", arguments.json, "as a JSON list with one object a path");
+    command->add_flag("--recursive", arguments.recursive, "all that lies inside, not only the next level")
+        ->excludes(json);
+    command->footer("Examples:\n"
+                    "  veldmap show --chip soc.xml '$UART0.ctrl' '$UART0.ctrl.speed'\n"
+                    "  veldmap show --chip soc.xml '$UART0' --image dump.bin --at 0x40000000");
+    return {command, show, true, {u"path"_s, kAnyNumber}};
+}
+
+Command addWrite(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *command = app.add_subcommand("write", "Set registers, integers and fields in an image: PATH=VALUE");
+    addRoots(*command, arguments);
+    addImage(*command, arguments, true);
+    command->add_flag("--force", arguments.force, "write what is not writable too");
+    command->footer("A value is a number, for a field also the name of an option. A field is changed in its register,\n"
+                    "in which set and clear fields become 0 first; they themselves take 1. Nothing is written unless\n"
+                    "all can be.\n\n"
+                    "Example:\n"
+                    "  veldmap write --chip soc.xml '$UART0.ctrl.speed=3' --image dump.bin --at 0x40000000");
+    return {command, write, true, {u"assignment PATH=VALUE"_s, kAnyNumber}};
+}
+
+Command addComplete(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *command = app.add_subcommand("complete", "List what may stand behind the last dot of a path");
+    addRoots(*command, arguments);
+    command->add_flag("--json", arguments.json, "as a JSON list");
+    command->footer("One candidate a line: name, arguments, result and help, with tabs between them.\n\n"
+                    "Example:\n"
+                    "  veldmap complete --chip soc.xml '$UART0.'");
+    return {command, complete, true, {u"text"_s, 1}};
+}
+
 Command addEval(CLI::App &app, Arguments &arguments)
 {
     CLI::App *command = app.add_subcommand("eval", "Print the value of each EXPRESSION, one a line");
@@ -99,7 +181,7 @@ Command addEval(CLI::App &app, Arguments &arguments)
                     "  veldmap eval '0x40000000+0x1000*3' 'exp2(10)-1'\n"
                     "  veldmap eval --chip soc.xml UART_NB_CHAN\n"
                     "  veldmap eval '-(2+3)'");
-    return {command, eval, false, true};
+    return {command, eval, false, {u"expression"_s, kAnyNumber}};
 }
 
 bool isUnknownOption(const QString &word)
@@ -107,22 +189,23 @@ bool isUnknownOption(const QString &word)
     return word.size() > 2 && word.startsWith("--"_L1) && word[2].isLetter();
 }
 
-/// Takes over the words that no option of \a command has taken: expressions, or none. They are taken as they are; an
-/// option of CLI11 would read [1,2] as two values, and -(2) as options.
+/// Takes over the words that no option of \a command has taken. They are taken as they are; an option of CLI11 would
+/// read [1,2] as two values, and -(2) as options.
 bool takeWords(const Command &command, const std::vector<std::string> &words, Options &options)
 {
-    for (const std::string &word : words) {
-        const QString expression = QString::fromStdString(word);
-        if (!command.takesExpressions || isUnknownOption(expression)) {
+    for (const std::string &bytes : words) {
+        const QString word = QString::fromStdString(bytes);
+        if (options.words.size() == command.words.most || isUnknownOption(word)) {
             printError(u"The argument %1 is not expected; 'veldmap %2 --help' shows which are."_s.arg(
-                expression, QString::fromStdString(command.app->get_name())));
+                word, QString::fromStdString(command.app->get_name())));
             return false;
         }
-        options.expressions += expression;
+        options.words += word;
     }
-    if (command.takesExpressions && options.expressions.isEmpty())
-        printError(u"No expression is given."_s);
-    return !command.takesExpressions || !options.expressions.isEmpty();
+    const bool isMissing = command.words.most > 0 && options.words.isEmpty();
+    if (isMissing)
+        printError(u"No %1 is given."_s.arg(command.words.noun));
+    return !isMissing;
 }
 
 ExitStatus runCommand(const std::vector<Command> &commands, const Arguments &arguments,
@@ -132,7 +215,7 @@ ExitStatus runCommand(const std::vector<Command> &commands, const Arguments &arg
         if (!command.app->parsed())
             continue;
         Options options = optionsOf(arguments);
-        if (!takeWords(command, words, options))
+        if (!takeWords(command, words, options) || !takeImage(arguments, options))
             return kWrongUsage;
         if (command.needsRoot && !options.hasRoot()) {
             printError(u"No description is given: name one with --chip FILE or --soft FILE."_s);
@@ -160,12 +243,14 @@ int runCommandLine(int argc, char **argv)
     app.set_version_flag("--version", VELDMAP_VERSION);
     CLI::Option *verbose = app.add_flag("-v,--verbose", arguments.verbose, "tell what is being loaded");
     app.add_flag("-q,--quiet", arguments.quiet, "tell errors only")->excludes(verbose);
-    const std::vector<Command> commands = {addCheck(app, arguments), addHeaders(app, arguments),
-                                           addTree(app, arguments), addEval(app, arguments)};
+    const std::vector<Command> commands = {
+        addCheck(app, arguments), addHeaders(app, arguments),  addTree(app, arguments), addShow(app, arguments),
+        addWrite(app, arguments), addComplete(app, arguments), addEval(app, arguments)};
     app.footer("Examples:\n"
                "  veldmap check soc.xml\n"
                "  veldmap headers --chip soc.xml -o include\n"
                "  veldmap tree --chip soc.xml\n"
+               "  veldmap show --chip soc.xml '$UART0.ctrl'\n"
                "  veldmap eval '0x10+0b11'\n\n"
                "'veldmap COMMAND --help' tells more of a command. Numbers are decimal, 0x hexadecimal or 0b binary.\n"
                "The exit status is 0 when all was done, 1 when something failed, 2 for wrong usage.");

@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 namespace veldmap::cli {
 
 /// The exit status of the program.
@@ -12,6 +14,12 @@ enum ExitStatus {
     kWrongUsage = 2 ///< the command line does not say what to do
 };
 
+/// A file of the target's memory, and the address of its first byte.
+struct ImageOption {
+    QString file;
+    quint32 address = 0;
+};
+
 /// What the command line says.
 struct Options {
     QString chip; ///< root description of the chip, empty if there is none
@@ -19,7 +27,10 @@ struct Options {
     QString outputDirectory;
     bool skipUpToDate = false;
     bool json = false;
-    QStringList expressions;
+    bool recursive = false;
+    bool force = false;
+    std::optional<ImageOption> image;
+    QStringList words; ///< what the command is about: expressions, paths, assignments or a text
 
     bool hasRoot() const { return !chip.isEmpty() || !soft.isEmpty(); }
     bool hasBothRoots() const { return !chip.isEmpty() && !soft.isEmpty(); }

@@ -1,13 +1,12 @@
 #include "cli/commands.h"
 #include "cli/description.h"
+#include "cli/element_text.h"
 #include "cli/messages.h"
 #include "cli/tree_json.h"
 #include "common/lines.h"
-#include "model/aggregates.h"
 #include "model/archive.h"
 #include "model/memory_map.h"
 #include "model/root_archive.h"
-#include "model/valuable.h"
 
 using namespace Qt::StringLiterals;
 
@@ -25,46 +24,9 @@ namespace veldmap::cli {
 
 namespace {
 
-constexpr int kPlaceColumn = 40;
-constexpr int kTypeColumn = 51;
-
 QString margin(int level)
 {
     return QString(2 * level, u' ');
-}
-
-void appendField(const VMBitField &field, int level, QString &text)
-{
-    const QString position = field.upPos == field.downPos
-                                 ? QString::number(field.downPos)
-                                 : u"%1:%2"_s.arg(QString::number(field.upPos), QString::number(field.downPos));
-    QString options;
-    for (const VMBitFieldOption &option : field.options.optionList)
-        options += u' ' + option.name + u'=' + QString::number(option.value);
-    text += lineOf(margin(level), field.getName(), Column{kPlaceColumn}, position, Column{kTypeColumn},
-                   field.getAccessString(), " reset "_L1, field.getResetString(DISPLAY_DEFAULT), options);
-}
-
-void appendElement(const VMXMLElement &element, int level, QString &text)
-{
-    QString type = element.getTypeString();
-    const auto *valuable = elementCast<VMValuable>(&element);
-    if (valuable)
-        type += u' ' + valuable->getProtectString();
-    else
-        type += (type.isEmpty() ? u""_s : u", "_s) + QString::number(element.sizeOf()) + " bytes"_L1;
-    text += lineOf(margin(level), element.getName(), Column{kPlaceColumn}, element.getAddressString(),
-                   Column{kTypeColumn}, type);
-    if (valuable) {
-        for (const auto &field : valuable->bitFields)
-            appendField(*field, level + 1, text);
-    } else if (const auto *structure = elementCast<VMStruct>(&element)) {
-        for (const auto &member : structure->memberList)
-            appendElement(*member, level + 1, text);
-    } else if (const auto *array = elementCast<VMArray>(&element)) {
-        for (const auto &member : array->memberList)
-            appendElement(*member, level + 1, text);
-    }
 }
 
 void appendVariable(const VMIntVar &variable, int level, QString &text)
@@ -95,7 +57,7 @@ void appendRoot(const VMRootArchive *root, QLatin1StringView word, QString &text
     for (const VMXMLArchive *archive : root->xmlArchives)
         appendArchive(*archive, text);
     for (const auto &instance : root->instances)
-        appendElement(*instance, 1, text);
+        appendElement(text, *instance, instance->getName(), 1, kAllLevels, OptionNotes());
 }
 
 QString readableTree(const VMMemoryMap &map)

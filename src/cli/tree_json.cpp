@@ -48,7 +48,13 @@ QJsonObject optionJson(const VMBitFieldOption &option)
     return {{u"name"_s, option.name}, {u"value"_s, option.value}, {u"comment"_s, option.comment}};
 }
 
-QJsonObject fieldJson(const VMBitField &field)
+QJsonObject groupJson(const VMBitGroup &group)
+{
+    return {{u"name"_s, group.name},
+            {u"fields"_s, listOf(group, [](const VMBitField *field) { return field->getName(); })}};
+}
+
+QJsonObject plainFieldJson(const VMBitField &field)
 {
     return {
         {u"name"_s, field.getName()},
@@ -69,12 +75,6 @@ QJsonObject fieldJson(const VMBitField &field)
         {u"hasMask"_s, field.options.hasMask},
         {u"hasShift"_s, field.options.hasShift},
     };
-}
-
-QJsonObject groupJson(const VMBitGroup &group)
-{
-    return {{u"name"_s, group.name},
-            {u"fields"_s, listOf(group, [](const VMBitField *field) { return field->getName(); })}};
 }
 
 /// Writes JSON piece by piece: a tree of a million elements as QJsonValues would take gigabytes.
@@ -130,7 +130,7 @@ void addValuable(QJsonObject &object, const VMValuable &valuable)
     object[u"low"_s] = valuable.lowName;
     object[u"high"_s] = valuable.highName;
     object[u"physicalName"_s] = valuable.physicalName;
-    object[u"bitFields"_s] = listOf(valuable.bitFields, [](const auto &field) { return fieldJson(*field); });
+    object[u"bitFields"_s] = listOf(valuable.bitFields, [](const auto &field) { return plainFieldJson(*field); });
     object[u"bitGroups"_s] = listOf(valuable.bitGroups, [](const auto &group) { return groupJson(*group); });
 }
 
@@ -151,7 +151,7 @@ void addKindDetails(QJsonObject &object, const VMXMLElement &element)
         object[u"bits"_s] = hole->holeBits;
 }
 
-void writeElement(const VMXMLElement &element, JsonWriter &json)
+QJsonObject plainElementJson(const VMXMLElement &element)
 {
     QJsonObject object = {
         {u"kind"_s, kindOf(element)},
@@ -169,7 +169,12 @@ void writeElement(const VMXMLElement &element, JsonWriter &json)
         {u"align"_s, unsignedNumber(element.getAlignConstraint())},
     };
     addKindDetails(object, element);
-    json.open(object);
+    return object;
+}
+
+void writeElement(const VMXMLElement &element, JsonWriter &json)
+{
+    json.open(plainElementJson(element));
     const auto writeMember = [&](const auto &member) { writeElement(*member, json); };
     if (const auto *structure = elementCast<VMStruct>(&element))
         json.list("members", structure->memberList, writeMember);
@@ -243,6 +248,17 @@ void writeRoot(const VMRootArchive *root, JsonWriter &json)
 }
 
 } // namespace
+
+QJsonObject elementJson(const VMXMLElement &element)
+{
+    const auto *field = elementCast<VMBitField>(&element);
+    if (!field)
+        return plainElementJson(element);
+    QJsonObject object = plainFieldJson(*field);
+    object[u"path"_s] = field->getPath();
+    object[u"address"_s] = unsignedNumber(field->getBaseAddress());
+    return object;
+}
 
 QByteArray jsonOf(const VMMemoryMap &map)
 {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/text.h"
+#include "veldmap_export.h"
 
 #include <QList>
 #include <QString>
@@ -21,7 +22,7 @@ inline QString indent(int level)
 }
 
 /// \a value as exactly eight upper-case hexadecimal digits, without prefix.
-QString hex8(quint32 value);
+VELDMAP_EXPORT QString hex8(quint32 value);
 
 /// \a value as upper-case hexadecimal digits without leading zeros and without prefix.
 inline QString hexDigits(quint32 value)

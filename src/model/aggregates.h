@@ -31,6 +31,8 @@ public:
     QString c_serialize(int level) const override;
     QString asm_serialize(const QString &prefix, const QString &base) const override;
     QString macro_serialize(const QString &prefix, QStringList &usedNames) const override;
+    QMap<QString, CXMLCompletionEntry> getCompletionListFromTokens(const QStringList &tokens) override;
+    VMXMLElement *getElementFromPathTokens(const QStringList &tokens) override;
     void setReadError(bool failed) override;
     int dumpInfo(int level) const override;
 
@@ -79,6 +81,7 @@ public:
     QString c_serialize(int level) const override;
     QString asm_serialize(const QString &prefix, const QString &base) const override;
     QString macro_serialize(const QString &prefix, QStringList &usedNames) const override;
+    VMXMLElement *getElementFromPathTokens(const QStringList &tokens) override;
     void setReadError(bool failed) override;
     int dumpInfo(int level) const override;
 

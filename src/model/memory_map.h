@@ -2,7 +2,11 @@
 
 #include "model/variables.h"
 
+#include <QMap>
+
+class CXMLCompletionEntry;
 class VMRootArchive;
+class VMXMLElement;
 
 /// The top object that a host creates: up to two loaded descriptions, one of the chip and one of the software, and the
 /// variables that both see.
@@ -19,6 +23,15 @@ public:
     /// directory \a path, which has no trailing slash. That root must be loaded. A file that can't be written is left
     /// out. Text: headers/header_files.cpp.
     void generateCHeaders(const QString &path, bool chip);
+
+    /// The element that \a path names, as getPath writes it: $top.ctrl.enable, $top.table[3].val, $top.head.>.next. The
+    /// chip's instances come first. Null when the path leads nowhere. Following a pointer may create the element behind
+    /// it. Text: access/path_lookup.cpp.
+    VMXMLElement *getElementFromPath(const QString &path) const;
+    /// All that may stand behind the last dot of \a path, by key; what stands there already does not narrow it. Without
+    /// a dot, all instances. Empty when the path leads nowhere. May create an element as getElementFromPath does. Text:
+    /// access/completion.cpp.
+    QMap<QString, CXMLCompletionEntry> getCompletionListFromPath(const QString &path) const;
 
     bool skipUpToDate = false; ///< leave headers alone that are newer than their description; the host sets it
     std::unique_ptr<VMVariableManager> globalVariables;

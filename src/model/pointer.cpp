@@ -7,6 +7,22 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// How many pointers may lie behind one another. An element behind a pointer to its own type could be followed without
+/// end, and the chain is walked and freed by recursion.
+constexpr int kPointerDepth = 1024;
+
+int pointersAbove(const VMXMLElement &element)
+{
+    int count = 0;
+    for (const VMXMLElement *holder = element.parent; holder; holder = holder->parent)
+        count += holder->isPointer() ? 1 : 0;
+    return count;
+}
+
+} // namespace
+
 VMPointer::VMPointer(const QString &name, const QString &pointedType)
     : VMValuable(name, true, true), pointedType(pointedType)
 {
@@ -80,7 +96,7 @@ void VMPointer::setValue(unsigned int value)
 void VMPointer::allocatePointedElement()
 {
     VMRootArchive *root = getRootArchive();
-    if (pointedElement || !root)
+    if (pointedElement || !root || pointersAbove(*this) >= kPointerDepth)
         return;
     std::unique_ptr<VMXMLElement> element(root->allocateElementFromTypeName(pointedType, "*("_L1 + getName() + u')'));
     if (!element)

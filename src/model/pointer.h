@@ -22,13 +22,14 @@ public:
     QString getCTypeString() const override;
     QString getTypeString() const override;
     QString c_typedefSerialize() const override;
+    VMXMLElement *getElementFromPathTokens(const QStringList &tokens) override;
     void setReadError(bool failed) override;
     int dumpInfo(int level) const override;
     unsigned int getValue() const override;
     void setValue(unsigned int value) override;
 
     /// Makes the pointed element from its type word. Nothing happens when it exists, when there is no such type, or
-    /// when the pointer hangs on no root archive.
+    /// when the pointer hangs on no root archive or lies behind 1024 others.
     void allocatePointedElement();
     /// Deletes the pointed element; the value stays.
     void deletePointedElement();

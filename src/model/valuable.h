@@ -29,6 +29,8 @@ public:
     QString c_serialize(int level) const override;
     QString asm_serialize(const QString &prefix, const QString &base) const override;
     QString macro_serialize(const QString &prefix, QStringList &usedNames) const override;
+    QMap<QString, CXMLCompletionEntry> getCompletionListFromTokens(const QStringList &tokens) override;
+    VMXMLElement *getElementFromPathTokens(const QStringList &tokens) override;
     int dumpInfo(int level) const override;
 
     /// Gives each bitfield its place in a packed word, in list order from bit 0 without gaps, as number and as text.

@@ -1,0 +1,89 @@
+#include "cli/target_image.h"
+
+#include "cli/messages.h"
+#include "common/file_writer.h"
+#include "common/lines.h"
+#include "model/pointer.h"
+
+#include <QFile>
+#include <QList>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace veldmap::cli {
+
+namespace {
+
+constexpr qint64 kAddressSpace = Q_INT64_C(1) << 32; // bytes
+
+} // namespace
+
+TargetImage::TargetImage(const QString &path, quint32 address, QByteArray bytes)
+    : m_path(path), m_address(address), m_bytes(std::move(bytes))
+{
+}
+
+std::optional<TargetImage> TargetImage::open(const QString &path, quint32 address)
+{
+    QFile file(path);
+    QByteArray bytes;
+    if (file.open(QIODevice::ReadOnly))
+        bytes = file.readAll();
+    if (file.error() != QFile::NoError) {
+        printError(u"%1 can't be read: %2"_s.arg(path, file.errorString()));
+        return std::nullopt;
+    }
+    return TargetImage(path, address, std::move(bytes));
+}
+
+bool TargetImage::holds(const VMXMLElement &element) const
+{
+    const qint64 begin = element.getBaseAddress();
+    const qint64 end = begin + element.sizeOf();
+    const qint64 imageEnd = qMin(m_address + m_bytes.size(), kAddressSpace);
+    return begin >= m_address && begin <= end && end <= imageEnd;
+}
+
+bool TargetImage::read(VMValuable &valuable) const
+{
+    const bool isHeld = holds(valuable);
+    valuable.setReadError(!isHeld);
+    if (isHeld) {
+        QByteArray bytes = m_bytes.sliced(valuable.getBaseAddress() - m_address, valuable.sizeOf());
+        valuable.memSet(reinterpret_cast<unsigned char *>(bytes.data()));
+    }
+    return isHeld;
+}
+
+void TargetImage::write(const VMValuable &valuable)
+{
+    valuable.memGet(reinterpret_cast<unsigned char *>(m_bytes.data()) + (valuable.getBaseAddress() - m_address));
+}
+
+bool TargetImage::followPointersTo(const VMXMLElement &element) const
+{
+    QList<VMPointer *> pointers; // the innermost first
+    for (VMXMLElement *holder = element.parent; holder; holder = holder->parent) {
+        if (auto *pointer = elementCast<VMPointer>(holder))
+            pointers += pointer;
+    }
+    return std::all_of(pointers.rbegin(), pointers.rend(), [this](VMPointer *pointer) { return read(*pointer); });
+}
+
+bool TargetImage::save() const
+{
+    QString reason;
+    const bool isWritten = writeWholeFile(m_path, m_bytes, reason);
+    if (!isWritten)
+        printError(u"%1 can't be written: %2"_s.arg(m_path, reason));
+    return isWritten;
+}
+
+QString TargetImage::description() const
+{
+    return u"%1, which has %2 bytes from 0x%3 on"_s.arg(m_path, QString::number(m_bytes.size()), hex8(m_address));
+}
+
+} // namespace veldmap::cli

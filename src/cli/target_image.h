@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
+class VMValuable;
+class VMXMLElement;
+
+namespace veldmap::cli {
+
+/// The bytes of a file, as the target's memory from an address on. What lies beyond the 32-bit address space is never
+/// reached.
+class TargetImage {
+public:
+    /// The image in the file \a path. Nothing, with an error told, when it can't be read.
+    static std::optional<TargetImage> open(const QString &path, quint32 address);
+
+    /// Whether all bytes of \a element lie in the image.
+    bool holds(const VMXMLElement &element) const;
+    /// Takes the value of \a valuable from the image. False, and its read error set, when it does not lie there whole.
+    bool read(VMValuable &valuable) const;
+    /// Puts the value of \a valuable, which the image holds, into it.
+    void write(const VMValuable &valuable);
+    /// Reads the pointers by which \a element is reached, the outermost first, so that it gets its address. False when
+    /// one of them does not lie in the image: nobody knows then where the element is.
+    bool followPointersTo(const VMXMLElement &element) const;
+    /// Puts the bytes in the place of the file in one step; false, with an error told, when that is not possible.
+    [[nodiscard]] bool save() const;
+
+    /// The image as messages name it: its file and addresses.
+    QString description() const;
+
+private:
+    TargetImage(const QString &path, quint32 address, QByteArray bytes);
+
+    QString m_path;
+    quint32 m_address;
+    QByteArray m_bytes;
+};
+
+} // namespace veldmap::cli

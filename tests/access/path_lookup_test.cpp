@@ -1,0 +1,133 @@
+#include "access/completion.h"
+#include "model/aggregates.h"
+#include "model/pointer.h"
+#include "model/valuable.h"
+#include "support/loaded.h"
+
+namespace {
+
+const QString kTypes = QStringLiteral(R"xml(<archive>
+    <typedef name="node"><ptr name="next" type="node"/><uint8 name="data"/></typedef>
+    <typedef name="row"><uint16 name="val"/></typedef>
+    <alias name="rows"><instance name="row" type="row" count="4"/></alias>
+    <module name="block">
+        <reg32 name="ctrl" protect="rw"><bits name="enable" pos="0" access="rw"/>
+            <bitgroup name="all"><entry ref="enable"/></bitgroup></reg32>
+        <hole size="32"/>
+        <instance name="table" type="row" count="4"/>
+        <ptr name="head" type="node"/>
+        <ptr name="list" type="rows"/>
+        <ptr name="lost" type="nothing"/>
+        <memory name="ram" size="8"/>
+    </module>
+    <instance name="top" type="block" address="0x1000"/>
+    <instance name="table" type="rows" address="0x2000"/>
+    <instance name="top" type="block" address="0x3000"/>
+    <instance name="a.b" type="row" address="0x4000"/>
+</archive>)xml");
+
+/// "kind of name at address" of what \a path names, or "-".
+QString found(const Loaded &soc, const char *path)
+{
+    const VMXMLElement *element = soc.map->getElementFromPath(QString::fromUtf8(path));
+    return element ? element->getPath() + QStringLiteral(" @") + QString::number(element->getBaseAddress(), 16)
+                   : QStringLiteral("-");
+}
+
+} // namespace
+
+TEST(PathLookup, EveryForm)
+{
+    const Loaded soc(kTypes);
+    ASSERT_TRUE(soc.isLoaded()) << soc.errors.join(u'|').toStdString();
+    // A description gives pointers no bitfields; a host may.
+    auto *head = elementCast<VMPointer>(soc.map->getElementFromPath(QStringLiteral("$top.head")));
+    head->addBitField(new VMBitField(QStringLiteral("tag"), true, 1, {}, 0, {}, 0, 0, false, DISPLAY_HEX));
+    const struct {
+        const char *path;
+        const char *element;
+    } rows[] = {
+        {"$top", "$top @1000"}, // the first of two
+        {"$top.ctrl", "$top.ctrl @1000"},
+        {"$top.ctrl.enable", "$top.ctrl.enable @1000"},
+        {"$top.ctrl.enable.xyz", "$top.ctrl.enable @1000"}, // what stands behind a bitfield is not looked at
+        {"$top.ctrl.all", "-"},                             // a bitgroup is no element
+        {"$top.Reserved_00000004_32", " @1004"},
+        {"$top.table", "$top.table @1008"},
+        {"$top.table.xyz", "$top.table @1008"}, // an array that knows its name looks no further
+        {"$top.table[3]", "$top.table[3] @100e"},
+        {"$top.table[3].val", "$top.table[3].val @100e"},
+        {"$top.table[4].val", "-"},
+        {"$top.table[99999999999999999999]", "-"},
+        {"$top.ram", "$top.ram @101c"},
+        {"$top.ram.x", "-"},
+        {"$table", "$table @2000"},
+        {"$table[3]", "-"}, // a top-level name alone is that of an instance
+        {"$table[3].val", "$table[3].val @2006"},
+        {"$table.xyz", "$table @2000"},
+        {"$top.head.tag", "-"}, // no path leads to the bitfields of a pointer
+        {"$top.head.>", "$top.head.> @0"},
+        {"$top.head.>.next.>.data", "$top.head.>.next.>.data @4"},
+        {"$top.list.>[2]", "$top.list.>[2] @4"},
+        {"$top.list.>[2].val", "$top.list.>[2].val @4"},
+        {"$top.list.>.xyz", "$top.list.> @0"},
+        {"$top.head.>[0]", "-"}, // what it points to is no array
+        {"$top.lost.>", "-"},
+        {"$top.head.>x", "-"},
+        {"", "-"},
+        {".", "-"},
+        {"$", "-"},
+        {"top", "-"},
+        {"top.ctrl", "-"},
+        {".ctrl", "-"},
+        {"$top.", "-"},
+        {"$top.ctrl.", "-"},
+        {"$top.CTRL", "-"},
+        {"$$top.ctrl", "-"},
+        {"$a.b", "-"},
+        {"$archive.block", "-"},
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(found(soc, row.path).toStdString(), row.element) << row.path;
+}
+
+TEST(PathLookup, PointedElementIsMadeOnceAndFollowsTheValue)
+{
+    const Loaded soc(kTypes);
+    auto *head = elementCast<VMPointer>(soc.map->getElementFromPath(QStringLiteral("$top.head")));
+    ASSERT_TRUE(head);
+    EXPECT_FALSE(head->pointedElement);
+    const VMXMLElement *pointed = soc.map->getElementFromPath(QStringLiteral("$top.head.>"));
+    EXPECT_EQ(pointed, head->pointedElement.get());
+    EXPECT_EQ(soc.map->getElementFromPath(QStringLiteral("$top.head.>")), pointed);
+    head->setValue(0x20000000);
+    EXPECT_EQ(found(soc, "$top.head.>.data"), QStringLiteral("$top.head.>.data @20000004"));
+}
+
+TEST(PathLookup, TheChipComesBeforeTheSoftware)
+{
+    const Loaded chip(kTypes);
+    Loaded soft = Loaded::archive(QStringLiteral(R"(<module name="m"><uint32 name="only"/></module>
+        <instance name="top" type="m" address="0x9000"/>)"));
+    chip.map->softRootArchive = std::exchange(soft.map->chipRootArchive, nullptr);
+    EXPECT_EQ(found(chip, "$top"), QStringLiteral("$top @1000"));
+    EXPECT_EQ(found(chip, "$top.only"), QStringLiteral("$top.only @9000")); // no answer from the chip
+    std::swap(chip.map->chipRootArchive, chip.map->softRootArchive);
+    EXPECT_EQ(found(chip, "$top"), QStringLiteral("$top @9000"));
+    delete std::exchange(chip.map->softRootArchive, nullptr);
+    EXPECT_EQ(found(chip, "$table"), QStringLiteral("-"));
+}
+
+TEST(PathLookup, PathsOfAnyLength)
+{
+    const Loaded soc(kTypes);
+    const auto followed = [&](int times) {
+        return soc.map->getElementFromPath(QStringLiteral("$top.head.>") + QStringLiteral(".next.>").repeated(times));
+    };
+    EXPECT_TRUE(followed(1000));
+    EXPECT_FALSE(followed(2000));
+    EXPECT_FALSE(followed(1'000'000));
+    EXPECT_FALSE(soc.map->getElementFromPath(QString(10'000'000, u'.')));
+    EXPECT_FALSE(soc.map->getElementFromPath(u'$' + QString(10'000'000, u'x') + QStringLiteral(".y")));
+    EXPECT_TRUE(soc.map->getCompletionListFromPath(u'$' + QString(10'000'000, u'.')).isEmpty());
+}
