@@ -54,8 +54,9 @@ private:
         if (!number)
             return refuse(path, u"'%1' is no number"_s.arg(value));
         const int width = valuable.getBitSize();
-        const qint64 least = valuable.isSigned() ? -(Q_INT64_C(1) << (width - 1)) : 0;
-        if (*number < least || *number > lowBits(width))
+        const qint64 greatest = lowBits(valuable.isSigned() ? width - 1 : width);
+        const qint64 least = valuable.isSigned() ? -greatest - 1 : 0;
+        if (*number < least || *number > greatest)
             return refuse(path, u"%1 does not fit into %2 bits"_s.arg(value, QString::number(width)));
         put(valuable, static_cast<unsigned int>(*number));
         return true;
