@@ -108,6 +108,20 @@ Command addHeaders(CLI::App &app, Arguments &arguments)
     return {command, headers, true};
 }
 
+Command addDocs(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *command = app.add_subcommand("docs", "Write a documentation site of descriptions");
+    addRoots(*command, arguments);
+    command->add_option("-o,--output", arguments.outputDirectory, "directory for the site, made if need be")
+        ->type_name("DIR")
+        ->required();
+    command->footer("Open DIR/index.html in a browser. With both roots there is a site in each of DIR/chip and "
+                    "DIR/soft.\n\n"
+                    "Example:\n"
+                    "  veldmap docs --chip soc.xml -o site");
+    return {command, docs, true};
+}
+
 Command addTree(CLI::App &app, Arguments &arguments)
 {
     CLI::App *command = app.add_subcommand("tree", "Print what was loaded");
@@ -244,11 +258,19 @@ int runCommandLine(int argc, char **argv)
     CLI::Option *verbose = app.add_flag("-v,--verbose", arguments.verbose, "tell what is being loaded");
     app.add_flag("-q,--quiet", arguments.quiet, "tell errors only")->excludes(verbose);
     const std::vector<Command> commands = {
-        addCheck(app, arguments), addHeaders(app, arguments),  addTree(app, arguments), addShow(app, arguments),
-        addWrite(app, arguments), addComplete(app, arguments), addEval(app, arguments)};
+        addCheck(app, arguments),    //
+        addHeaders(app, arguments),  //
+        addDocs(app, arguments),     //
+        addTree(app, arguments),     //
+        addShow(app, arguments),     //
+        addWrite(app, arguments),    //
+        addComplete(app, arguments), //
+        addEval(app, arguments),     //
+    };
     app.footer("Examples:\n"
                "  veldmap check soc.xml\n"
                "  veldmap headers --chip soc.xml -o include\n"
+               "  veldmap docs --chip soc.xml -o site\n"
                "  veldmap tree --chip soc.xml\n"
                "  veldmap show --chip soc.xml '$UART0.ctrl'\n"
                "  veldmap eval '0x10+0b11'\n\n"

@@ -27,8 +27,11 @@ public:
     void memSet(unsigned char *image) override;
     void getReadMask(unsigned char *mask) const override;
     void memGet(unsigned char *image) const override;
+    QString getHrefName() const override;
     QString c_typedefSerialize() const override;
     QString c_serialize(int level) const override;
+    QString html_serialize(int level) const override;
+    QString treenode_serialize(int level, const QString &page) const override;
     QString asm_serialize(const QString &prefix, const QString &base) const override;
     QString macro_serialize(const QString &prefix, QStringList &usedNames) const override;
     QMap<QString, CXMLCompletionEntry> getCompletionListFromTokens(const QStringList &tokens) override;
@@ -77,8 +80,11 @@ public:
     void memSet(unsigned char *image) override;
     void getReadMask(unsigned char *mask) const override;
     void memGet(unsigned char *image) const override;
+    QString getHrefName() const override;
     QString c_typedefSerialize() const override;
     QString c_serialize(int level) const override;
+    QString html_serialize(int level) const override;
+    QString treenode_serialize(int level, const QString &page) const override;
     QString asm_serialize(const QString &prefix, const QString &base) const override;
     QString macro_serialize(const QString &prefix, QStringList &usedNames) const override;
     VMXMLElement *getElementFromPathTokens(const QStringList &tokens) override;
@@ -119,7 +125,10 @@ public:
     void memSet(unsigned char *image) override;
     void getReadMask(unsigned char *mask) const override;
     void memGet(unsigned char *image) const override;
+    QString getHrefName() const override;
     QString c_serialize(int level) const override;
+    QString html_serialize(int level) const override;
+    QString treenode_serialize(int level, const QString &page) const override;
 
     int holeBits;
 };
@@ -139,7 +148,10 @@ public:
     void memSet(unsigned char *image) override;
     void getReadMask(unsigned char *mask) const override;
     void memGet(unsigned char *image) const override;
+    QString getHrefName() const override;
     QString c_serialize(int level) const override;
+    QString html_serialize(int level) const override;
+    QString treenode_serialize(int level, const QString &page) const override;
 
     int memorySize;
 };

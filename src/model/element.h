@@ -101,8 +101,12 @@ public:
     /// The block of a template in an assembly header.
     virtual QString asm_content() const;
     virtual QString vhdl_content() const;
+    /// The element's text on a page of the documentation site, \a level steps of 25 pixels from the margin.
     virtual QString html_serialize(int level) const;
+    /// The element's comment as a box on such a page.
     virtual QString html_comment_serialize(int level) const;
+    /// The nodes of the element and of what it contains in the documentation site's menu, \a level deep (from 1 on),
+    /// with links into the file \a page.
     virtual QString treenode_serialize(int level, const QString &page) const;
     /// The address macros of an assembly header: \a prefix is the path so far, \a base the macro added to.
     virtual QString asm_serialize(const QString &prefix, const QString &base) const;

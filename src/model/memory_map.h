@@ -32,6 +32,21 @@ public:
     /// a dot, all instances. Empty when the path leads nowhere. May create an element as getElementFromPath does. Text:
     /// access/completion.cpp.
     QMap<QString, CXMLCompletionEntry> getCompletionListFromPath(const QString &path) const;
+    /// Writes the documentation site of the chip's (\a chip) or the software's root into the directory \a path, which
+    /// has no trailing slash and must exist. That root must be loaded. A file that can't be written is left out; the
+    /// first page that can't be ends the pages. Text: docsite/site.cpp, docsite/menu.cpp, docsite/pages.cpp.
+    void generateDocumentation(const QString &path, bool chip);
+    /// Copies the fixed files of a site from the directory docpool in the current one into the directory \a path. One
+    /// that is missing is left out.
+    void copyDocumentationFiles(const QString &path);
+    /// Puts a copy of the file \a source in the place of \a target; false when that is not possible.
+    bool copyFile(const QString &source, const QString &target);
+    /// Writes chip.html, what a site shows at first, into the directory \a path.
+    void generateChipHtml(const QString &path, VMRootArchive *root);
+    /// Writes index.html, the frames of a site, into the directory \a path.
+    void generateIndexHtml(const QString &path, VMRootArchive *root);
+    /// Writes menu.js, the script of a site's menu, into the directory \a path.
+    void generateChipJSMenu(const QString &path, VMRootArchive *root);
 
     bool skipUpToDate = false; ///< leave headers alone that are newer than their description; the host sets it
     std::unique_ptr<VMVariableManager> globalVariables;

@@ -15,7 +15,8 @@ class VMMemoryMap;
 /// The root of one loaded description: all files that belong to it, and the top-level instances.
 ///
 /// Owns the instances and the archives. The lists grow by the operations below, which keep their indexes; a host that
-/// takes archives or templates out of them itself must not look names up afterwards. Text: headers/assembly.cpp.
+/// takes archives or templates out of them itself must not look names up afterwards. Text: headers/assembly.cpp,
+/// docsite/menu.cpp.
 class VELDMAP_EXPORT VMRootArchive : public VMXMLElement {
 public:
     VMRootArchive(VMMemoryMap *map, const QString &name);
@@ -52,6 +53,10 @@ public:
     /// Appends a copy of the template as an instance at the absolute \a address; null when there is no such template.
     /// The root archive owns the result.
     VMXMLElement *instanciateTemplate(const QString &typeName, const QString &name, unsigned int address);
+
+    using VMXMLElement::treenode_serialize;
+    /// The script of the documentation site's menu: its settings, its top, and the nodes of each instance.
+    QString treenode_serialize() const;
 
     /// A template or instance has another type word from now on.
     void typeWordChanged();

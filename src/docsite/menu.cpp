@@ -1,0 +1,138 @@
+#include "common/lines.h"
+#include "model/aggregates.h"
+#include "model/root_archive.h"
+#include "model/valuable.h"
+
+using namespace Qt::StringLiterals;
+using veldmap::appendLine;
+using veldmap::indent;
+
+// The script of the menu. A node's variable is named after its depth and assigned anew for each node, so that the
+// parent of a node is always the present value of the variable above:
+//
+//     foldersTree = gFld("soc","chip.html")
+//     i0 = foldersTree
+//         i1=insFld(i0,gFld("UART0","UART0.html#01A00000m"))
+//             i2=insFld(i1,gFld("ctrl","UART0.html#01A00000rrw"))
+//             i2.iconSrc = "reg32.png"
+//             i2.iconSrcClosed = "reg32.png"
+//                 i3=insDoc(i2,gLnk("R","enable","UART0.html#01A00000b0rw"))
+//                 i3.iconSrc = "bitfield.png"
+
+namespace {
+
+/// The nodes of the elements of one page. All are appended to one text, however deep they lie in one another.
+class NodeWriter {
+public:
+    NodeWriter(QString &text, const QString &page) : m_text(text), m_page(page) {}
+
+    void write(const VMXMLElement &element, int level)
+    {
+        if (const auto *valuable = elementCast<VMValuable>(&element))
+            writeValuable(*valuable, level);
+        else if (const auto *structure = elementCast<VMStruct>(&element))
+            writeHolder(*structure, structure->memberList, level);
+        else if (const auto *array = elementCast<VMArray>(&element))
+            writeHolder(*array, array->memberList, level);
+        else if (elementCast<VMBitField>(&element))
+            writeDocument(element, level, "bitfield.png"_L1);
+        else if (elementCast<VMHole>(&element))
+            writeDocument(element, level, "hole.png"_L1);
+        else if (elementCast<VMMemory>(&element))
+            writeDocument(element, level, "memory.png"_L1);
+    }
+
+private:
+    void writeFolder(const VMXMLElement &element, int level)
+    {
+        appendLine(m_text, indent(level), u"i", level, "=insFld(i"_L1, level - 1, ",gFld(\""_L1, element.getName(),
+                   "\",\""_L1, m_page, u"#", element.getHrefName(), "\"))"_L1);
+    }
+
+    void writeDocument(const VMXMLElement &element, int level, QLatin1StringView icon)
+    {
+        appendLine(m_text, indent(level), u"i", level, "=insDoc(i"_L1, level - 1, ",gLnk(\"R\",\""_L1,
+                   element.getName(), "\",\""_L1, m_page, u"#", element.getHrefName(), "\"))"_L1);
+        appendLine(m_text, indent(level), u"i", level, ".iconSrc = \""_L1, icon, u"\"");
+    }
+
+    /// A register without bitfields is a folder too.
+    void writeValuable(const VMValuable &valuable, int level)
+    {
+        writeFolder(valuable, level);
+        const int bits = valuable.getBitSize();
+        const int iconBits = bits == 8 || bits == 16 ? bits : 32;
+        for (const QLatin1StringView property : {".iconSrc"_L1, ".iconSrcClosed"_L1})
+            appendLine(m_text, indent(level), u"i", level, property, " = \"reg"_L1, iconBits, ".png\""_L1);
+        for (const auto &field : valuable.bitFields)
+            write(*field, level + 1);
+    }
+
+    void writeHolder(const VMXMLElement &holder, const std::vector<std::unique_ptr<VMXMLElement>> &members, int level)
+    {
+        writeFolder(holder, level);
+        for (const auto &member : members)
+            write(*member, level + 1);
+    }
+
+    QString &m_text;
+    const QString &m_page;
+};
+
+QString nodesOf(const VMXMLElement &element, int level, const QString &page)
+{
+    QString text;
+    NodeWriter(text, page).write(element, level);
+    return text;
+}
+
+} // namespace
+
+QString VMRootArchive::treenode_serialize() const
+{
+    QString text;
+    appendLine(text, "USETEXTLINKS = 1"_L1);
+    appendLine(text, "STARTALLOPEN = 0"_L1);
+    appendLine(text, "foldersTree = gFld(\""_L1, getName(), "\",\"chip.html\")"_L1);
+    appendLine(text, "i0 = foldersTree"_L1);
+    for (const auto &instance : instances) {
+        const QString page = instance->getName() + ".html"_L1;
+        NodeWriter(text, page).write(*instance, 1);
+    }
+    return text;
+}
+
+QString VMXMLElement::treenode_serialize(int, const QString &) const
+{
+    return {};
+}
+
+QString VMValuable::treenode_serialize(int level, const QString &page) const
+{
+    return nodesOf(*this, level, page);
+}
+
+QString VMBitField::treenode_serialize(int level, const QString &page) const
+{
+    return nodesOf(*this, level, page);
+}
+
+QString VMStruct::treenode_serialize(int level, const QString &page) const
+{
+    return nodesOf(*this, level, page);
+}
+
+QString VMArray::treenode_serialize(int level, const QString &page) const
+{
+    return nodesOf(*this, level, page);
+}
+
+QString VMHole::treenode_serialize(int level, const QString &page) const
+{
+    return nodesOf(*this, level, page);
+}
+
+QString VMMemory::treenode_serialize(int level, const QString &page) const
+{
+    return nodesOf(*this, level, page);
+}

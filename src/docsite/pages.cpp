@@ -1,0 +1,370 @@
+#include "common/lines.h"
+#include "model/aggregates.h"
+#include "model/valuable.h"
+
+#include <algorithm>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+// The body of a page is one line: a heading bar for each element, with what it shows below, and a rule that closes it.
+// For the register ctrl one step from the margin, with one comment and one field, broken here for reading:
+//
+//     <a name='00000010rrw'></a><table class='rh' style='margin-left:25px'><tr><td width=100%><b>ctrl</b></td>
+//         <td align='right'><b>0x00000010</b></td></tr></table>                                      the heading
+//     <br><table class='bf' style='margin-left:25px'><tr><td class='rc'>Control</td></tr></table><br/>   the comment
+//     <table class='bf' style='margin-left:25px'><tr><td class='h'>7</td>...                         the bit diagram
+//     <table class='bf' style='margin-left:25px'><tr><td class='bh'>Bitfield</td>...                 the fields
+//     <hr class='re' style='margin-left:25px'/>                                                      the rule
+//
+// Comments and names go in as they stand in the tree, where they are markup already.
+
+namespace {
+
+constexpr int kLevelMargin = 25; // pixels
+
+template <typename... Pieces>
+void append(QString &text, const Pieces &...pieces)
+{
+    (veldmap::appendPiece(text, 0, pieces), ...);
+}
+
+/// How the bars of a kind of element look: the classes of its heading and of its closing rule.
+struct BarClasses {
+    QLatin1StringView heading;
+    QLatin1StringView rule;
+};
+constexpr BarClasses kHoleBar = {"hh"_L1, "he"_L1};
+constexpr BarClasses kBlockBar = {"lh"_L1, "le"_L1};
+constexpr BarClasses kStructBar = {"mh"_L1, "me"_L1};
+constexpr BarClasses kRegisterBar = {"rh"_L1, "re"_L1};
+
+/// The size of a memory in the largest unit that divides it.
+QString sizeWording(int size)
+{
+    constexpr int kKilobyte = 1024;
+    constexpr int kMegabyte = 1024 * 1024;
+    if (size % kMegabyte == 0)
+        return " (size="_L1 + QString::number(size / kMegabyte) + " MB)"_L1;
+    if (size % kKilobyte == 0)
+        return " (size="_L1 + QString::number(size / kKilobyte) + " KB)"_L1;
+    return " (size="_L1 + QString::number(size) + " B)"_L1;
+}
+
+/// The bits of \a field with \a separator between, or the one bit.
+QString positionOf(const VMBitField &field, QChar separator)
+{
+    const QString down = QString::number(field.downPos);
+    return field.upPos == field.downPos ? down : QString::number(field.upPos) + separator + down;
+}
+
+/// Adjacent bits of a register that the same fields cover.
+struct BitRun {
+    int bits = 0;
+    QList<const VMBitField *> fields; ///< in the register's order; none in a gap
+};
+
+bool covers(const VMBitField &field, int bit)
+{
+    return field.downPos <= bit && bit <= field.upPos;
+}
+
+/// The runs of \a valuable from its highest bit down. Of a field that reaches beyond the register only the bits inside
+/// it count.
+QList<BitRun> runsOf(const VMValuable &valuable)
+{
+    QList<BitRun> runs;
+    const int highest = valuable.getBitSize() - 1;
+    for (int bit = highest; bit >= 0; --bit) {
+        const auto isBorder = [bit](const auto &field) { return covers(*field, bit) != covers(*field, bit + 1); };
+        if (bit == highest || std::ranges::any_of(valuable.bitFields, isBorder)) {
+            BitRun &run = runs.emplaceBack();
+            for (const auto &field : valuable.bitFields) {
+                if (covers(*field, bit))
+                    run.fields += field.get();
+            }
+        }
+        ++runs.last().bits;
+    }
+    return runs;
+}
+
+/// One of the diagram's three rows below the bit numbers, which differ in their classes and in what they show of a
+/// field.
+struct DiagramRow {
+    QLatin1StringView cellClass;
+    QLatin1StringView partClass; ///< of the cells inside a cell that several fields share
+    void (*appendContent)(QString &text, const VMBitField &field);
+};
+
+/// The name, one letter below the other.
+void appendUprightName(QString &text, const VMBitField &field)
+{
+    append(text, "<a href='#"_L1, field.getHrefName(), "'>"_L1);
+    for (const QChar letter : field.getName()) {
+        text += letter;
+        if (!letter.isHighSurrogate()) // such a one is half a letter
+            text += "<br>"_L1;
+    }
+    text += "</a>"_L1;
+}
+
+constexpr DiagramRow kDiagramRows[] = {
+    {"v c"_L1, "v"_L1, appendUprightName},
+    {"f fc"_L1, "f"_L1, [](QString &text, const VMBitField &field) { text += field.getAccessString(); }},
+    {"f fc"_L1, "f"_L1, [](QString &text, const VMBitField &field) { text += field.getResetString(DISPLAY_DEFAULT); }},
+};
+
+void appendCell(QString &text, const BitRun &run, const DiagramRow &row)
+{
+    append(text, "<td class='"_L1, run.fields.isEmpty() ? "hole"_L1 : row.cellClass, u"'");
+    if (run.bits > 1)
+        append(text, " colspan='"_L1, run.bits, u"'");
+    text += u'>';
+    if (run.fields.size() == 1) {
+        row.appendContent(text, *run.fields.first());
+    } else if (run.fields.size() > 1) {
+        text += "<table align='center'><tr>"_L1;
+        for (const VMBitField *field : run.fields) {
+            if (field != run.fields.first())
+                append(text, "<td class='"_L1, row.partClass, "'>|</td>"_L1);
+            append(text, "<td class='"_L1, row.partClass, "'>"_L1);
+            row.appendContent(text, *field);
+            text += "</td>"_L1;
+        }
+        text += "</tr></table>"_L1;
+    }
+    text += "</td>"_L1;
+}
+
+/// The text of elements on a page, all appended to one text, however deep they lie in one another.
+class PageWriter {
+public:
+    void write(const VMXMLElement &element, int level)
+    {
+        if (const auto *valuable = elementCast<VMValuable>(&element))
+            writeValuable(*valuable, level);
+        else if (const auto *structure = elementCast<VMStruct>(&element))
+            writeStruct(*structure, level);
+        else if (const auto *array = elementCast<VMArray>(&element))
+            writeArray(*array, level);
+        else if (const auto *memory = elementCast<VMMemory>(&element))
+            writeMemory(*memory, level);
+        else if (elementCast<VMHole>(&element))
+            writeHole(element, level);
+    }
+
+    void writeCommentBox(QLatin1StringView boxClass, const QString &comment, int level)
+    {
+        writeTableHead(boxClass, level);
+        append(m_text, "<tr><td class='rc'>"_L1, comment, "</td></tr></table><br/>"_L1);
+    }
+
+    QString takeText() { return std::move(m_text); }
+
+private:
+    void writeTableHead(QLatin1StringView tableClass, int level)
+    {
+        append(m_text, "<table class='"_L1, tableClass, "' style='margin-left:"_L1, marginOf(level), "px'>"_L1);
+    }
+
+    void writeHeading(const VMXMLElement &element, const BarClasses &classes, const QString &title, int level)
+    {
+        append(m_text, "<a name='"_L1, element.getHrefName(), "'></a>"_L1);
+        writeTableHead(classes.heading, level);
+        append(m_text, "<tr><td width=100%><b>"_L1, title, "</b></td><td align='right'><b>"_L1,
+               element.getAddressString(), "</b></td></tr></table>"_L1);
+    }
+
+    void writeRule(const BarClasses &classes, int level)
+    {
+        append(m_text, "<hr class='"_L1, classes.rule, "' style='margin-left:"_L1, marginOf(level), "px'/>"_L1);
+    }
+
+    void writeHole(const VMXMLElement &hole, int level)
+    {
+        writeHeading(hole, kHoleBar, hole.getName(), level);
+        writeRule(kHoleBar, level);
+    }
+
+    void writeMemory(const VMMemory &memory, int level)
+    {
+        writeHeading(memory, kBlockBar, memory.getName() + sizeWording(memory.sizeOf()), level);
+        if (!memory.comment.isEmpty()) {
+            m_text += "<br/>"_L1;
+            writeCommentBox("sc"_L1, memory.comment, level);
+        }
+        writeRule(kBlockBar, level);
+    }
+
+    /// A top-level instance and its members stand at the margin.
+    void writeStruct(const VMStruct &structure, int level)
+    {
+        const bool isInstance = structure.isInstance();
+        if (isInstance)
+            level = 0;
+        writeHeading(structure, kStructBar, structure.getName(), level);
+        for (const auto &member : structure.memberList)
+            write(*member, isInstance ? level : level + 1);
+        writeRule(kStructBar, level);
+    }
+
+    void writeArray(const VMArray &array, int level)
+    {
+        const BarClasses &classes = array.prototype->isStruct() ? kBlockBar : kRegisterBar;
+        writeHeading(array, classes, array.name + " (size=="_L1 + QString::number(array.count()) + u')', level);
+        if (!array.prototype->comment.isEmpty()) {
+            m_text += "<br>"_L1;
+            m_text += array.prototype->html_comment_serialize(level + 1);
+            m_text += "<br>"_L1;
+        }
+        for (const auto &member : array.memberList)
+            write(*member, level + 1);
+        writeRule(classes, level);
+    }
+
+    /// The members of an array behind the first bear the class po, and none shows a comment: the array does.
+    void writeValuable(const VMValuable &valuable, int level)
+    {
+        const bool isRepeated = valuable.arrayNumber > 0;
+        const QLatin1StringView lineBreak = isRepeated ? "<br class='po'>"_L1 : "<br>"_L1;
+        const QLatin1StringView tableClass = isRepeated ? "bf po"_L1 : "bf"_L1;
+        const bool hasComment = !valuable.comment.isEmpty() && valuable.arrayNumber == -1;
+        const bool hasFields = !valuable.bitFields.empty();
+
+        writeHeading(valuable, kRegisterBar, valuable.name, level);
+        if (hasFields || hasComment)
+            m_text += lineBreak;
+        if (hasComment)
+            m_text += valuable.html_comment_serialize(level);
+        if (hasFields) {
+            writeTableHead(tableClass, level);
+            writeDiagram(valuable);
+            m_text += lineBreak;
+            writeTableHead(tableClass, level);
+            writeFieldTable(valuable);
+            m_text += lineBreak;
+        }
+        writeRule(kRegisterBar, level);
+    }
+
+    void writeDiagram(const VMValuable &valuable)
+    {
+        m_text += "<tr>"_L1;
+        for (int bit = valuable.getBitSize() - 1; bit >= 0; --bit)
+            append(m_text, "<td class='h'>"_L1, bit, "</td>"_L1);
+        m_text += u'\n';
+        const QList<BitRun> runs = runsOf(valuable);
+        for (const DiagramRow &row : kDiagramRows) {
+            m_text += "</tr><tr>"_L1;
+            for (const BitRun &run : runs)
+                appendCell(m_text, run, row);
+        }
+        m_text += "</tr></table>"_L1;
+    }
+
+    void writeFieldTable(const VMValuable &valuable)
+    {
+        m_text += "<tr><td class='bh'>Bitfield</td><td class='bh'>Description</td><td class='bh'>Access</td>"
+                  "<td class ='bh'>Reset</td></tr>"_L1;
+        for (const auto &field : valuable.bitFields) {
+            append(m_text, "<tr><td class='bh'><a name='"_L1, field->getHrefName(), "'/>"_L1, field->getName(),
+                   "<br><center>["_L1, positionOf(*field, u':'), "]</center></td><td class='bc'>"_L1,
+                   field->getComment(), "</td><td class='bh'>"_L1, field->getAccessString(), "</td><td class='bh'>"_L1,
+                   field->getResetString(DISPLAY_DEFAULT), "</td></tr>"_L1);
+        }
+        m_text += "</table>"_L1;
+    }
+
+    static QString marginOf(int level) { return QString::number(qint64(kLevelMargin) * level); }
+
+    QString m_text;
+};
+
+QString pageTextOf(const VMXMLElement &element, int level)
+{
+    PageWriter writer;
+    writer.write(element, level);
+    return writer.takeText();
+}
+
+/// The anchor of a place of its own, whose kind the \a suffix tells: an array and its first member share an address.
+QString anchorOf(const VMXMLElement &element, QLatin1StringView suffix)
+{
+    return veldmap::hex8(element.getBaseAddress()) + suffix;
+}
+
+} // namespace
+
+QString VMXMLElement::getHrefName() const
+{
+    return anchorOf(*this, ""_L1);
+}
+
+QString VMValuable::getHrefName() const
+{
+    return anchorOf(*this, "r"_L1) + getProtectString();
+}
+
+/// A field alone, without a register, lies at address 0.
+QString VMBitField::getHrefName() const
+{
+    return anchorOf(*this, "b"_L1) + positionOf(*this, u'-') + getAccessString();
+}
+
+QString VMStruct::getHrefName() const
+{
+    return anchorOf(*this, "m"_L1);
+}
+
+QString VMArray::getHrefName() const
+{
+    return anchorOf(*this, "ra"_L1);
+}
+
+QString VMHole::getHrefName() const
+{
+    return anchorOf(*this, "h"_L1);
+}
+
+QString VMMemory::getHrefName() const
+{
+    return anchorOf(*this, "mem"_L1);
+}
+
+QString VMXMLElement::html_serialize(int) const
+{
+    return {};
+}
+
+QString VMValuable::html_serialize(int level) const
+{
+    return pageTextOf(*this, level);
+}
+
+QString VMStruct::html_serialize(int level) const
+{
+    return pageTextOf(*this, level);
+}
+
+QString VMArray::html_serialize(int level) const
+{
+    return pageTextOf(*this, level);
+}
+
+QString VMHole::html_serialize(int level) const
+{
+    return pageTextOf(*this, level);
+}
+
+QString VMMemory::html_serialize(int level) const
+{
+    return pageTextOf(*this, level);
+}
+
+QString VMXMLElement::html_comment_serialize(int level) const
+{
+    PageWriter writer;
+    writer.writeCommentBox("bf"_L1, comment, level);
+    return writer.takeText();
+}
