@@ -83,6 +83,11 @@ void addRoots(CLI::App &command, Arguments &arguments)
     command.add_option("--soft", arguments.soft, "root description of the software")->type_name("FILE");
 }
 
+void addOutput(CLI::App &command, Arguments &arguments, const std::string &help)
+{
+    command.add_option("-o,--output", arguments.outputDirectory, help)->type_name("DIR")->required();
+}
+
 Command addCheck(CLI::App &app, Arguments &arguments)
 {
     CLI::App *command = app.add_subcommand("check", "Load descriptions and report what is wrong with them");
@@ -96,9 +101,7 @@ Command addHeaders(CLI::App &app, Arguments &arguments)
 {
     CLI::App *command = app.add_subcommand("headers", "Write the C and assembly headers of descriptions");
     addRoots(*command, arguments);
-    command->add_option("-o,--output", arguments.outputDirectory, "directory for the headers, made if need be")
-        ->type_name("DIR")
-        ->required();
+    addOutput(*command, arguments, "directory for the headers, made if need be");
     command->add_flag("--skip-up-to-date", arguments.skipUpToDate,
                       "leave headers alone that are newer than their description");
     command->footer("With both roots the headers lie below DIR/chip and DIR/soft.\n\n"
@@ -108,13 +111,22 @@ Command addHeaders(CLI::App &app, Arguments &arguments)
     return {command, headers, true};
 }
 
+Command addVhdl(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *command = app.add_subcommand("vhdl", "Write the VHDL packages of a chip");
+    addRoots(*command, arguments);
+    addOutput(*command, arguments, "directory for the packages, made if need be");
+    command->footer("A package is written as its description says; lines that VHDL does not take are told.\n\n"
+                    "Example:\n"
+                    "  veldmap vhdl --chip soc.xml -o rtl");
+    return {command, vhdl, true};
+}
+
 Command addDocs(CLI::App &app, Arguments &arguments)
 {
     CLI::App *command = app.add_subcommand("docs", "Write a documentation site of descriptions");
     addRoots(*command, arguments);
-    command->add_option("-o,--output", arguments.outputDirectory, "directory for the site, made if need be")
-        ->type_name("DIR")
-        ->required();
+    addOutput(*command, arguments, "directory for the site, made if need be");
     command->footer("Open DIR/index.html in a browser. With both roots there is a site in each of DIR/chip and "
                     "DIR/soft.\n\n"
                     "Example:\n"
@@ -260,6 +272,7 @@ int runCommandLine(int argc, char **argv)
     const std::vector<Command> commands = {
         addCheck(app, arguments),    //
         addHeaders(app, arguments),  //
+        addVhdl(app, arguments),     //
         addDocs(app, arguments),     //
         addTree(app, arguments),     //
         addShow(app, arguments),     //
@@ -270,6 +283,7 @@ int runCommandLine(int argc, char **argv)
     app.footer("Examples:\n"
                "  veldmap check soc.xml\n"
                "  veldmap headers --chip soc.xml -o include\n"
+               "  veldmap vhdl --chip soc.xml -o rtl\n"
                "  veldmap docs --chip soc.xml -o site\n"
                "  veldmap tree --chip soc.xml\n"
                "  veldmap show --chip soc.xml '$UART0.ctrl'\n"

@@ -28,8 +28,11 @@ public:
     void getReadMask(unsigned char *mask) const override;
     void memGet(unsigned char *image) const override;
     QString getHrefName() const override;
+    QString vhdl_serialize(int indent, QStringList &seen) const override;
     QString c_typedefSerialize() const override;
     QString c_serialize(int level) const override;
+    /// The block of a module in a VHDL package. Text: vhdl/packages.cpp.
+    QString vhdl_content() const override;
     QString html_serialize(int level) const override;
     QString treenode_serialize(int level, const QString &page) const override;
     QString asm_serialize(const QString &prefix, const QString &base) const override;
@@ -81,6 +84,7 @@ public:
     void getReadMask(unsigned char *mask) const override;
     void memGet(unsigned char *image) const override;
     QString getHrefName() const override;
+    QString vhdl_serialize(int indent, QStringList &seen) const override;
     QString c_typedefSerialize() const override;
     QString c_serialize(int level) const override;
     QString html_serialize(int level) const override;
@@ -126,6 +130,7 @@ public:
     void getReadMask(unsigned char *mask) const override;
     void memGet(unsigned char *image) const override;
     QString getHrefName() const override;
+    QString vhdl_serialize(int indent, QStringList &seen) const override;
     QString c_serialize(int level) const override;
     QString html_serialize(int level) const override;
     QString treenode_serialize(int level, const QString &page) const override;

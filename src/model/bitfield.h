@@ -131,6 +131,9 @@ public:
     QString getUpPosPhysicalExpression() const;
     QString getDownPosPhysicalExpression() const;
 
+    /// The group's line in the logical and the physical map of a VHDL package, as that of a field. Text: vhdl/maps.cpp.
+    QString vhdl_logical_serialize(int indent, QStringList &seen) const;
+    QString vhdl_physical_serialize(int indent, QStringList &seen) const;
     /// The group's three macros: value, mask and shift. Text: headers/bitfield_macros.cpp.
     QString macro_serialize(const QString &prefix, QStringList &usedNames) const;
 

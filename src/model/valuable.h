@@ -26,6 +26,7 @@ public:
     void getReadMask(unsigned char *mask) const override;
     void memGet(unsigned char *image) const override;
     QString getHrefName() const override;
+    QString vhdl_serialize(int indent, QStringList &seen) const override;
     QString c_typedefSerialize() const override;
     QString c_serialize(int level) const override;
     QString html_serialize(int level) const override;

@@ -1,45 +1,218 @@
+#include "vhdl/maps.h"
+
 #include "common/lines.h"
+#include "model/aggregates.h"
 #include "model/archive.h"
-#include "model/bitfield.h"
+#include "model/valuable.h"
 #include "vhdl/notation.h"
 
 using namespace Qt::StringLiterals;
 
-// A field in the two maps of a package, of one bit or of several:
+// A register in a package: its word address, its fields in the register and in the packed word, and the range of that.
 //
-//     constant l_Enable:                              integer := 0;
-//     subtype  p_Mode is                              integer range 2 downto 1;
-//                                                     ^ 48, counted without the indentation
+//     constant at_CTRL:                           integer := 2;
+//         -- logical map
+//         constant l_Enable:                              integer := 0;
+//         subtype  l_Mode is                              integer range 5 downto 4;
+//         -- physical map
+//         constant p_Enable:                              integer := 0;
+//         subtype  p_Mode is                              integer range 2 downto 1;
+//         subtype range_ctrl is                   integer range 2 downto 0;
+//                                                 ^ 48, in the maps counted without the indentation
+
+namespace veldmap {
 
 namespace {
 
-/// The definition line of \a field, commented out when it stands in \a seen already.
-QString definitionLine(const VMBitField &field, QLatin1StringView prefix, const QString &upExpression,
-                       const QString &downExpression, int level, QStringList &seen)
+constexpr Column kValueColumn = {48};
+constexpr QLatin1StringView kLogical = "l_"_L1;
+constexpr QLatin1StringView kPhysical = "p_"_L1;
+constexpr QLatin1StringView kNoRemark = ""_L1;
+constexpr QLatin1StringView kNotContiguous = "-- Not Contiguous BitGroup: "_L1; // makes the line a comment
+
+QString vhdlExpression(const QString &expression)
 {
-    const VMXMLArchive *archive = field.getTopArchive();
-    if (!archive)
-        return u"ERROR : contact developper"_s;
-    const QString high = vhdl_clean_expr(upExpression.toUpper());
-    const QString low = vhdl_clean_expr(downExpression.toUpper());
+    return vhdl_clean_expr(expression.toUpper());
+}
+
+bool isRegister(const VMXMLElement &element)
+{
+    const VMXMLElement::XMLElementType type = element.getType();
+    return type == VMXMLElement::XML_REGISTER32 || type == VMXMLElement::XML_REGISTER16 ||
+           type == VMXMLElement::XML_REGISTER8;
+}
+
+} // namespace
+
+/// What the line of a field or a group in one of the maps is made of.
+struct MapWriter::Definition {
+    QLatin1StringView prefix;
+    QString name;
+    QString high;
+    QString low;
+    const VMValuable *valuable;    ///< which holds the field or group
+    QLatin1StringView rangeRemark; ///< in front of a range
+};
+
+MapWriter::MapWriter(QStringList &seen, DeclarationListener *listener)
+    : m_seen(seen), m_known(seen.cbegin(), seen.cend()), m_listener(listener)
+{
+}
+
+void MapWriter::write(const VMXMLElement &element, int level)
+{
+    if (const auto *valuable = elementCast<VMValuable>(&element))
+        writeValuable(*valuable, level);
+    else if (const auto *structure = elementCast<VMStruct>(&element))
+        writeStruct(*structure, level);
+    else if (const auto *array = elementCast<VMArray>(&element))
+        writeArray(*array, level);
+}
+
+void MapWriter::writeStruct(const VMStruct &structure, int level)
+{
+    for (const auto &member : structure.memberList)
+        write(*member, level + 1);
+}
+
+/// The prototype stands for all elements: it writes their maps, under the array's name. Registers get an address each,
+/// and a type for as many vectors.
+void MapWriter::writeArray(const VMArray &array, int level)
+{
+    if (array.count() == 0)
+        return;
+    write(*array.prototype, level);
+    if (!isRegister(*array.prototype))
+        return;
+    const QString &name = array.getName();
+    const QString upperName = name.toUpper();
+    for (int index = 0; index < array.count(); ++index)
+        writeAddress(*array.memberList[static_cast<std::size_t>(index)], upperName + u'_' + QString::number(index),
+                     level);
+    const QString count = QString::number(array.count());
+    m_text += u'\n';
+    appendLine(m_text, indent(level + 1), "constant tabsize_"_L1, name, u":", kValueColumn, "integer := "_L1, count,
+               u";");
+    appendLine(m_text, indent(level + 1), "type tab_"_L1, name,
+               " is array (NATURAL range <>) of std_logic_vector(range_"_L1, name, ");"_L1);
+    m_text += u'\n';
+    if (m_listener) {
+        m_listener->onConstant("tabsize_"_L1 + name, count, array);
+        m_listener->onType("tab_"_L1 + name, "range_"_L1 + name, array);
+    }
+}
+
+void MapWriter::writeValuable(const VMValuable &valuable, int level)
+{
+    const bool isElement = valuable.arrayNumber != -1 && valuable.parent;
+    const QString &name = isElement ? valuable.parent->getName() : valuable.getName();
+    writeAddress(valuable, name.toUpper(), level);
+    appendLine(m_text, indent(level + 1), "-- logical map"_L1);
+    for (const auto &field : valuable.bitFields)
+        writeLogical(*field, level);
+    for (const auto &group : valuable.bitGroups)
+        writeLogical(*group, level);
+    appendLine(m_text, indent(level + 1), "-- physical map"_L1);
+    for (const auto &field : valuable.bitFields)
+        writePhysical(*field, level);
+    for (const auto &group : valuable.bitGroups)
+        writePhysical(*group, level);
+    appendLine(m_text, indent(level + 1), "subtype range_"_L1, name, " is"_L1, kValueColumn, "integer range "_L1,
+               valuable.physicalName, " downto 0;"_L1);
+    m_text += u'\n';
+    if (m_listener)
+        m_listener->onRange("range_"_L1 + name, valuable.physicalName, u"0"_s, valuable);
+}
+
+/// Addresses count words.
+void MapWriter::writeAddress(const VMXMLElement &element, const QString &name, int level)
+{
+    const QString address = QString::number(element.getBaseAddress() >> 2);
+    appendLine(m_text, indent(level), "constant at_"_L1, name, u":", kValueColumn, "integer := "_L1, address, u";");
+    if (m_listener)
+        m_listener->onConstant("at_"_L1 + name, address, element);
+}
+
+void MapWriter::writeLogical(const VMBitField &field, int level)
+{
+    writeDefinition({kLogical, field.getName(), field.upPosExpression, field.downPosExpression,
+                     elementCast<VMValuable>(field.parent), kNoRemark},
+                    level);
+}
+
+void MapWriter::writePhysical(const VMBitField &field, int level)
+{
+    writeDefinition({kPhysical, field.getName(), field.physicalUpPosExpression, field.physicalDownPosExpression,
+                     elementCast<VMValuable>(field.parent), kNoRemark},
+                    level);
+}
+
+void MapWriter::writeLogical(const VMBitGroup &group, int level)
+{
+    writeDefinition({kLogical, group.name, group.getUpPosExpression(), group.getDownPosExpression(), group.valuable,
+                     group.isContiguous() ? kNoRemark : kNotContiguous},
+                    level);
+}
+
+void MapWriter::writePhysical(const VMBitGroup &group, int level)
+{
+    writeDefinition({kPhysical, group.name, group.getUpPosPhysicalExpression(), group.getDownPosPhysicalExpression(),
+                     group.valuable, group.isPhysicalContiguous() ? kNoRemark : kNotContiguous},
+                    level);
+}
+
+/// One position is a constant, two are a subtype: by their numbers, not their texts. A position that does not evaluate
+/// leaves the text of its error in the package.
+void MapWriter::writeDefinition(const Definition &definition, int level)
+{
+    const VMXMLArchive *archive = definition.valuable ? definition.valuable->getTopArchive() : nullptr;
+    if (!archive) {
+        m_text += "ERROR : contact developper"_L1;
+        return;
+    }
+    const QString high = vhdlExpression(definition.high);
+    const QString low = vhdlExpression(definition.low);
     QString message;
     bool error = false;
     const int highNumber = archive->variables->evalExpression(high, message, error);
     const int lowNumber = error ? 0 : archive->variables->evalExpression(low, message, error);
-    if (error)
-        return "ERROR while evaluating expressions when generating vhdl"_L1 + message;
+    if (error) {
+        m_text += "ERROR while evaluating expressions when generating vhdl"_L1 + message;
+        if (m_listener)
+            m_listener->onUnevaluated(definition.name, *definition.valuable);
+        return;
+    }
+    const bool isRange = highNumber != lowNumber;
+    const QString line = isRange ? lineOf(definition.rangeRemark, "subtype  "_L1, definition.prefix, definition.name,
+                                          " is"_L1, kValueColumn, "integer range "_L1, high, " downto "_L1, low, u";")
+                                 : lineOf("constant "_L1, definition.prefix, definition.name, u":", kValueColumn,
+                                          "integer := "_L1, high, u";");
+    const bool isRepeated = m_known.contains(line);
+    m_text += (isRepeated ? "--"_L1 : ""_L1) + indent(level + 1) + line;
+    if (isRepeated)
+        return;
+    m_known.insert(line);
+    m_seen.append(line);
+    const bool isComment = isRange && !definition.rangeRemark.isEmpty();
+    if (!m_listener || isComment)
+        return;
+    if (isRange)
+        m_listener->onRange(definition.prefix + definition.name, high, low, *definition.valuable);
+    else
+        m_listener->onConstant(definition.prefix + definition.name, high, *definition.valuable);
+}
 
-    using veldmap::Column;
-    const QString line =
-        highNumber != lowNumber
-            ? veldmap::lineOf("subtype  "_L1, prefix, field.getName(), " is"_L1, Column{48}, "integer range "_L1, high,
-                              " downto "_L1, low, u";")
-            : veldmap::lineOf("constant "_L1, prefix, field.getName(), u":", Column{48}, "integer := "_L1, high, u";");
-    const QString indentation = veldmap::indent(level + 1);
-    if (seen.contains(line))
-        return "--"_L1 + indentation + line;
-    seen.append(line);
-    return indentation + line;
+} // namespace veldmap
+
+namespace {
+
+/// The text of one part of a module, written by \a write.
+template <typename Write>
+QString partOf(QStringList &seen, const Write &write)
+{
+    veldmap::MapWriter writer(seen);
+    write(writer);
+    return writer.takeText();
 }
 
 } // namespace
@@ -49,17 +222,42 @@ QString VMXMLElement::vhdl_serialize(int, QStringList &) const
     return {};
 }
 
-QString VMXMLElement::vhdl_content() const
+QString VMValuable::vhdl_serialize(int indent, QStringList &seen) const
+{
+    return partOf(seen, [&](veldmap::MapWriter &writer) { writer.write(*this, indent); });
+}
+
+QString VMStruct::vhdl_serialize(int indent, QStringList &seen) const
+{
+    return partOf(seen, [&](veldmap::MapWriter &writer) { writer.write(*this, indent); });
+}
+
+QString VMArray::vhdl_serialize(int indent, QStringList &seen) const
+{
+    return partOf(seen, [&](veldmap::MapWriter &writer) { writer.write(*this, indent); });
+}
+
+QString VMHole::vhdl_serialize(int, QStringList &) const
 {
     return {};
 }
 
 QString VMBitField::vhdl_logical_serialize(int indent, QStringList &seen) const
 {
-    return definitionLine(*this, "l_"_L1, upPosExpression, downPosExpression, indent, seen);
+    return partOf(seen, [&](veldmap::MapWriter &writer) { writer.writeLogical(*this, indent); });
 }
 
 QString VMBitField::vhdl_physical_serialize(int indent, QStringList &seen) const
 {
-    return definitionLine(*this, "p_"_L1, physicalUpPosExpression, physicalDownPosExpression, indent, seen);
+    return partOf(seen, [&](veldmap::MapWriter &writer) { writer.writePhysical(*this, indent); });
+}
+
+QString VMBitGroup::vhdl_logical_serialize(int indent, QStringList &seen) const
+{
+    return partOf(seen, [&](veldmap::MapWriter &writer) { writer.writeLogical(*this, indent); });
+}
+
+QString VMBitGroup::vhdl_physical_serialize(int indent, QStringList &seen) const
+{
+    return partOf(seen, [&](veldmap::MapWriter &writer) { writer.writePhysical(*this, indent); });
 }

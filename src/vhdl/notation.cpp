@@ -4,6 +4,8 @@
 
 #include <QRegularExpression>
 
+#include <bit>
+
 using namespace Qt::StringLiterals;
 
 QString vhdl_clean_expr(const QString &text)
@@ -15,6 +17,15 @@ QString vhdl_clean_expr(const QString &text)
     if (cleaned.contains("exp2("_L1, Qt::CaseInsensitive))
         cleaned.replace(call, u"2**(\\1)"_s);
     return vhdl_hexadecimal_regularize(cleaned);
+}
+
+int vhdl_log2(int bits)
+{
+    const auto bytes = static_cast<quint32>(bits / 8 + (bits % 8 == 0 ? 0 : 1));
+    if (bytes == 0)
+        return 1;
+    const int highest = std::bit_width(bytes) - 1;
+    return std::has_single_bit(bytes) ? highest : highest + 1;
 }
 
 QString vhdl_hexadecimal_regularize(const QString &text)

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <QSet>
+#include <QString>
+#include <QStringList>
+
+class VMArray;
+class VMBitField;
+class VMBitGroup;
+class VMStruct;
+class VMValuable;
+class VMXMLElement;
+
+namespace veldmap {
+
+/// Hears of each declaration that a package gets, so that it can tell what VHDL will not take. Names come with their
+/// prefix, numbers as the texts that stand in the package. \a cause is the register or array that a declaration is for.
+class DeclarationListener {
+public:
+    virtual ~DeclarationListener() = default;
+    virtual void onConstant(const QString &name, const QString &value, const VMXMLElement &cause) = 0;
+    /// A subtype of a range of integers. \a left is empty for a register without bitfields.
+    virtual void onRange(const QString &name, const QString &left, const QString &right, const VMXMLElement &cause) = 0;
+    /// An array type, of vectors of the subtype \a range.
+    virtual void onType(const QString &name, const QString &range, const VMXMLElement &cause) = 0;
+    /// A position of the field or group \a name did not evaluate: the text of the error stands in the package.
+    virtual void onUnevaluated(const QString &name, const VMXMLElement &cause) = 0;
+};
+
+/// Writes the registers of a module: addresses, logical maps, physical maps and ranges. A definition line that stands
+/// in \a seen is commented out, a new one is appended to it.
+class MapWriter {
+public:
+    explicit MapWriter(QStringList &seen, DeclarationListener *listener = nullptr);
+
+    void write(const VMXMLElement &element, int level);
+    /// The line of a field or group in one of the maps.
+    void writeLogical(const VMBitField &field, int level);
+    void writePhysical(const VMBitField &field, int level);
+    void writeLogical(const VMBitGroup &group, int level);
+    void writePhysical(const VMBitGroup &group, int level);
+
+    QString takeText() { return std::move(m_text); }
+
+private:
+    struct Definition;
+
+    void writeStruct(const VMStruct &structure, int level);
+    void writeArray(const VMArray &array, int level);
+    void writeValuable(const VMValuable &valuable, int level);
+    void writeAddress(const VMXMLElement &element, const QString &name, int level);
+    void writeDefinition(const Definition &definition, int level);
+
+    QString m_text;
+    QStringList &m_seen;
+    QSet<QString> m_known; // what m_seen holds
+    DeclarationListener *m_listener;
+};
+
+} // namespace veldmap

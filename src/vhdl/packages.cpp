@@ -1,0 +1,208 @@
+#include "vhdl/packages.h"
+
+#include "common/file_writer.h"
+#include "common/lines.h"
+#include "model/aggregates.h"
+#include "model/archive.h"
+#include "model/memory_map.h"
+#include "model/root_archive.h"
+#include "vhdl/maps.h"
+#include "vhdl/notation.h"
+#include "vhdl/package_checks.h"
+
+#include <QDir>
+
+using namespace Qt::StringLiterals;
+using veldmap::appendLine;
+using veldmap::Column;
+using veldmap::lineOf;
+using veldmap::PackageChecks;
+
+namespace {
+
+constexpr QStringView kPackageHead = uR"vhdl(-- ###############################################################
+--          @file@
+-- ###############################################################
+-- Generated automatically by Veldspector
+--
+-- Module Description :
+--
+--@blanks@
+--
+-- ---------------------------------------------------------------
+--  $HeadURL: $
+--  $Author: $
+--  $Date: $
+--  $Revision: $
+-- ---------------------------------------------------------------
+-- ###############################################################
+--          VHDL CODE
+-- ###############################################################
+-------------------------------------------------
+-- Libraries
+-------------------------------------------------
+LIBRARY IEEE;
+USE ieee.std_logic_1164.all;
+
+)vhdl";
+
+constexpr QLatin1StringView kSpacer = "VELDMAPSPACER"_L1;
+constexpr Column kValueColumn = {48};
+
+QString vhdlExpression(const QString &expression)
+{
+    return vhdl_clean_expr(expression.toUpper());
+}
+
+void appendVariable(QString &text, const VMIntVar &variable, PackageChecks *checks)
+{
+    const bool isSpacer = variable.name.startsWith(kSpacer);
+    if (isSpacer)
+        text += u'\n';
+    if (!variable.comment.isEmpty())
+        appendLine(text, "--"_L1, QString(variable.comment).replace("<br>"_L1, "\n--"_L1));
+    if (isSpacer)
+        return;
+    const QString left = vhdlExpression(variable.leftExpression);
+    if (!variable.isRange) {
+        const QString name = variable.name.toUpper();
+        appendLine(text, "constant "_L1, name, u":", kValueColumn, "integer := "_L1, left, u";");
+        if (checks)
+            checks->onVariable(name, left, variable.leftValue);
+        return;
+    }
+    const QString right = vhdlExpression(variable.rightExpression);
+    appendLine(text, "subtype "_L1, variable.name, " is"_L1, kValueColumn, "integer range "_L1, left,
+               variable.dir == VMIntVar::down ? " downto "_L1 : " to "_L1, right, u";");
+    if (checks)
+        checks->onVariableRange(variable.name, left, right);
+}
+
+/// The block of a module.
+void appendModule(QString &text, const VMStruct &module, PackageChecks *checks)
+{
+    const QString name = module.getTypeString().toUpper();
+    const int addressBits = vhdl_log2(module.getBitSize()) - 2;
+    appendLine(text, "-- Register definition"_L1);
+    appendLine(text, "-- Register Map"_L1);
+    appendLine(text, "-- Address bit for register decoding"_L1);
+    appendLine(text, "constant "_L1, name, "_REG_NBA: integer range 1 to 12 := "_L1, addressBits, u";");
+    text += u'\n';
+    appendLine(text, "-- Registers are defined by"_L1);
+    appendLine(text, "--  * an address :          at_REG_NAME"_L1);
+    appendLine(text, "--  * a logical map :       constant or ranges for each field l_Field_Name"_L1);
+    appendLine(text, "--  * a physical map :      constant or ranges for each field p_Field_Name"_L1);
+    appendLine(text, "--  * a physical range :    range_Reg_Name"_L1);
+    text += u'\n';
+    if (checks)
+        checks->onModule(module, name + "_REG_NBA"_L1, addressBits);
+    QStringList seen; // what is repeated within the module is commented out
+    veldmap::MapWriter maps(seen, checks);
+    maps.write(module, 0);
+    text += maps.takeText();
+    if (checks)
+        checks->report();
+}
+
+/// The package of \a archive. \a checks, if there are any, gather what VHDL will not take of it.
+QString packageText(const VMXMLArchive &archive, PackageChecks *checks)
+{
+    const QString package = archive.getVHDLPkgName();
+    QString text = veldmap::expand(kPackageHead,
+                                   {{u"file"_s, archive.getVHDLFileRelativeName()}, {u"blanks"_s, QString(6, u' ')}});
+    for (const VMXMLArchive *included : archive.includedArchives)
+        appendLine(text, "USE work."_L1, included->getVHDLPkgName(), ".all;"_L1);
+    appendLine(text);
+    appendLine(text, "package "_L1, package, " is"_L1);
+    appendLine(text);
+    appendLine(text, "-- Archive Variables"_L1);
+    for (const VMIntVar &variable : *archive.variables)
+        appendVariable(text, variable, checks);
+    if (checks)
+        checks->report();
+    appendLine(text);
+    for (const auto &element : archive.templates) {
+        const auto *module = elementCast<VMStruct>(element.get());
+        if (module && module->isTypedef == 0)
+            appendModule(text, *module, checks);
+    }
+    appendLine(text);
+    appendLine(text, "end "_L1, package, u";");
+    return text;
+}
+
+/// Writes the packages of one chip.
+class PackageRun {
+public:
+    PackageRun(const QString &path, const std::function<void(const QString &)> &progress)
+        : m_path(path), m_progress(progress)
+    {
+    }
+
+    void write(const VMXMLArchive &archive)
+    {
+        const QString target = m_path + u'/' + archive.getVHDLFileRelativeName();
+        if (leadsOutside(archive)) {
+            report.failed.append({target, u"it would lie outside the directory"_s});
+            return;
+        }
+        recursiveMkdir(m_path, archive.getRelativePath(false));
+        if (m_progress)
+            m_progress(target);
+        PackageChecks checks(archive, m_constants, report.findings);
+        QString reason;
+        if (veldmap::writeWholeFile(target, packageText(archive, &checks).toUtf8(), reason))
+            ++report.written;
+        else
+            report.failed.append({target, reason});
+    }
+
+    veldmap::VhdlReport report;
+
+private:
+    /// Package names come from the description, as they stand there.
+    static bool leadsOutside(const VMXMLArchive &archive)
+    {
+        const QString package = archive.getVHDLPkgName();
+        return package.contains(u'/') || package.contains(".."_L1) ||
+               QDir::cleanPath(archive.getVHDLFileRelativeName()).startsWith("../"_L1);
+    }
+
+    veldmap::PackageConstants m_constants;
+    QString m_path;
+    const std::function<void(const QString &)> &m_progress;
+};
+
+} // namespace
+
+namespace veldmap {
+
+VhdlReport writeVhdlPackages(const VMMemoryMap &map, const QString &path,
+                             const std::function<void(const QString &)> &progress)
+{
+    PackageRun run(path, progress);
+    if (map.chipRootArchive) {
+        for (const VMXMLArchive *archive : map.chipRootArchive->xmlArchives)
+            run.write(*archive);
+    }
+    return run.report;
+}
+
+} // namespace veldmap
+
+void VMMemoryMap::generateVHDL(const QString &outputDirectory)
+{
+    veldmap::writeVhdlPackages(*this, outputDirectory);
+}
+
+QString VMXMLElement::vhdl_content() const
+{
+    return {};
+}
+
+QString VMStruct::vhdl_content() const
+{
+    QString text;
+    appendModule(text, *this, nullptr);
+    return text;
+}
