@@ -1,5 +1,5 @@
-"""Times whole processes on one processor, in turn, and prints their medians: `veldmap headers` on a description of
-25,000 registers, the bare parsing of the same files, and `veldmap headers` on twice the description."""
+"""Times whole processes on one processor, in turn, and prints their medians: the generators on a description of 25,000
+registers, the bare parsing of the same files, and `veldmap headers` on twice the description."""
 
 import argparse
 import os
@@ -41,6 +41,8 @@ def main():
         commands = {
             "parse": [parse_only, once],
             "headers": [veldmap, "headers", "--chip", f"{once}/soc.xml", "-o"],
+            "vhdl": [veldmap, "vhdl", "-q", "--chip", f"{once}/soc.xml", "-o"],
+            "docs": [veldmap, "docs", "--chip", f"{once}/soc.xml", "-o"],
             "headers, twice": [veldmap, "headers", "--chip", f"{twice}/soc.xml", "-o"],
         }
         times = {name: [] for name in commands}
@@ -54,7 +56,8 @@ def main():
                     times[name].append(taken)
     for name, taken in times.items():
         print(f"{name:16} {statistics.median(taken):.3f} s  ({min(taken):.3f} to {max(taken):.3f})")
-    for name, base, limit in (("headers", "parse", 2.0), ("headers, twice", "headers", 2.3)):
+    for name, base, limit in (("headers", "parse", 2.0), ("headers, twice", "headers", 2.3), ("vhdl", "headers", 1.2),
+                              ("docs", "headers", 1.5)):
         ratio = statistics.median(a / b for a, b in zip(times[name], times[base]))
         print(f"{name} / {base}: {ratio:.2f}, at most {limit}")
 

@@ -1,0 +1,188 @@
+"""VHDL packages before a real tool: what it must take it takes, and what it must refuse the program has warned of."""
+
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import unittest
+
+import support
+from support import archive, options, run
+
+HERE = pathlib.Path(__file__).resolve().parent
+EXAMPLE = HERE.parent.parent / "examples" / "timer.xml"
+STANDARDS = ("93", "08")
+
+# Uses what examples/timer.xml declares, as hardware would: a register of the packed bits, fields picked out of it.
+USER = """
+library ieee;
+use ieee.std_logic_1164.all;
+use work.memmap_reg_pkg.all;
+use work.timer_reg_pkg.all;
+
+entity user is end entity;
+
+architecture test of user is
+  signal ctrl : std_logic_vector(range_ctrl) := "10100101101";
+  signal compare : tab_compare(0 to tabsize_compare - 1);
+  signal count : count_t := 0;
+begin
+  process begin
+    assert APB_BASE = 1073741824 and TIMER_NB_CHAN = 4 and MODE_CYCLE = 2 severity failure;
+    assert TIMER_REG_NBA = 3 and at_CTRL = 0 and at_COUNT = 1 and at_COMPARE = 4 and at_COMPARE_3 = 7 severity failure;
+    assert l_enable = 0 and l_run'high = 5 and l_run'low = 4 and l_wrapped = 31 severity failure;
+    assert p_wrapped = 24 and range_count'high = 24 and range_compare'high = 24 severity failure;
+    assert ctrl'length = 11 and compare'length = 4 and count_t'high = 23 severity failure;
+    assert ctrl(p_enable) = '1' and ctrl(p_run) = "10" and ctrl(p_divider) = "10100101" severity failure;
+    assert false report "all was checked" severity note;
+    wait;
+  end process;
+end architecture;
+"""
+
+NO_FIELDS = "ranges of registers without bitfields"
+TWICE = "names that are declared already"
+ADDRESS_BITS = "_REG_NBA outside 1 to 12"
+DECLARATION = re.compile(r"^\s*(constant|subtype|type)\s+(\w+)\s*(:|is)(.*);$")
+
+
+def packages_below(folder):
+    """The packages by name, those that others use first."""
+    found = {}
+    for path in folder.rglob("*.vhd"):
+        text = path.read_text()
+        found[re.search(r"^package (\w+) is$", text, re.MULTILINE)[1]] = path
+    ordered = {}
+
+    def take(name):
+        for used in re.findall(r"^USE work\.(\w+)\.all;$", found[name].read_text(), re.MULTILINE):
+            if used not in ordered:
+                take(used)
+        ordered.setdefault(name, found[name])
+
+    for name in sorted(found):
+        take(name)
+    return ordered
+
+
+def refused_lines(lines):
+    """The lines of a package that no tool takes, by number, with the kind of each. Reads nothing but the text."""
+    declared, refused = set(), {}
+    for number, line in enumerate(lines):
+        declaration = DECLARATION.match(line)
+        if not declaration:
+            continue
+        name, rest = declaration[2].lower(), declaration[4]
+        vector = re.search(r"std_logic_vector\((\w+)\)", rest)
+        if re.search(r"integer range  downto 0$", rest) or (vector and vector[1].lower() not in declared):
+            refused[number] = NO_FIELDS
+        elif name in declared:
+            refused[number] = TWICE
+        elif name.endswith("_reg_nba") and not 1 <= int(rest.split(":=")[1]) <= 12:
+            refused[number] = ADDRESS_BITS
+        if refused.get(number) != NO_FIELDS:
+            declared.add(name)
+    return refused
+
+
+class Vhdl(support.Case):
+    def generate(self, *roots):
+        result = run("vhdl", *roots, "-o", self.folder / "rtl")
+        self.expect(result, 0, err=None)
+        return result.err
+
+    def ghdl(self, standard, *arguments):
+        work = self.folder / f"work{standard}"
+        work.mkdir(exist_ok=True)
+        # A static value beyond its bounds ends every elaboration, but is a warning of the analysis.
+        strict = ["-Werror=runtime-error"] if arguments[0] == "-a" else []
+        return subprocess.run(["ghdl", arguments[0], f"--std={standard}", f"--workdir={work}", *strict, *arguments[1:]],
+                              cwd=work, capture_output=True, text=True, timeout=120)
+
+    def check(self, standard, *arguments):
+        result = self.ghdl(standard, *arguments)
+        self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
+        return result.stdout + result.stderr
+
+    def test_example_in_a_simulator(self):
+        self.assertEqual(self.generate("--chip", EXAMPLE), "")
+        user = self.folder / "user.vhd"
+        user.write_text(USER)
+        for standard in STANDARDS:
+            for path in packages_below(self.folder / "rtl").values():
+                self.check(standard, "-a", path)
+            self.check(standard, "-a", user)
+            self.check(standard, "-e", "user")
+            self.assertIn("all was checked", self.check(standard, "-r", "user"))
+
+    def test_kinds_of_lines_that_a_tool_refuses(self):
+        # Such a line alone among what is fine: the tool refuses the package and the program has warned.
+        fine = '<reg name="c"><bits name="c" pos="0"/></reg><hole size="32"/>'
+        for content in (f'<module name="m">{fine}<reg name="r"/></module>',
+                        f'<module name="m">{fine}<reg name="C"><bits name="d" pos="0"/></reg></module>',
+                        '<module name="m"><reg name="c"><bits name="c" pos="0"/></reg></module>',
+                        f'<module name="m">{fine}<reg name="d_"><bits name="d" pos="0"/></reg></module>',
+                        f'<module name="m">{fine}<reg name="d"><bits name="d" pos="0x4"/></reg></module>',
+                        '<var name="signal" value="1"/>', '<var name="integer" value="1"/><var name="a" value="1"/>',
+                        '<var name="a" value="0x80000000"/>', '<var name="a" value="exp2(31)"/>',
+                        '<var name="a" value="1&lt;&lt;4"/>', '<var name="a" value="5%3"/>',
+                        '<var name="g" value="1" global="yes"/><var name="a" value="g"/>'):
+            root = self.lay_out({"root.xml": archive(content)})
+            with self.subTest(content):
+                self.assertRegex(self.generate("--chip", root), r"root\.xml:0:0: warning: (Module|Package) '\w+': VHDL "
+                                 r"refuses \d+ lines?, .*; the first is \w+")
+                for standard in STANDARDS:
+                    refused = self.ghdl(standard, "-a", self.folder / "rtl" / "root_reg_pkg.vhd")
+                    self.assertNotEqual(refused.returncode, 0, "the tool takes it")
+
+    def test_wrong_usage_and_files_that_can_not_be_written(self):
+        self.expect(run("vhdl", "--soft", EXAMPLE, "-o", self.folder), 2, err=None)
+        root = self.lay_out({"root.xml": archive().replace("<archive>", '<archive vhdlpkg="../out">')})
+        result = run("vhdl", "--chip", root, "-o", self.folder / "rtl")
+        self.expect(result, 1, err=None)
+        self.assertIn(f"error: {self.folder}/rtl/../out.vhd can't be written: it would lie outside the directory\n",
+                      result.err)
+        self.assertFalse((self.folder / "out.vhd").exists())
+
+    def test_real_chips(self):
+        chips = sorted(path.parent for path in pathlib.Path(options.descriptions).glob("*/soc.xml"))
+        if not chips:
+            self.skipTest("no descriptions of real chips")
+        for chip in chips:
+            shutil.rmtree(self.folder / "rtl", ignore_errors=True)
+            warned = {}
+            for count, kind in re.findall(r"VHDL refuses (\d+) lines?, (.*); the first is",
+                                          self.generate("--chip", chip / "soc.xml")):
+                warned[kind] = warned.get(kind, 0) + int(count)
+            packages = packages_below(self.folder / "rtl")
+            self.assertGreater(len(packages), 10)
+            expected, samples = {}, {}
+            for path in packages.values():
+                lines = path.read_text().split("\n")
+                refused = refused_lines(lines)
+                for number, kind in refused.items():
+                    expected[kind] = expected.get(kind, 0) + 1
+                cleaned = ["--" + line if number in refused else line for number, line in enumerate(lines)]
+                for number, kind in refused.items():
+                    others = samples.setdefault(kind, {})
+                    if path.name not in others and len(others) < 4:
+                        others[path.name] = "\n".join(cleaned[:number] + [lines[number]] + cleaned[number + 1:])
+                path.write_text("\n".join(cleaned))
+            self.assertEqual(warned, expected, chip.name)
+            for standard in STANDARDS:
+                self.check(standard, "-a", *packages.values())
+                for kind, texts in samples.items():
+                    for text in texts.values():
+                        (self.folder / "one.vhd").write_text(text)
+                        result = self.ghdl(standard, "-a", self.folder / "one.vhd")
+                        self.assertNotEqual(result.returncode, 0, f"{kind}: {text}")
+
+
+def need_ghdl():
+    if not shutil.which("ghdl"):
+        support.skip("ghdl is not installed")
+
+
+if __name__ == "__main__":
+    support.main(__doc__, [("--descriptions", {"default": os.devnull})], need_ghdl)
