@@ -1,5 +1,6 @@
 // What loading, evaluating, looking up and generating cost, by the size of the description.
 
+#include "loading/aes_chaining.h"
 #include "loading/memory_map_loader.h"
 #include "model/archive.h"
 #include "model/memory_map.h"
@@ -10,6 +11,7 @@
 #include <benchmark/benchmark.h>
 
 #include <fstream>
+#include <vector>
 
 namespace {
 
@@ -93,9 +95,44 @@ void FindTemplate(benchmark::State &state)
     state.SetItemsProcessed(state.iterations());
 }
 
+using Cipher = int(unsigned char *in, unsigned char *out, int length, unsigned char *iv, unsigned char *key);
+
+int encryptByTables(unsigned char *in, unsigned char *out, int length, unsigned char *iv, unsigned char *key)
+{
+    RijndaelKey schedule;
+    rijndael_set_key(&schedule, key, 256, RijndaelDirection::Encrypt);
+    veldmap::encryptByTables(schedule, in, out, length / 16, iv);
+    return 1;
+}
+
+int decryptByTables(unsigned char *in, unsigned char *out, int length, unsigned char *iv, unsigned char *key)
+{
+    RijndaelKey schedule;
+    rijndael_set_key(&schedule, key, 256, RijndaelDirection::Decrypt);
+    veldmap::decryptByTables(schedule, in, out, length / 16, iv);
+    return 1;
+}
+
+/// Enciphers or deciphers one megabyte in its place.
+void Aes(benchmark::State &state, Cipher *cipher)
+{
+    std::vector<unsigned char> bytes(1 << 20);
+    unsigned char vector[16] = {1};
+    unsigned char key[32] = {2};
+    for (auto _ : state) {
+        cipher(bytes.data(), bytes.data(), static_cast<int>(bytes.size()), vector, key);
+        benchmark::DoNotOptimize(bytes.data());
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bytes.size()));
+}
+
 } // namespace
 
 BENCHMARK(Load)->Arg(1000)->Arg(2000)->Arg(4000)->Unit(benchmark::kMillisecond);
 BENCHMARK(Generate)->Arg(1000)->Arg(2000)->Arg(4000)->Unit(benchmark::kMillisecond);
 BENCHMARK(Evaluate);
 BENCHMARK(FindTemplate)->Arg(1000);
+BENCHMARK_CAPTURE(Aes, AES_Encrypt, AES_Encrypt);
+BENCHMARK_CAPTURE(Aes, AES_Decrypt, AES_Decrypt);
+BENCHMARK_CAPTURE(Aes, encryptByTables, encryptByTables);
+BENCHMARK_CAPTURE(Aes, decryptByTables, decryptByTables);
