@@ -2,7 +2,7 @@
 
 #include "cli/options.h"
 
-/// One function for each command: it loads, calls one operation of the library, and reports.
+/// One function for each command: it loads what it needs, calls one operation of the library, and reports.
 namespace veldmap::cli {
 
 ExitStatus check(const Options &options);
@@ -14,5 +14,6 @@ ExitStatus show(const Options &options);
 ExitStatus write(const Options &options);
 ExitStatus complete(const Options &options);
 ExitStatus eval(const Options &options);
+ExitStatus encrypt(const Options &options);
 
 } // namespace veldmap::cli

@@ -23,6 +23,8 @@ struct Arguments {
     std::string chip;
     std::string soft;
     std::string outputDirectory;
+    std::string source;
+    std::string destination;
     bool skipUpToDate = false;
     bool json = false;
     bool recursive = false;
@@ -39,6 +41,8 @@ Options optionsOf(const Arguments &arguments)
     options.chip = QString::fromStdString(arguments.chip);
     options.soft = QString::fromStdString(arguments.soft);
     options.outputDirectory = QDir::cleanPath(QString::fromStdString(arguments.outputDirectory));
+    options.source = QString::fromStdString(arguments.source);
+    options.destination = QString::fromStdString(arguments.destination);
     options.skipUpToDate = arguments.skipUpToDate;
     options.json = arguments.json;
     options.recursive = arguments.recursive;
@@ -210,6 +214,20 @@ Command addEval(CLI::App &app, Arguments &arguments)
     return {command, eval, false, {u"expression"_s, kAnyNumber}};
 }
 
+Command addEncrypt(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *command = app.add_subcommand("encrypt", "Write a description as an encrypted container");
+    command->add_option("SOURCE", arguments.source, "a plain description")->type_name("")->required();
+    command->add_option("DESTINATION", arguments.destination, "the container, which replaces an earlier file")
+        ->type_name("")
+        ->required();
+    command->footer("Containers stand wherever plain descriptions do. Each file of a description is encrypted by "
+                    "itself.\n\n"
+                    "Example:\n"
+                    "  veldmap encrypt uart.xml uart.xmd");
+    return {command, encrypt, false};
+}
+
 bool isUnknownOption(const QString &word)
 {
     return word.size() > 2 && word.startsWith("--"_L1) && word[2].isLetter();
@@ -279,6 +297,7 @@ int runCommandLine(int argc, char **argv)
         addWrite(app, arguments),    //
         addComplete(app, arguments), //
         addEval(app, arguments),     //
+        addEncrypt(app, arguments),  //
     };
     app.footer("Examples:\n"
                "  veldmap check soc.xml\n"

@@ -30,7 +30,9 @@ struct Options {
     bool recursive = false;
     bool force = false;
     std::optional<ImageOption> image;
-    QStringList words; ///< what the command is about: expressions, paths, assignments or a text
+    QStringList words;   ///< what the command is about: expressions, paths, assignments or a text
+    QString source;      ///< of an encrypted container
+    QString destination; ///< of an encrypted container
 
     bool hasRoot() const { return !chip.isEmpty() || !soft.isEmpty(); }
     bool hasBothRoots() const { return !chip.isEmpty() && !soft.isEmpty(); }

@@ -38,10 +38,11 @@ bool openBeside(const QString &target, QFile &file)
     return false;
 }
 
-bool writeOver(const QString &target, const QByteArray &content, QString &reason)
+bool writeOver(const QString &target, const QByteArray &content, QString &reason, bool &opened)
 {
     QFile file(target);
-    if (!file.open(QIODevice::WriteOnly)) {
+    opened = file.open(QIODevice::WriteOnly);
+    if (!opened) {
         reason = file.errorString();
         return false;
     }
@@ -60,8 +61,10 @@ bool moveOver(const QString &file, const QString &target, QString &reason)
 
 } // namespace
 
-bool writeWholeFile(const QString &path, const QByteArray &content, QString &reason)
+bool writeWholeFile(const QString &path, const QByteArray &content, QString &reason, bool *opened)
 {
+    bool ignored = false;
+    bool &isOpened = opened ? *opened : ignored;
     namespace fs = std::filesystem;
     std::error_code error;
     const fs::path asked = QFile::encodeName(path).toStdString();
@@ -76,7 +79,8 @@ bool writeWholeFile(const QString &path, const QByteArray &content, QString &rea
     const bool isReplaceable = fs::is_regular_file(status) && QFileInfo(target).isWritable();
     QFile file;
     if ((exists && !isReplaceable) || !openBeside(target, file))
-        return writeOver(target, content, reason);
+        return writeOver(target, content, reason, isOpened);
+    isOpened = true;
     if (exists)
         fs::permissions(QFile::encodeName(file.fileName()).toStdString(), status.permissions(), error);
     if (writeAll(file, content, reason) && moveOver(file.fileName(), target, reason))

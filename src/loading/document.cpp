@@ -1,5 +1,6 @@
 #include "loading/document.h"
 
+#include "loading/container_format.h"
 #include "loading/document_loading.h"
 #include "loading/limits.h"
 
@@ -7,12 +8,11 @@
 #include <QFile>
 #include <QXmlStreamReader>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// The first four bytes of an encrypted container: "EXML", read as a little-endian word.
-constexpr QByteArrayView kContainerMagic = "EXML";
 
 /// The element behind \a element in document order, null at the end.
 QDomElement nextInDocument(const QDomElement &element)
@@ -52,10 +52,11 @@ void keepAttributeOrder(const QByteArray &bytes, QDomDocument &document)
     }
 }
 
-/// The bytes of a description file.
+/// The document in a description file, plain or taken out of its container.
 struct FileContent {
     XMDOpenError status = XMDOpenSuccess;
     QByteArray bytes;
+    bool encrypted = false;
 };
 
 XMDOpenError failAt(const QString &path, const veldmap::TagDocument::Error &error, VMMessageCallback callback)
@@ -73,16 +74,17 @@ FileContent readFile(const QString &path, const veldmap::Callbacks &callbacks, b
         return {XMDOpenUnreadable, {}};
     }
     veldmap::sendMessage(callbacks.log, u"Loading %1..."_s.arg(path));
-    // A plain file tells its size; what does not, a pipe, ends at the limit.
-    FileContent content = {XMDOpenSuccess, file.size() > 0 && file.size() <= veldmap::limits::kDocumentBytes
-                                               ? file.readAll()
-                                               : file.read(veldmap::limits::kDocumentBytes + 1)};
-    if (content.bytes.startsWith(kContainerMagic))
-        content.status =
-            failAt(path, {u"The file is an encrypted container, which this version can't read."_s}, callbacks.error);
-    else if (content.bytes.size() > veldmap::limits::kDocumentBytes)
-        content.status = failAt(path, {u"The file is larger than %1 bytes."_s.arg(veldmap::limits::kDocumentBytes)},
-                                callbacks.error);
+    constexpr qint64 kLargestContainer = veldmap::limits::kDocumentBytes + veldmap::kContainerOverhead;
+    FileContent content = {XMDOpenSuccess, veldmap::readAtMost(file, kLargestContainer), false};
+    content.encrypted = veldmap::isContainer(content.bytes);
+    if (content.encrypted && content.bytes.size() <= kLargestContainer) {
+        veldmap::Deciphered deciphered = veldmap::deciphered(content.bytes);
+        if (!deciphered.error.isEmpty())
+            return {failAt(path, {deciphered.error}, callbacks.error), {}, true};
+        content.bytes = std::move(deciphered.document);
+    }
+    if (content.bytes.size() > veldmap::limits::kDocumentBytes)
+        content.status = failAt(path, {veldmap::tooLargeError()}, callbacks.error);
     return content;
 }
 
@@ -97,6 +99,17 @@ XMDOpenError loadTags(const QString &path, TagDocument &document, const Callback
         return content.status;
     const TagDocument::Error error = document.read(content.bytes);
     return error.text.isEmpty() ? XMDOpenSuccess : failAt(path, error, callbacks.error);
+}
+
+QByteArray readAtMost(QFile &file, qint64 limit)
+{
+    // A plain file tells its size; what does not, a pipe, ends at the limit.
+    return file.size() > 0 && file.size() <= limit ? file.readAll() : file.read(limit + 1);
+}
+
+QString tooLargeError()
+{
+    return u"The file is larger than %1 bytes."_s.arg(limits::kDocumentBytes);
 }
 
 } // namespace veldmap
@@ -121,6 +134,7 @@ XMDOpenError loadXMLDocument(const QString &path, QDomDocument &document, bool &
     if (!document.setContent(content.bytes, &message, &line, &column))
         return failAt(path, {message, line, column}, error);
     keepAttributeOrder(content.bytes, document);
+    encrypted = content.encrypted;
     return XMDOpenSuccess;
 }
 

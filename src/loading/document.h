@@ -15,9 +15,10 @@ enum XMDOpenError {
     XMDOpenInvalid = 3        ///< no well-formed document, or a tag of it was refused
 };
 
-/// Opens the description at \a path and parses it into \a document; 0, 1 or 3 of XMDOpenError. \a encrypted tells
-/// whether the file was a container. A failure to open goes to \a error with \a openFailureIsError, else to \a warning.
-/// Null callbacks drop their messages.
+/// Opens the description at \a path, plain or in a container, and parses it into \a document; 0, 1 or 3 of
+/// XMDOpenError. \a encrypted tells whether it was read from a container; a document that was not read is not encrypted
+/// either. A failure to open goes to \a error with \a openFailureIsError, else to \a warning. Null callbacks drop their
+/// messages.
 ///
 /// In a `comment` or `cjoker`, an element with several attributes gets one more, whose name is no legal XML name and
 /// whose value lists the names of the others in the order of the document, which QDomElement does not keep and comments

@@ -187,7 +187,7 @@ class Program(support.Case):
         self.assertEqual(json.loads(told.out), [{"error": 5}, {"error": 7}, {"error": 9}, {"type": "int", "value": 42}])
 
     def test_help_teaches_by_example(self):
-        for arguments in ((), ("check",), ("headers",), ("tree",), ("eval",)):
+        for arguments in ((), ("check",), ("headers",), ("tree",), ("eval",), ("encrypt",)):
             with self.subTest(arguments):
                 told = run(*arguments, "--help")
                 self.expect(told, 0, out=None)

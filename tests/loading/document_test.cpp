@@ -128,13 +128,6 @@ TEST(Document, DepthEntitiesAndAttributesAreLimited)
         nullptr);
 }
 
-TEST(Document, ContainersAreRefused)
-{
-    const Loaded soc(u"EXML and then some"_s);
-    EXPECT_EQ(soc.errors,
-              QStringList(u"soc.xml:0:0:The file is an encrypted container, which this version can't read."_s));
-}
-
 TEST(Document, HandlersTakeElementsOfADocument)
 {
     const Loaded soc = Loaded::archive(u"<var name='N' value='2'/>"_s);

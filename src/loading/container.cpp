@@ -1,0 +1,146 @@
+#include "loading/container.h"
+
+#include "common/file_writer.h"
+#include "loading/aes.h"
+#include "loading/container_format.h"
+#include "loading/document_loading.h"
+#include "loading/limits.h"
+#include "loading/md5.h"
+
+#include <QFile>
+#include <QtEndian>
+
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <system_error>
+
+using namespace Qt::StringLiterals;
+
+// A container; numbers have their lowest byte first:
+//
+//     offset   bytes
+//          0       4   "EXML"
+//          4       2   version, 1; not looked at
+//          6       4   length of the document
+//         10      16   initialisation vector
+//         26     ...   the document, filled up with zeros to whole blocks of 16 bytes and enciphered
+//
+// Nothing tells whether the key is right: a wrong one gives a document that is not well formed.
+
+namespace {
+
+constexpr QByteArrayView kMagic = "EXML";
+constexpr quint16 kVersion = 1;
+constexpr qsizetype kVersionAt = 4;
+constexpr qsizetype kLengthAt = 6;
+constexpr qsizetype kVectorAt = 10;
+constexpr qsizetype kVectorBytes = 16;
+constexpr qsizetype kHeaderBytes = kVectorAt + kVectorBytes;
+constexpr qsizetype kBlockBytes = 16;
+static_assert(veldmap::kContainerOverhead == kHeaderBytes + kBlockBytes - 1);
+static_assert(veldmap::limits::kDocumentBytes + kBlockBytes <= std::numeric_limits<int>::max());
+
+/// The bytes of \a bytes for the cipher, whose signature lacks the const though it only reads them.
+unsigned char *readOnly(const void *bytes)
+{
+    return static_cast<unsigned char *>(const_cast<void *>(bytes));
+}
+
+unsigned char *writable(QByteArray &bytes, qsizetype at = 0)
+{
+    return reinterpret_cast<unsigned char *>(bytes.data()) + at;
+}
+
+/// The container of \a document.
+QByteArray enciphered(QByteArray document)
+{
+    QByteArray container(kHeaderBytes, '\0');
+    std::copy(kMagic.begin(), kMagic.end(), container.begin());
+    qToLittleEndian(kVersion, writable(container, kVersionAt));
+    qToLittleEndian(static_cast<quint32>(document.size()), writable(container, kLengthAt));
+    makeIV(writable(container, kVectorAt));
+    document.append((kBlockBytes - document.size() % kBlockBytes) % kBlockBytes, '\0');
+    container.resize(kHeaderBytes + document.size());
+    AES_Encrypt(writable(document), writable(container, kHeaderBytes), static_cast<int>(document.size()),
+                writable(container, kVectorAt), readOnly(VMXML::AESVeldKey));
+    return container;
+}
+
+bool isSameFile(const QString &left, const QString &right)
+{
+    std::error_code error; // what is not there is not the same
+    const std::filesystem::path path = QFile::encodeName(left).toStdString();
+    return std::filesystem::is_regular_file(path, error) &&
+           std::filesystem::equivalent(path, QFile::encodeName(right).toStdString(), error);
+}
+
+} // namespace
+
+namespace veldmap {
+
+bool isContainer(const QByteArray &bytes)
+{
+    return bytes.startsWith(kMagic);
+}
+
+Deciphered deciphered(const QByteArray &bytes)
+{
+    const qsizetype cipherLength = bytes.size() - kHeaderBytes;
+    if (cipherLength < 0)
+        return {{}, u"The container ends within its header of %1 bytes."_s.arg(kHeaderBytes)};
+    if (cipherLength % kBlockBytes != 0)
+        return {{},
+                u"The container holds %1 enciphered bytes, which is no multiple of %2."_s.arg(
+                    QString::number(cipherLength), QString::number(kBlockBytes))};
+    const auto length = qFromLittleEndian<quint32>(bytes.constData() + kLengthAt);
+    if (length > cipherLength)
+        return {{},
+                u"The container holds %1 enciphered bytes, but claims a document of %2."_s.arg(
+                    QString::number(cipherLength), QString::number(length))};
+    Deciphered result = {QByteArray(cipherLength, Qt::Uninitialized), {}};
+    AES_Decrypt(readOnly(bytes.constData() + kHeaderBytes), writable(result.document), static_cast<int>(cipherLength),
+                readOnly(bytes.constData() + kVectorAt), readOnly(VMXML::AESVeldKey));
+    result.document.truncate(length);
+    return result;
+}
+
+} // namespace veldmap
+
+bool encryptXMLDocument(const QString &source, const QString &destination, VMMessageCallback, VMMessageCallback error,
+                        VMMessageCallback)
+{
+    const auto fail = [error](const QString &text) {
+        veldmap::sendMessage(error, text);
+        return false;
+    };
+    QFile file(source);
+    if (!file.open(QIODevice::ReadOnly))
+        return fail(u"Unable to open file %1"_s.arg(source));
+    if (isSameFile(source, destination))
+        return fail(u"The source %1 and the destination %2 are the same file."_s.arg(source, destination));
+    const QByteArray document = veldmap::readAtMost(file, veldmap::limits::kDocumentBytes);
+    if (file.error() != QFile::NoError)
+        return fail(u"%1 can't be read: %2"_s.arg(source, file.errorString()));
+    if (document.size() > veldmap::limits::kDocumentBytes)
+        return fail(veldmap::placedMessage(source, 0, 0, veldmap::tooLargeError()));
+    QString reason;
+    bool opened = false;
+    if (veldmap::writeWholeFile(destination, enciphered(document), reason, &opened))
+        return true;
+    return fail(opened ? u"%1 can't be written: %2"_s.arg(destination, reason)
+                       : u"Unable to open file %1"_s.arg(destination));
+}
+
+void makeIV(unsigned char *iv)
+{
+    constexpr int kStirs = 32;
+    quint32 seed = 1;
+    for (int call = 0; call < 4; ++call)
+        seed *= static_cast<quint32>(std::time(nullptr));
+    std::srand(seed);
+    for (qsizetype at = 0; at < kVectorBytes; ++at)
+        iv[at] = static_cast<unsigned char>(std::rand());
+    for (int stir = 0; stir < kStirs; ++stir)
+        MD5Hash(iv, kVectorBytes, iv);
+}
