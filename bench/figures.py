@@ -1,5 +1,6 @@
 """Times whole processes on one processor, in turn, and prints their medians: the generators on a description of 25,000
-registers, the bare parsing of the same files, and `veldmap headers` on twice the description."""
+registers, the bare parsing of the same files, `veldmap headers` on twice the description, and `veldmap check` on the
+plain files and on the same ones as encrypted containers."""
 
 import argparse
 import os
@@ -15,6 +16,14 @@ def generate(registers, files, directory):
     script = pathlib.Path(__file__).with_name("generate_description.py")
     subprocess.run([sys.executable, script, "--registers", str(registers), "--files", str(files), "--out", directory],
                    check=True, stdout=subprocess.DEVNULL)
+
+
+def encrypt(veldmap, source, target):
+    """Every file below source as a container of the same name below target."""
+    for path in pathlib.Path(source).rglob("*.xml"):
+        place = pathlib.Path(target) / path.relative_to(source)
+        place.parent.mkdir(parents=True, exist_ok=True)
+        subprocess.run([veldmap, "-q", "encrypt", path, place], check=True)
 
 
 def seconds(command):
@@ -34,16 +43,19 @@ def main():
     os.sched_setaffinity(0, {max(os.sched_getaffinity(0))})  # interrupts of disks go to the first
 
     with tempfile.TemporaryDirectory(dir=arguments.work) as work:
-        once, twice = os.path.join(work, "once"), os.path.join(work, "twice")
+        once, twice, sealed = (os.path.join(work, name) for name in ("once", "twice", "sealed"))
         generate(25_000, 250, once)
         generate(50_000, 500, twice)
         veldmap, parse_only = (os.path.join(arguments.bin, name) for name in ("veldmap", "parse_only"))
+        encrypt(veldmap, once, sealed)
         commands = {
             "parse": [parse_only, once],
             "headers": [veldmap, "headers", "--chip", f"{once}/soc.xml", "-o"],
             "vhdl": [veldmap, "vhdl", "-q", "--chip", f"{once}/soc.xml", "-o"],
             "docs": [veldmap, "docs", "--chip", f"{once}/soc.xml", "-o"],
             "headers, twice": [veldmap, "headers", "--chip", f"{twice}/soc.xml", "-o"],
+            "check": [veldmap, "check", f"{once}/soc.xml"],
+            "check, encrypted": [veldmap, "check", f"{sealed}/soc.xml"],
         }
         times = {name: [] for name in commands}
         for run in range(arguments.runs + 1):  # the first warms up
@@ -57,7 +69,7 @@ def main():
     for name, taken in times.items():
         print(f"{name:16} {statistics.median(taken):.3f} s  ({min(taken):.3f} to {max(taken):.3f})")
     for name, base, limit in (("headers", "parse", 2.0), ("headers, twice", "headers", 2.3), ("vhdl", "headers", 1.2),
-                              ("docs", "headers", 1.5)):
+                              ("docs", "headers", 1.5), ("check, encrypted", "check", 1.1)):
         ratio = statistics.median(a / b for a, b in zip(times[name], times[base]))
         print(f"{name} / {base}: {ratio:.2f}, at most {limit}")
 
