@@ -31,7 +31,7 @@ function(veldmap_generate target)
                 set(output ${arg_OUTPUT}/${word})
             endif()
             # Headers repeat the directories of the descriptions and name each other without them.
-            file(GLOB_RECURSE files CONFIGURE_DEPENDS ${base}/*.xml)
+            file(GLOB_RECURSE files CONFIGURE_DEPENDS ${base}/*.xml ${base}/*.xmd)
             foreach(file IN LISTS files)
                 file(RELATIVE_PATH relative ${base} ${file})
                 get_filename_component(directory ${output}/${relative} DIRECTORY)

@@ -10,9 +10,11 @@
 #include <QFile>
 #include <QtEndian>
 
+#include <algorithm>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <limits>
 #include <system_error>
 
 using namespace Qt::StringLiterals;
