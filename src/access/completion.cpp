@@ -11,6 +11,7 @@
 #include <optional>
 
 using namespace Qt::StringLiterals;
+using veldmap::Segments;
 
 namespace {
 
@@ -215,17 +216,82 @@ std::optional<std::size_t> indexOf(QStringView token, QStringView name)
     return static_cast<std::size_t>(index);
 }
 
-/// What the segment \a token names at \a member of a structure: the member, or for an array one of its members. Null
+/// What the segment \a name names at \a member of a structure: the member, or for an array one of its members. Null
 /// when it names something else.
-VMXMLElement *matchOf(VMXMLElement &member, const QString &token)
+VMXMLElement *matchOf(VMXMLElement &member, QStringView name)
 {
     if (member.getType() == VMXMLElement::XML_HOLE)
         return nullptr;
     const auto *array = elementCast<VMArray>(&member);
     if (!array)
-        return member.getName() == token ? &member : nullptr;
-    const std::optional<std::size_t> index = indexOf(token, array->getName());
+        return member.getName() == name ? &member : nullptr;
+    const std::optional<std::size_t> index = indexOf(name, array->getName());
     return index && *index < array->memberList.size() ? array->memberList[*index].get() : nullptr;
+}
+
+CompletionList listOf(VMXMLElement &element, Segments segments);
+
+CompletionList listOfField(const VMBitField &field, Segments segments)
+{
+    CompletionList list;
+    if (segments.size() == 1)
+        addOperations(list, fieldOperations(), field);
+    return list;
+}
+
+CompletionList listOfValuable(VMValuable &valuable, Segments segments)
+{
+    CompletionList list;
+    if (segments.size() == 1) {
+        for (const auto &field : valuable.bitFields)
+            list.insert(field->getName(),
+                        {field->getName(), {}, {}, field->getComment(), CXMLCompletionEntry::COMPLETION_BITFIELD});
+        addOperations(list, valuableOperations(), valuable);
+        return list;
+    }
+    const auto isNamed = [&](const auto &field) { return field->getName() == segments.front(); };
+    const auto field = std::ranges::find_if(valuable.bitFields, isNamed);
+    if (field != valuable.bitFields.end())
+        return listOfField(**field, segments.subspan(1));
+    auto *pointer = elementCast<VMPointer>(&valuable);
+    if (!pointer || segments.front() != u'>')
+        return list;
+    pointer->allocatePointedElement();
+    return pointer->pointedElement ? listOf(*pointer->pointedElement, segments.subspan(1)) : list;
+}
+
+CompletionList listOfStruct(const VMStruct &structure, Segments segments)
+{
+    CompletionList list;
+    for (const auto &member : structure.memberList) {
+        if (segments.size() == 1) {
+            const CXMLCompletionEntry entry = getCompletionEntryFromElement(member.get());
+            if (!entry.name.isEmpty())
+                list.insert(entry.name, entry);
+        } else if (VMXMLElement *match = matchOf(*member, segments.front())) {
+            return listOf(*match, segments.subspan(1));
+        }
+    }
+    return list;
+}
+
+/// What may stand behind \a element, in the place of the last of \a segments.
+CompletionList listOf(VMXMLElement &element, Segments segments)
+{
+    if (segments.empty())
+        return {};
+    if (auto *valuable = elementCast<VMValuable>(&element))
+        return listOfValuable(*valuable, segments);
+    if (const auto *structure = elementCast<VMStruct>(&element))
+        return listOfStruct(*structure, segments);
+    if (const auto *field = elementCast<VMBitField>(&element))
+        return listOfField(*field, segments);
+    return {};
+}
+
+CompletionList listOf(VMXMLElement &element, const QStringList &tokens)
+{
+    return listOf(element, veldmap::segmentsOf(tokens));
 }
 
 } // namespace
@@ -240,22 +306,22 @@ CXMLCompletionEntry getCompletionEntryFromElement(const VMXMLElement *element)
 
 CompletionList VMMemoryMap::getCompletionListFromPath(const QString &path) const
 {
-    const QStringList segments = veldmap::pathSegments(path);
+    const QList<QStringView> segments = veldmap::segmentsOf(path);
     CompletionList list;
     if (segments.size() == 1) {
         addInstances(list, chipRootArchive);
         addInstances(list, softRootArchive);
     }
-    if (segments.size() < 2 || !segments.first().startsWith(u'$'))
+    if (segments.size() < 2 || !segments.front().startsWith(u'$'))
         return list;
-    const QStringView name = QStringView(segments.first()).sliced(1);
+    const QStringView name = segments.front().sliced(1);
     for (const VMRootArchive *root : {chipRootArchive, softRootArchive}) {
         if (!root)
             continue;
         const auto &instances = root->getInstanciatedTemplates();
         const auto found = std::ranges::find_if(instances, [name](const auto &i) { return i->getName() == name; });
         if (found != instances.end())
-            list = (*found)->getCompletionListFromTokens(segments.sliced(1));
+            list = listOf(**found, Segments(segments).subspan(1));
     }
     return list;
 }
@@ -267,47 +333,15 @@ CompletionList VMXMLElement::getCompletionListFromTokens(const QStringList &)
 
 CompletionList VMBitField::getCompletionListFromTokens(const QStringList &tokens)
 {
-    CompletionList list;
-    if (tokens.size() == 1)
-        addOperations(list, fieldOperations(), *this);
-    return list;
+    return listOf(*this, tokens);
 }
 
 CompletionList VMValuable::getCompletionListFromTokens(const QStringList &tokens)
 {
-    CompletionList list;
-    if (tokens.size() == 1) {
-        for (const auto &field : bitFields)
-            list.insert(field->getName(),
-                        {field->getName(), {}, {}, field->getComment(), CXMLCompletionEntry::COMPLETION_BITFIELD});
-        addOperations(list, valuableOperations(), *this);
-    }
-    if (tokens.size() < 2)
-        return list;
-    if (VMBitField *field = getBitFieldByName(tokens.first()))
-        return field->getCompletionListFromTokens(tokens.sliced(1));
-    auto *pointer = elementCast<VMPointer>(this);
-    if (!pointer || tokens.first() != u'>')
-        return list;
-    pointer->allocatePointedElement();
-    return pointer->pointedElement ? pointer->pointedElement->getCompletionListFromTokens(tokens.sliced(1)) : list;
+    return listOf(*this, tokens);
 }
 
 CompletionList VMStruct::getCompletionListFromTokens(const QStringList &tokens)
 {
-    CompletionList list;
-    if (tokens.size() == 1) {
-        for (const auto &member : memberList) {
-            const CXMLCompletionEntry entry = getCompletionEntryFromElement(member.get());
-            if (!entry.name.isEmpty())
-                list.insert(entry.name, entry);
-        }
-    }
-    if (tokens.size() < 2)
-        return list;
-    for (const auto &member : memberList) {
-        if (VMXMLElement *match = matchOf(*member, tokens.first()))
-            return match->getCompletionListFromTokens(tokens.sliced(1));
-    }
-    return list;
+    return listOf(*this, tokens);
 }

@@ -1,16 +1,19 @@
 #pragma once
 
+#include <QList>
 #include <QStringList>
+#include <QStringView>
+
+#include <span>
 
 namespace veldmap {
 
-/// More segments than any element's path has. A lookup goes down one call a segment, and copies what follows.
-constexpr qsizetype kPathSegments = 8192;
+/// What a path goes on with: views of the segments of a text or list that outlives them.
+using Segments = std::span<const QStringView>;
 
-/// The segments of a path; none of an empty one, and none of one that is longer than any element's.
-inline QStringList pathSegments(const QString &path)
-{
-    return path.isEmpty() || path.count(u'.') >= kPathSegments ? QStringList() : path.split(u'.');
-}
+/// The segments of a path; none of an empty one. A path may be longer than any chain of elements, which makes no
+/// difference behind the first million segments.
+QList<QStringView> segmentsOf(QStringView path);
+QList<QStringView> segmentsOf(const QStringList &tokens);
 
 } // namespace veldmap

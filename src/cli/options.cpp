@@ -29,7 +29,7 @@ struct Arguments {
     bool json = false;
     bool recursive = false;
     bool force = false;
-    std::string imageFile;
+    std::optional<std::string> imageFile;
     std::string imageAddress;
     bool verbose = false;
     bool quiet = false;
@@ -53,15 +53,19 @@ Options optionsOf(const Arguments &arguments)
 /// Reads the image's address into \a options; false, with an error told, when it is no address.
 bool takeImage(const Arguments &arguments, Options &options)
 {
-    if (arguments.imageFile.empty())
+    if (!arguments.imageFile)
         return true;
+    if (arguments.imageFile->empty()) {
+        printError(u"The image has no name: --image takes a file."_s);
+        return false;
+    }
     const QString address = QString::fromStdString(arguments.imageAddress);
     const std::optional<qint64> number = numberOf(address);
     if (!number || *number < 0 || *number > 0xFFFFFFFF) {
         printError(u"'%1' is no address: --at takes a number of 32 bits."_s.arg(address));
         return false;
     }
-    options.image = {QString::fromStdString(arguments.imageFile), static_cast<quint32>(*number)};
+    options.image = {QString::fromStdString(*arguments.imageFile), static_cast<quint32>(*number)};
     return true;
 }
 

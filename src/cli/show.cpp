@@ -95,7 +95,8 @@ QString textOf(const VMXMLElement &element, const QString &path, const Options &
     if (const auto *field = elementCast<VMBitField>(&element))
         appendFieldAlone(text, *field, notes);
     else
-        appendElement(text, element, path, 0, options.recursive ? kAllLevels : 1, notes);
+        appendElement(text, element, element.getPath().isEmpty() ? path : element.getPath(), 0,
+                      options.recursive ? kAllLevels : 1, notes);
     return text;
 }
 
@@ -114,9 +115,11 @@ ExitStatus show(const Options &options)
     bool isComplete = true;
     for (const QString &path : options.words) {
         VMXMLElement *element = findElement(map, path);
-        isComplete = isComplete && element;
-        if (!element)
+        if (!element) {
+            isComplete = false;
+            objects.append(QJsonObject{{u"path"_s, path}, {u"error"_s, u"no such element"_s}});
             continue;
+        }
         if (image)
             readThroughPointers(*element, *image);
         if (!options.json) {

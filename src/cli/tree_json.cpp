@@ -252,8 +252,12 @@ void writeRoot(const VMRootArchive *root, JsonWriter &json)
 QJsonObject elementJson(const VMXMLElement &element)
 {
     const auto *field = elementCast<VMBitField>(&element);
-    if (!field)
-        return plainElementJson(element);
+    if (!field) {
+        QJsonObject object = plainElementJson(element);
+        if (const auto *array = elementCast<VMArray>(&element))
+            object[u"prototype"_s] = elementJson(*array->prototype);
+        return object;
+    }
     QJsonObject object = plainFieldJson(*field);
     object[u"path"_s] = field->getPath();
     object[u"address"_s] = unsignedNumber(field->getBaseAddress());

@@ -54,8 +54,10 @@ private:
         if (!number)
             return refuse(path, u"'%1' is no number"_s.arg(value));
         const int width = valuable.getBitSize();
-        const qint64 greatest = lowBits(valuable.isSigned() ? width - 1 : width);
-        const qint64 least = valuable.isSigned() ? -greatest - 1 : 0;
+        // 0xFE is a pattern of 8 bits also where it means -2.
+        const bool isPattern = value.startsWith("0x"_L1) || value.startsWith("0b"_L1);
+        const qint64 greatest = lowBits(valuable.isSigned() && !isPattern ? width - 1 : width);
+        const qint64 least = valuable.isSigned() ? -qint64(lowBits(width - 1)) - 1 : 0;
         if (*number < least || *number > greatest)
             return refuse(path, u"%1 does not fit into %2 bits"_s.arg(value, QString::number(width)));
         put(valuable, static_cast<unsigned int>(*number));
@@ -78,7 +80,9 @@ private:
         const quint32 moved =
             *number < 0 || *number > 0xFFFFFFFF ? 0 : shiftLeft(static_cast<quint32>(*number), field.downPos) & mask;
         if (*number < 0 || shiftRight(moved, field.downPos) != *number)
-            return refuse(path, u"%1 does not fit into its %2 bits"_s.arg(value, QString::number(field.getBitSize())));
+            return refuse(path, u"%1 does not fit into bits %2 to %3 of %4 bits"_s.arg(
+                                    value, QString::number(field.upPos), QString::number(field.downPos),
+                                    QString::number(valuable.getBitSize())));
         put(valuable, (baseOf(valuable) & ~mask) | moved);
         return true;
     }
@@ -97,14 +101,15 @@ private:
     /// and writing would repeat. Assignments of one command to one register are one write, so its own actions stay.
     quint32 baseOf(const VMValuable &valuable) const
     {
-        return m_changed.contains(&valuable) ? valuable.getValue() : valuable.getValueForWritingBitfield();
+        return m_written.contains(valuable.getBaseAddress()) ? valuable.getValue()
+                                                             : valuable.getValueForWritingBitfield();
     }
 
     void put(VMValuable &valuable, quint32 value)
     {
         valuable.setValue(value);
         m_image.write(valuable);
-        m_changed.insert(&valuable);
+        m_written.insert(valuable.getBaseAddress());
     }
 
     static bool refuse(const QString &path, const QString &reason)
@@ -116,7 +121,7 @@ private:
     const VMMemoryMap &m_map;
     TargetImage m_image;
     bool m_force;
-    QSet<const VMValuable *> m_changed;
+    QSet<quint32> m_written; // addresses; two paths may lead to one
 };
 
 } // namespace

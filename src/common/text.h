@@ -47,8 +47,8 @@ inline qsizetype blanksToColumn(qsizetype length, int column)
 template <typename Replacement>
 QString replaceLiterals(const QString &text, char16_t letter, bool (*isDigit)(QChar), const Replacement &replacement);
 
-bool isHexDigit(QChar character);
-bool isBinaryDigit(QChar character);
+VELDMAP_EXPORT bool isHexDigit(QChar character);
+VELDMAP_EXPORT bool isBinaryDigit(QChar character);
 
 /// Whether \a character may stand in a name: a letter A to Z or a to z, a digit or an underscore.
 inline bool isNameCharacter(QChar character)

@@ -2,8 +2,8 @@
 
 #include "loading/load_budget.h"
 #include "loading/tag.h"
-#include "loading/tree_size.h"
 #include "model/aggregates.h"
+#include "model/tree_size.h"
 
 // Arrays, instances and cut fields make much out of little: what they would hold is counted before it is made.
 

@@ -9,17 +9,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// How many pointers may lie behind one another. An element behind a pointer to its own type could be followed without
-/// end, and the chain is walked and freed by recursion.
-constexpr int kPointerDepth = 1024;
+// An element behind a pointer to its own type could be followed without end, by copies of any size. Lists and trees of
+// real software are followed a few steps at a time.
 
-int pointersAbove(const VMXMLElement &element)
-{
-    int count = 0;
-    for (const VMXMLElement *holder = element.parent; holder; holder = holder->parent)
-        count += holder->isPointer() ? 1 : 0;
-    return count;
-}
+/// Levels of elements that may lie behind pointers, one behind the other. They are walked and freed by recursion.
+constexpr int kPointedLevels = 4096;
+/// Elements that they may have together. An element takes about 400 bytes.
+constexpr qint64 kPointedElements = 256 * 1024;
 
 } // namespace
 
@@ -96,7 +92,9 @@ void VMPointer::setValue(unsigned int value)
 void VMPointer::allocatePointedElement()
 {
     VMRootArchive *root = getRootArchive();
-    if (pointedElement || !root || pointersAbove(*this) >= kPointerDepth)
+    const VMXMLElement *type = root ? root->getTemplate(pointedType) : nullptr;
+    const veldmap::TreeSize size = type ? veldmap::treeSizeOf(*type) : veldmap::TreeSize();
+    if (pointedElement || !root || !hasRoomFor(size))
         return;
     std::unique_ptr<VMXMLElement> element(root->allocateElementFromTypeName(pointedType, "*("_L1 + getName() + u')'));
     if (!element)
@@ -104,7 +102,19 @@ void VMPointer::allocatePointedElement()
     element->reparent(this);
     element->remap(getValue());
     pointedElement = std::move(element);
+    m_pointedSize = size;
     noteChangedTypeWord();
+}
+
+bool VMPointer::hasRoomFor(veldmap::TreeSize size) const
+{
+    for (const VMXMLElement *holder = parent; holder; holder = holder->parent) {
+        if (const auto *pointer = elementCast<VMPointer>(holder)) {
+            size.elements += pointer->m_pointedSize.elements;
+            size.depth += pointer->m_pointedSize.depth;
+        }
+    }
+    return size.depth <= kPointedLevels && size.elements <= kPointedElements;
 }
 
 void VMPointer::deletePointedElement()

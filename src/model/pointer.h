@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/tree_size.h"
 #include "model/valuable.h"
 
 /// A valuable whose value is an address. The element behind it is made when a host first looks there.
@@ -29,7 +30,8 @@ public:
     void setValue(unsigned int value) override;
 
     /// Makes the pointed element from its type word. Nothing happens when it exists, when there is no such type, or
-    /// when the pointer hangs on no root archive or lies behind 1024 others.
+    /// when the pointer hangs on no root archive or at the end of too long a chain: of 4096 levels, or 262,144
+    /// elements, behind pointers.
     void allocatePointedElement();
     /// Deletes the pointed element; the value stays.
     void deletePointedElement();
@@ -46,5 +48,8 @@ public:
     QString innerData;   ///< preview of the memory behind the pointer, for a host
 
 private:
+    bool hasRoomFor(veldmap::TreeSize size) const;
     void noteChangedTypeWord() const;
+
+    veldmap::TreeSize m_pointedSize = {0, 0}; // of what allocatePointedElement made
 };

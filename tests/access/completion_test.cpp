@@ -1,5 +1,7 @@
 #include "access/completion.h"
+#include "model/aggregates.h"
 #include "model/pointer.h"
+#include "model/scalars.h"
 #include "support/loaded.h"
 
 using namespace Qt::StringLiterals;
@@ -87,25 +89,30 @@ TEST(Completion, CandidatesOfEachLevel)
         EXPECT_EQ(listed(*soc.map, row.path), row.list) << row.path.toStdString();
 }
 
-TEST(Completion, EntriesTellArgumentsResultAndHelp)
+TEST(Completion, EveryEntryWithItsTexts)
 {
-    const Loaded soc(kDescription);
-    const auto check = [&](const QString &path, const QString &key, const QString &arguments, const QString &result,
-                           const QString &help) {
-        const CXMLCompletionEntry entry = soc.map->getCompletionListFromPath(path).value(key);
-        EXPECT_EQ(entry.arguments, arguments);
-        EXPECT_EQ(entry.result, result);
-        EXPECT_EQ(entry.help, help);
-    };
-    check(u"$B."_s, u"open"_s, {}, {}, u"both ways"_s);
-    check(u"$B.open."_s, u"prepl"_s, u"cacheval"_s, u"newcacheval"_s,
-          u"Modifies a 'cacheval' value, taken as the valuable value, by setting all the set and clear bits to 0. "
-          u"Returns the modified value."_s);
-    // The operation takes the place of the bitfield of its name.
-    check(u"$B.open."_s, u"w"_s, u"value"_s, {}, u"Writes 'value' into the valuable."_s);
-    check(u"$B.open.plain."_s, u"wl"_s, u"cacheval,value"_s, u"newcacheval"_s,
-          u"\"Write local\". Sets the value of the bitfield inside the 'cacheval', taken as the parent register's "
-          u"value. Returns the modified cache."_s);
+    const Loaded soc = Loaded::archive(uR"(<typedef name="node"><uint8 name="u8"/></typedef><module name="m">
+        <reg32 name="open" protect="rw"><comment>both ways</comment><bits name="w" pos="0"/>
+            <bits name="plain" pos="1" access="rw"><comment>a field</comment></bits><bits name="fixed" pos="2"/>
+            <bits name="act" pos="3" access="s"/><bits name="ack" pos="4" access="rc"/></reg32>
+        <reg16 name="shut"/><reg8 name="r8"/><ireg name="ir"/><int32 name="i32"/><int16 name="i16"/><int8 name="i8"/>
+        <uint32 name="u32"/><uint16 name="u16"/><uint8 name="u8"/><bool name="b"/><ptr name="p" type="node"/>
+        <struct name="s"><int8 name="in"/></struct><int8 name="a" count="2"/><hole/><memory name="ram" size="4"/>
+        </module><instance name="I" type="m" address="0"/>)"_s);
+    ASSERT_TRUE(soc.isLoaded()) << soc.errors.join(u'|').toStdString();
+    // No description makes a void member; a host may.
+    elementCast<VMStruct>(soc.root().instances.front().get())->addElement(new VMVoid(u"v"_s));
+    QString text;
+    for (const QString &path : {u"$"_s, u"$I."_s, u"$I.open."_s, u"$I.shut."_s, u"$I.p."_s, u"$I.open.plain."_s,
+                                u"$I.open.fixed."_s, u"$I.open.act."_s, u"$I.open.ack."_s}) {
+        text += path + u'\n';
+        for (const CXMLCompletionEntry &entry : soc.map->getCompletionListFromPath(path))
+            text +=
+                QStringList{QString::number(entry.type), entry.name, entry.arguments, entry.result, entry.help}.join(
+                    u" | "_s) +
+                u'\n';
+    }
+    expectGolden(u"access/completion.txt"_s, text);
     EXPECT_EQ(soc.map->getCompletionListFromPath(u"$"_s).value(u"nothing"_s).type,
               CXMLCompletionEntry::COMPLETION_NONE);
 }

@@ -4,6 +4,9 @@
 #include "model/valuable.h"
 #include "support/loaded.h"
 
+#include <algorithm>
+#include <functional>
+
 namespace {
 
 const QString kTypes = QStringLiteral(R"xml(<archive>
@@ -100,6 +103,8 @@ TEST(PathLookup, PointedElementIsMadeOnceAndFollowsTheValue)
     const VMXMLElement *pointed = soc.map->getElementFromPath(QStringLiteral("$top.head.>"));
     EXPECT_EQ(pointed, head->pointedElement.get());
     EXPECT_EQ(soc.map->getElementFromPath(QStringLiteral("$top.head.>")), pointed);
+    head->setReadError(true);
+    EXPECT_TRUE(pointed->readError);
     head->setValue(0x20000000);
     EXPECT_EQ(found(soc, "$top.head.>.data"), QStringLiteral("$top.head.>.data @20000004"));
 }
@@ -118,6 +123,51 @@ TEST(PathLookup, TheChipComesBeforeTheSoftware)
     EXPECT_EQ(found(chip, "$table"), QStringLiteral("-"));
 }
 
+TEST(PathLookup, PathsLeadBackToTheirElements)
+{
+    Loaded chip(kTypes);
+    Loaded soft = Loaded::archive(QStringLiteral(R"xml(
+        <typedef name="cell"><uint8 name="lo" count="2"/><ptr name="up" type="cell"/></typedef>
+        <alias name="grid"><instance name="row" type="cell" count="3"/></alias>
+        <alias name="grids"><instance name="grids" type="grid" count="2"/></alias>
+        <module name="task"><instance name="map" type="grid" count="2"/><ptr name="maps" type="grids"/>
+            <uint8 name="twin"/><uint16 name="twin"/></module><instance name="task" type="task"/>)xml"));
+    ASSERT_TRUE(soft.isLoaded()) << soft.errors.join(u'|').toStdString();
+    for (const char *path : {"$task.map[1][2].up.>.up.>", "$task.maps.>[1][2].lo[1]"})
+        EXPECT_TRUE(soft.map->getElementFromPath(QString::fromUtf8(path))) << path; // makes what is behind the pointers
+
+    const auto isException = [&](const VMXMLElement &element) {
+        const QString path = element.getPath();
+        const bool isOfTopLevelArray = element.arrayNumber >= 0 && element.parent->isInstance(); // it has no dot
+        const bool isSecond = path.startsWith(QStringLiteral("$top")) && element.getBaseAddress() >= 0x3000;
+        const bool isSecondMember = path == QStringLiteral("$task.twin") && element.sizeOf() == 2;
+        const bool hasDot = path.startsWith(QStringLiteral("$a.b"));
+        return path.isEmpty() || isOfTopLevelArray || isSecond || isSecondMember || hasDot; // holes have no path
+    };
+    int elements = 0;
+    int exceptions = 0;
+    const std::function<void(VMXMLElement &)> walk = [&](VMXMLElement &element) {
+        ++elements;
+        exceptions += isException(element) ? 1 : 0;
+        EXPECT_EQ(soft.map->getElementFromPath(element.getPath()) == &element, !isException(element))
+            << element.getPath().toStdString();
+        if (auto *structure = elementCast<VMStruct>(&element))
+            std::ranges::for_each(structure->memberList, [&](auto &member) { walk(*member); });
+        if (auto *array = elementCast<VMArray>(&element))
+            std::ranges::for_each(array->memberList, [&](auto &member) { walk(*member); });
+        if (auto *pointer = elementCast<VMPointer>(&element); pointer && pointer->pointedElement)
+            walk(*pointer->pointedElement);
+        if (auto *valuable = elementCast<VMValuable>(&element))
+            std::ranges::for_each(valuable->bitFields, [&](auto &field) { walk(*field); });
+    };
+    // The chip's tree as the software of its map: the answers are the same.
+    soft.map->softRootArchive = std::exchange(chip.map->chipRootArchive, nullptr);
+    for (VMRootArchive *root : {soft.map->chipRootArchive, soft.map->softRootArchive})
+        std::ranges::for_each(root->instances, [&](auto &instance) { walk(*instance); });
+    EXPECT_GT(elements, 100);
+    EXPECT_GT(exceptions, 5);
+}
+
 TEST(PathLookup, PathsOfAnyLength)
 {
     const Loaded soc(kTypes);
@@ -125,9 +175,16 @@ TEST(PathLookup, PathsOfAnyLength)
         return soc.map->getElementFromPath(QStringLiteral("$top.head.>") + QStringLiteral(".next.>").repeated(times));
     };
     EXPECT_TRUE(followed(1000));
-    EXPECT_FALSE(followed(2000));
+    EXPECT_FALSE(followed(3000));
     EXPECT_FALSE(followed(1'000'000));
+    EXPECT_TRUE(soc.map->getElementFromPath(QStringLiteral("$top.ctrl.enable") + QString(10'000'000, u'.')));
     EXPECT_FALSE(soc.map->getElementFromPath(QString(10'000'000, u'.')));
     EXPECT_FALSE(soc.map->getElementFromPath(u'$' + QString(10'000'000, u'x') + QStringLiteral(".y")));
     EXPECT_TRUE(soc.map->getCompletionListFromPath(u'$' + QString(10'000'000, u'.')).isEmpty());
+
+    // A type of 100,000 elements that points to itself: a chain of two takes no more room than a load may.
+    const Loaded large = Loaded::archive(QStringLiteral(R"xml(<typedef name="large"><ptr name="next" type="large"/>
+        <uint8 name="a" count="100000"/></typedef><instance name="L" type="large"/>)xml"));
+    EXPECT_TRUE(large.map->getElementFromPath(QStringLiteral("$L.next.>.next.>")));
+    EXPECT_FALSE(large.map->getElementFromPath(QStringLiteral("$L.next.>.next.>.next.>")));
 }

@@ -1,4 +1,4 @@
-#include "loading/tree_size.h"
+#include "model/tree_size.h"
 
 #include "model/aggregates.h"
 #include "model/valuable.h"
