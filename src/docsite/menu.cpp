@@ -1,11 +1,11 @@
-#include "common/lines.h"
+#include "docsite/site_text.h"
 #include "model/aggregates.h"
 #include "model/root_archive.h"
 #include "model/valuable.h"
 
 using namespace Qt::StringLiterals;
-using veldmap::appendLine;
-using veldmap::indent;
+using veldmap::Blanks;
+using veldmap::SiteText;
 
 // The script of the menu. A node's variable is named after its depth and assigned anew for each node, so that the
 // parent of a node is always the present value of the variable above:
@@ -24,7 +24,7 @@ namespace {
 /// The nodes of the elements of one page. All are appended to one text, however deep they lie in one another.
 class NodeWriter {
 public:
-    NodeWriter(QString &text, const QString &page) : m_text(text), m_page(page) {}
+    NodeWriter(SiteText &text, const QString &page) : m_text(text), m_page(page) {}
 
     void write(const VMXMLElement &element, int level)
     {
@@ -45,15 +45,29 @@ public:
 private:
     void writeFolder(const VMXMLElement &element, int level)
     {
-        appendLine(m_text, indent(level), u"i", level, "=insFld(i"_L1, level - 1, ",gFld(\""_L1, element.getName(),
-                   "\",\""_L1, m_page, u"#", element.getHrefName(), "\"))"_L1);
+        writeVariable(level);
+        m_text.append("=insFld(i"_L1, level - 1, ",gFld("_L1);
+        writeLink(element);
     }
 
     void writeDocument(const VMXMLElement &element, int level, QLatin1StringView icon)
     {
-        appendLine(m_text, indent(level), u"i", level, "=insDoc(i"_L1, level - 1, ",gLnk(\"R\",\""_L1,
-                   element.getName(), "\",\""_L1, m_page, u"#", element.getHrefName(), "\"))"_L1);
-        appendLine(m_text, indent(level), u"i", level, ".iconSrc = \""_L1, icon, u"\"");
+        writeVariable(level);
+        m_text.append("=insDoc(i"_L1, level - 1, ",gLnk(\"R\","_L1);
+        writeLink(element);
+        writeVariable(level);
+        m_text.append(".iconSrc = \""_L1, icon, "\"\n"_L1);
+    }
+
+    /// The begin of every line.
+    void writeVariable(int level) { m_text.append(Blanks{4 * level}, "i"_L1, level); }
+
+    /// Title and target of a node, and the end of its line.
+    void writeLink(const VMXMLElement &element)
+    {
+        m_text.append("\""_L1, element.getName(), "\",\""_L1, m_page, "#"_L1);
+        veldmap::appendAnchor(m_text, element);
+        m_text.append("\"))\n"_L1);
     }
 
     /// A register without bitfields is a folder too.
@@ -62,8 +76,10 @@ private:
         writeFolder(valuable, level);
         const int bits = valuable.getBitSize();
         const int iconBits = bits == 8 || bits == 16 ? bits : 32;
-        for (const QLatin1StringView property : {".iconSrc"_L1, ".iconSrcClosed"_L1})
-            appendLine(m_text, indent(level), u"i", level, property, " = \"reg"_L1, iconBits, ".png\""_L1);
+        for (const QLatin1StringView property : {".iconSrc"_L1, ".iconSrcClosed"_L1}) {
+            writeVariable(level);
+            m_text.append(property, " = \"reg"_L1, iconBits, ".png\"\n"_L1);
+        }
         for (const auto &field : valuable.bitFields)
             write(*field, level + 1);
     }
@@ -75,31 +91,36 @@ private:
             write(*member, level + 1);
     }
 
-    QString &m_text;
+    SiteText &m_text;
     const QString &m_page;
 };
 
 QString nodesOf(const VMXMLElement &element, int level, const QString &page)
 {
-    QString text;
+    SiteText text;
     NodeWriter(text, page).write(element, level);
-    return text;
+    return text.toString();
 }
 
 } // namespace
 
-QString VMRootArchive::treenode_serialize() const
+void veldmap::appendMenuScript(SiteText &text, const VMRootArchive &root)
 {
-    QString text;
-    appendLine(text, "USETEXTLINKS = 1"_L1);
-    appendLine(text, "STARTALLOPEN = 0"_L1);
-    appendLine(text, "foldersTree = gFld(\""_L1, getName(), "\",\"chip.html\")"_L1);
-    appendLine(text, "i0 = foldersTree"_L1);
-    for (const auto &instance : instances) {
+    text.append("USETEXTLINKS = 1\n"_L1);
+    text.append("STARTALLOPEN = 0\n"_L1);
+    text.append("foldersTree = gFld(\""_L1, root.getName(), "\",\"chip.html\")\n"_L1);
+    text.append("i0 = foldersTree\n"_L1);
+    for (const auto &instance : root.instances) {
         const QString page = instance->getName() + ".html"_L1;
         NodeWriter(text, page).write(*instance, 1);
     }
-    return text;
+}
+
+QString VMRootArchive::treenode_serialize() const
+{
+    SiteText text;
+    veldmap::appendMenuScript(text, *this);
+    return text.toString();
 }
 
 QString VMXMLElement::treenode_serialize(int, const QString &) const

@@ -1,11 +1,13 @@
 #include "common/lines.h"
+#include "docsite/site_text.h"
 #include "model/aggregates.h"
 #include "model/valuable.h"
 
 #include <algorithm>
-#include <utility>
 
 using namespace Qt::StringLiterals;
+using veldmap::Hex8;
+using veldmap::SiteText;
 
 // The body of a page is one line: a heading bar for each element, with what it shows below, and a rule that closes it.
 // For the register ctrl one step from the margin, with one comment and one field, broken here for reading:
@@ -22,12 +24,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int kLevelMargin = 25; // pixels
-
-template <typename... Pieces>
-void append(QString &text, const Pieces &...pieces)
-{
-    (veldmap::appendPiece(text, 0, pieces), ...);
-}
+constexpr QLatin1StringView kCommentBox = "bf"_L1;
 
 /// How the bars of a kind of element look: the classes of its heading and of its closing rule.
 struct BarClasses {
@@ -52,10 +49,18 @@ QString sizeWording(int size)
 }
 
 /// The bits of \a field with \a separator between, or the one bit.
-QString positionOf(const VMBitField &field, QChar separator)
+void appendPosition(SiteText &text, const VMBitField &field, QLatin1StringView separator)
 {
-    const QString down = QString::number(field.downPos);
-    return field.upPos == field.downPos ? down : QString::number(field.upPos) + separator + down;
+    if (field.upPos != field.downPos)
+        text.append(field.upPos, separator);
+    text.append(field.downPos);
+}
+
+void appendFieldAnchor(SiteText &text, const VMBitField &field)
+{
+    text.append("b"_L1);
+    appendPosition(text, field, "-"_L1);
+    text.append(field.getAccessString());
 }
 
 /// Adjacent bits of a register that the same fields cover.
@@ -94,52 +99,57 @@ QList<BitRun> runsOf(const VMValuable &valuable)
 struct DiagramRow {
     QLatin1StringView cellClass;
     QLatin1StringView partClass; ///< of the cells inside a cell that several fields share
-    void (*appendContent)(QString &text, const VMBitField &field);
+    void (*appendContent)(SiteText &text, const VMBitField &field);
 };
 
 /// The name, one letter below the other.
-void appendUprightName(QString &text, const VMBitField &field)
+void appendUprightName(SiteText &text, const VMBitField &field)
 {
-    append(text, "<a href='#"_L1, field.getHrefName(), "'>"_L1);
-    for (const QChar letter : field.getName()) {
-        text += letter;
-        if (!letter.isHighSurrogate()) // such a one is half a letter
-            text += "<br>"_L1;
+    text.append("<a href='#"_L1);
+    veldmap::appendAnchor(text, field);
+    text.append("'>"_L1);
+    const QStringView name = field.getName();
+    for (qsizetype at = 0, length = 0; at < name.size(); at += length) {
+        length = name[at].isHighSurrogate() && at + 1 < name.size() ? 2 : 1;
+        text.append(name.sliced(at, length), "<br>"_L1);
     }
-    text += "</a>"_L1;
+    text.append("</a>"_L1);
 }
 
 constexpr DiagramRow kDiagramRows[] = {
     {"v c"_L1, "v"_L1, appendUprightName},
-    {"f fc"_L1, "f"_L1, [](QString &text, const VMBitField &field) { text += field.getAccessString(); }},
-    {"f fc"_L1, "f"_L1, [](QString &text, const VMBitField &field) { text += field.getResetString(DISPLAY_DEFAULT); }},
+    {"f fc"_L1, "f"_L1, [](SiteText &text, const VMBitField &field) { text.append(field.getAccessString()); }},
+    {"f fc"_L1, "f"_L1,
+     [](SiteText &text, const VMBitField &field) { text.append(field.getResetString(DISPLAY_DEFAULT)); }},
 };
 
-void appendCell(QString &text, const BitRun &run, const DiagramRow &row)
+void appendCell(SiteText &text, const BitRun &run, const DiagramRow &row)
 {
-    append(text, "<td class='"_L1, run.fields.isEmpty() ? "hole"_L1 : row.cellClass, u"'");
+    text.append("<td class='"_L1, run.fields.isEmpty() ? "hole"_L1 : row.cellClass, "'"_L1);
     if (run.bits > 1)
-        append(text, " colspan='"_L1, run.bits, u"'");
-    text += u'>';
+        text.append(" colspan='"_L1, run.bits, "'"_L1);
+    text.append(">"_L1);
     if (run.fields.size() == 1) {
         row.appendContent(text, *run.fields.first());
     } else if (run.fields.size() > 1) {
-        text += "<table align='center'><tr>"_L1;
+        text.append("<table align='center'><tr>"_L1);
         for (const VMBitField *field : run.fields) {
             if (field != run.fields.first())
-                append(text, "<td class='"_L1, row.partClass, "'>|</td>"_L1);
-            append(text, "<td class='"_L1, row.partClass, "'>"_L1);
+                text.append("<td class='"_L1, row.partClass, "'>|</td>"_L1);
+            text.append("<td class='"_L1, row.partClass, "'>"_L1);
             row.appendContent(text, *field);
-            text += "</td>"_L1;
+            text.append("</td>"_L1);
         }
-        text += "</tr></table>"_L1;
+        text.append("</tr></table>"_L1);
     }
-    text += "</td>"_L1;
+    text.append("</td>"_L1);
 }
 
 /// The text of elements on a page, all appended to one text, however deep they lie in one another.
 class PageWriter {
 public:
+    explicit PageWriter(SiteText &text) : m_text(text) {}
+
     void write(const VMXMLElement &element, int level)
     {
         if (const auto *valuable = elementCast<VMValuable>(&element))
@@ -157,28 +167,28 @@ public:
     void writeCommentBox(QLatin1StringView boxClass, const QString &comment, int level)
     {
         writeTableHead(boxClass, level);
-        append(m_text, "<tr><td class='rc'>"_L1, comment, "</td></tr></table><br/>"_L1);
+        m_text.append("<tr><td class='rc'>"_L1, comment, "</td></tr></table><br/>"_L1);
     }
-
-    QString takeText() { return std::move(m_text); }
 
 private:
     void writeTableHead(QLatin1StringView tableClass, int level)
     {
-        append(m_text, "<table class='"_L1, tableClass, "' style='margin-left:"_L1, marginOf(level), "px'>"_L1);
+        m_text.append("<table class='"_L1, tableClass, "' style='margin-left:"_L1, marginOf(level), "px'>"_L1);
     }
 
     void writeHeading(const VMXMLElement &element, const BarClasses &classes, const QString &title, int level)
     {
-        append(m_text, "<a name='"_L1, element.getHrefName(), "'></a>"_L1);
+        m_text.append("<a name='"_L1);
+        veldmap::appendAnchor(m_text, element);
+        m_text.append("'></a>"_L1);
         writeTableHead(classes.heading, level);
-        append(m_text, "<tr><td width=100%><b>"_L1, title, "</b></td><td align='right'><b>"_L1,
-               element.getAddressString(), "</b></td></tr></table>"_L1);
+        m_text.append("<tr><td width=100%><b>"_L1, title, "</b></td><td align='right'><b>"_L1,
+                      element.getAddressString(), "</b></td></tr></table>"_L1);
     }
 
     void writeRule(const BarClasses &classes, int level)
     {
-        append(m_text, "<hr class='"_L1, classes.rule, "' style='margin-left:"_L1, marginOf(level), "px'/>"_L1);
+        m_text.append("<hr class='"_L1, classes.rule, "' style='margin-left:"_L1, marginOf(level), "px'/>"_L1);
     }
 
     void writeHole(const VMXMLElement &hole, int level)
@@ -191,7 +201,7 @@ private:
     {
         writeHeading(memory, kBlockBar, memory.getName() + sizeWording(memory.sizeOf()), level);
         if (!memory.comment.isEmpty()) {
-            m_text += "<br/>"_L1;
+            m_text.append("<br/>"_L1);
             writeCommentBox("sc"_L1, memory.comment, level);
         }
         writeRule(kBlockBar, level);
@@ -214,9 +224,9 @@ private:
         const BarClasses &classes = array.prototype->isStruct() ? kBlockBar : kRegisterBar;
         writeHeading(array, classes, array.name + " (size=="_L1 + QString::number(array.count()) + u')', level);
         if (!array.prototype->comment.isEmpty()) {
-            m_text += "<br>"_L1;
-            m_text += array.prototype->html_comment_serialize(level + 1);
-            m_text += "<br>"_L1;
+            m_text.append("<br>"_L1);
+            writeCommentBox(kCommentBox, array.prototype->comment, level + 1);
+            m_text.append("<br>"_L1);
         }
         for (const auto &member : array.memberList)
             write(*member, level + 1);
@@ -234,102 +244,129 @@ private:
 
         writeHeading(valuable, kRegisterBar, valuable.name, level);
         if (hasFields || hasComment)
-            m_text += lineBreak;
+            m_text.append(lineBreak);
         if (hasComment)
-            m_text += valuable.html_comment_serialize(level);
+            writeCommentBox(kCommentBox, valuable.comment, level);
         if (hasFields) {
             writeTableHead(tableClass, level);
             writeDiagram(valuable);
-            m_text += lineBreak;
+            m_text.append(lineBreak);
             writeTableHead(tableClass, level);
             writeFieldTable(valuable);
-            m_text += lineBreak;
+            m_text.append(lineBreak);
         }
         writeRule(kRegisterBar, level);
     }
 
     void writeDiagram(const VMValuable &valuable)
     {
-        m_text += "<tr>"_L1;
+        m_text.append("<tr>"_L1);
         for (int bit = valuable.getBitSize() - 1; bit >= 0; --bit)
-            append(m_text, "<td class='h'>"_L1, bit, "</td>"_L1);
-        m_text += u'\n';
+            m_text.append("<td class='h'>"_L1, bit, "</td>"_L1);
+        m_text.append("\n"_L1);
         const QList<BitRun> runs = runsOf(valuable);
         for (const DiagramRow &row : kDiagramRows) {
-            m_text += "</tr><tr>"_L1;
+            m_text.append("</tr><tr>"_L1);
             for (const BitRun &run : runs)
                 appendCell(m_text, run, row);
         }
-        m_text += "</tr></table>"_L1;
+        m_text.append("</tr></table>"_L1);
     }
 
     void writeFieldTable(const VMValuable &valuable)
     {
-        m_text += "<tr><td class='bh'>Bitfield</td><td class='bh'>Description</td><td class='bh'>Access</td>"
-                  "<td class ='bh'>Reset</td></tr>"_L1;
+        m_text.append("<tr><td class='bh'>Bitfield</td><td class='bh'>Description</td><td class='bh'>Access</td>"
+                      "<td class ='bh'>Reset</td></tr>"_L1);
         for (const auto &field : valuable.bitFields) {
-            append(m_text, "<tr><td class='bh'><a name='"_L1, field->getHrefName(), "'/>"_L1, field->getName(),
-                   "<br><center>["_L1, positionOf(*field, u':'), "]</center></td><td class='bc'>"_L1,
-                   field->getComment(), "</td><td class='bh'>"_L1, field->getAccessString(), "</td><td class='bh'>"_L1,
-                   field->getResetString(DISPLAY_DEFAULT), "</td></tr>"_L1);
+            m_text.append("<tr><td class='bh'><a name='"_L1);
+            veldmap::appendAnchor(m_text, *field);
+            m_text.append("'/>"_L1, field->getName(), "<br><center>["_L1);
+            appendPosition(m_text, *field, ":"_L1);
+            m_text.append("]</center></td><td class='bc'>"_L1, field->getComment(), "</td><td class='bh'>"_L1,
+                          field->getAccessString(), "</td><td class='bh'>"_L1, field->getResetString(DISPLAY_DEFAULT),
+                          "</td></tr>"_L1);
         }
-        m_text += "</table>"_L1;
+        m_text.append("</table>"_L1);
     }
 
-    static QString marginOf(int level) { return QString::number(qint64(kLevelMargin) * level); }
+    static qint64 marginOf(int level) { return qint64(kLevelMargin) * level; }
 
-    QString m_text;
+    SiteText &m_text;
 };
 
 QString pageTextOf(const VMXMLElement &element, int level)
 {
-    PageWriter writer;
-    writer.write(element, level);
-    return writer.takeText();
+    SiteText text;
+    PageWriter(text).write(element, level);
+    return text.toString();
 }
 
-/// The anchor of a place of its own, whose kind the \a suffix tells: an array and its first member share an address.
-QString anchorOf(const VMXMLElement &element, QLatin1StringView suffix)
+QString anchorOf(const VMXMLElement &element)
 {
-    return veldmap::hex8(element.getBaseAddress()) + suffix;
+    SiteText text;
+    veldmap::appendAnchor(text, element);
+    return text.toString();
 }
 
 } // namespace
 
+/// The suffix tells the kind of an element, since an array and its first member share an address. A field has that of
+/// its register, and 0 without one.
+void veldmap::appendAnchor(SiteText &text, const VMXMLElement &element)
+{
+    text.append(Hex8{element.getBaseAddress()});
+    if (const auto *valuable = elementCast<VMValuable>(&element))
+        text.append("r"_L1, valuable->getProtectString());
+    else if (const auto *field = elementCast<VMBitField>(&element))
+        appendFieldAnchor(text, *field);
+    else if (element.isStruct())
+        text.append("m"_L1);
+    else if (element.isArray())
+        text.append("ra"_L1);
+    else if (elementCast<VMHole>(&element))
+        text.append("h"_L1);
+    else if (elementCast<VMMemory>(&element))
+        text.append("mem"_L1);
+}
+
+void veldmap::appendPageText(SiteText &text, const VMXMLElement &element, int level)
+{
+    PageWriter(text).write(element, level);
+}
+
 QString VMXMLElement::getHrefName() const
 {
-    return anchorOf(*this, ""_L1);
+    return anchorOf(*this);
 }
 
 QString VMValuable::getHrefName() const
 {
-    return anchorOf(*this, "r"_L1) + getProtectString();
+    return anchorOf(*this);
 }
 
-/// A field alone, without a register, lies at address 0.
 QString VMBitField::getHrefName() const
 {
-    return anchorOf(*this, "b"_L1) + positionOf(*this, u'-') + getAccessString();
+    return anchorOf(*this);
 }
 
 QString VMStruct::getHrefName() const
 {
-    return anchorOf(*this, "m"_L1);
+    return anchorOf(*this);
 }
 
 QString VMArray::getHrefName() const
 {
-    return anchorOf(*this, "ra"_L1);
+    return anchorOf(*this);
 }
 
 QString VMHole::getHrefName() const
 {
-    return anchorOf(*this, "h"_L1);
+    return anchorOf(*this);
 }
 
 QString VMMemory::getHrefName() const
 {
-    return anchorOf(*this, "mem"_L1);
+    return anchorOf(*this);
 }
 
 QString VMXMLElement::html_serialize(int) const
@@ -364,7 +401,7 @@ QString VMMemory::html_serialize(int level) const
 
 QString VMXMLElement::html_comment_serialize(int level) const
 {
-    PageWriter writer;
-    writer.writeCommentBox("bf"_L1, comment, level);
-    return writer.takeText();
+    SiteText text;
+    PageWriter(text).writeCommentBox(kCommentBox, comment, level);
+    return text.toString();
 }

@@ -2,6 +2,7 @@
 
 #include "common/file_writer.h"
 #include "common/lines.h"
+#include "docsite/site_text.h"
 #include "model/memory_map.h"
 #include "model/root_archive.h"
 
@@ -17,6 +18,7 @@
 using namespace Qt::StringLiterals;
 using veldmap::expand;
 using veldmap::SiteReport;
+using veldmap::SiteText;
 
 namespace {
 
@@ -73,27 +75,27 @@ constexpr QStringView kFramesForm =
     u"<FRAME src=\"chip.html\" name=\"basefrm\">"
     u"</FRAMESET></html>";
 
-constexpr QStringView kPageForm = u"<html><head><link type='text/css' rel='stylesheet' href='style.css'>"
-                                  u"<link type='text/css' rel='stylesheet' href='print.css' media='print'/>"
-                                  u"<title>@name@</title>"
-                                  u"</head><body>"
-                                  u"@body@"
-                                  u"</body>"
-                                  u"</html>";
+constexpr QLatin1StringView kPageBegin = "<html><head><link type='text/css' rel='stylesheet' href='style.css'>"
+                                         "<link type='text/css' rel='stylesheet' href='print.css' media='print'/>"
+                                         "<title>"_L1;
+constexpr QLatin1StringView kBodyBegin = "</title></head><body>"_L1;
+constexpr QLatin1StringView kPageEnd = "</body></html>"_L1;
 
-QString startPageOf(const VMRootArchive &root)
+QByteArray startPageOf(const VMRootArchive &root)
 {
-    return expand(kStartPageForm, {{u"name"_s, root.getName()}});
+    return expand(kStartPageForm, {{u"name"_s, root.getName()}}).toUtf8();
 }
 
-QString framesOf(const VMRootArchive &root)
+QByteArray framesOf(const VMRootArchive &root)
 {
-    return expand(kFramesForm, {{u"name"_s, root.getName()}});
+    return expand(kFramesForm, {{u"name"_s, root.getName()}}).toUtf8();
 }
 
-QString pageOf(const VMXMLElement &instance)
+void appendPage(SiteText &text, const VMXMLElement &instance)
 {
-    return expand(kPageForm, {{u"name"_s, instance.getName()}, {u"body"_s, instance.html_serialize(0)}});
+    text.append(kPageBegin, instance.getName(), kBodyBegin);
+    veldmap::appendPageText(text, instance, 0);
+    text.append(kPageEnd);
 }
 
 /// Why an instance of that name can have no page; empty when it can. The name becomes that of a file as it stands.
@@ -149,17 +151,24 @@ public:
         }
     }
 
-    bool write(const QString &file, const QString &content)
+    bool write(const QString &file, const QByteArray &content)
     {
         if (m_progress)
             m_progress(m_path + file);
         QString reason;
-        if (!veldmap::writeWholeFile(m_path + file, content.toUtf8(), reason)) {
+        if (!veldmap::writeWholeFile(m_path + file, content, reason)) {
             report.failed.append({m_path + file, reason});
             return false;
         }
         ++report.written;
         return true;
+    }
+
+    void writeMenu(const VMRootArchive &root)
+    {
+        m_text.clear();
+        veldmap::appendMenuScript(m_text, root);
+        write(kMenuScript, m_text.bytes());
     }
 
     /// The first page that can't be written ends the walk.
@@ -186,14 +195,18 @@ private:
     {
         const QString file = instance.getName() + ".html"_L1;
         const QString refusal = refusalOf(instance.getName());
-        if (refusal.isEmpty())
-            return write(file, pageOf(instance));
-        report.failed.append({m_path + file, refusal});
-        return false;
+        if (!refusal.isEmpty()) {
+            report.failed.append({m_path + file, refusal});
+            return false;
+        }
+        m_text.clear();
+        appendPage(m_text, instance);
+        return write(file, m_text.bytes());
     }
 
     QString m_path;
     std::function<void(const QString &)> m_progress;
+    SiteText m_text; ///< of the file that is being made
 };
 
 } // namespace
@@ -206,7 +219,7 @@ SiteReport writeDocumentation(const VMMemoryMap &map, const QString &path, bool 
     SiteRun run(path, progress);
     if (const VMRootArchive *root = chip ? map.chipRootArchive : map.softRootArchive) {
         run.copyPool(pool);
-        run.write(kMenuScript, root->treenode_serialize());
+        run.writeMenu(*root);
         run.write(kStartPage, startPageOf(*root));
         run.write(kFrames, framesOf(*root));
         run.writePages(*root);
@@ -244,5 +257,5 @@ void VMMemoryMap::generateIndexHtml(const QString &path, VMRootArchive *root)
 
 void VMMemoryMap::generateChipJSMenu(const QString &path, VMRootArchive *root)
 {
-    SiteRun(path).write(kMenuScript, root->treenode_serialize());
+    SiteRun(path).writeMenu(*root);
 }

@@ -44,6 +44,7 @@ VARIABLE = {"name", "expression", "value", "comment", "enum"}
 KINDS = {"struct", "register32", "register16", "register8", "internal_register8", "hole", "array", "unsigned_int8",
          "int16", "boolean", "pointer", "memory", "int32", "unsigned_int32", "int8"}
 
+COMMANDS = ("check", "headers", "vhdl", "docs", "tree", "show", "write", "complete", "eval", "encrypt")
 VALUES = [("1+2*3", "int", 7), ("0x10+0b11", "int", 19), ("0xFFFFFFFF", "dword", 4294967295), ("-2+3", "int", -5),
           ("7/2.0", "real", 3.5), ("1<2", "bool", True), ('"a"+1', "string", "a1"), ("exp2(4)", "int", 16)]
 
@@ -187,7 +188,7 @@ class Program(support.Case):
         self.assertEqual(json.loads(told.out), [{"error": 5}, {"error": 7}, {"error": 9}, {"type": "int", "value": 42}])
 
     def test_help_teaches_by_example(self):
-        for arguments in ((), ("check",), ("headers",), ("tree",), ("eval",), ("encrypt",)):
+        for arguments in ((), *((command,) for command in COMMANDS)):
             with self.subTest(arguments):
                 told = run(*arguments, "--help")
                 self.expect(told, 0, out=None)

@@ -4,6 +4,7 @@ import argparse
 import json
 import os
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -27,12 +28,13 @@ class Run(NamedTuple):
     megabytes: float                            # the largest resident size
 
 
-def run(*arguments, give_up=300, environment=None):
+def run(*arguments, give_up=300, environment=None, program=None, folder=None):
     """One run of the program. One that hangs is killed after give_up seconds, which shows as signal 9."""
-    command = [options.veldmap, *map(str, arguments)]
+    command = [program or options.veldmap, *map(str, arguments)]
     with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as err:
         begin = time.monotonic()
-        process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=out, stderr=err, env=environment)
+        process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=out, stderr=err, env=environment,
+                                   cwd=folder)
         watchdog = threading.Timer(give_up, process.kill)
         watchdog.start()
         _, status, usage = os.wait4(process.pid, 0)
@@ -78,6 +80,26 @@ class Case(unittest.TestCase):
         run_of_tree = run("tree", "--json", *roots)
         self.expect(run_of_tree, 0, out=None)
         return json.loads(run_of_tree.out)
+
+
+# The fixed files of a documentation site.
+POOL = ["style.css", "print.css", "ftv2blank.gif", "ftv2folderclosed.gif", "ftv2folderopen.gif", "ftv2lastnode.gif",
+        "ftv2mlastnode.gif", "ftv2mnode.gif", "ftv2node.gif", "ftv2plastnode.gif", "ftv2pnode.gif", "ftv2vertline.gif",
+        "memory.png", "module.png", "reg16.png", "reg32.png", "reg8.png", "bitfield.png", "hole.png",
+        "veldcorplogo.png", "ftiens4.js", "ua.js", "menu.html"]
+
+
+def lay_out_pool(folder):
+    """Fills a folder with stand-ins for the fixed files of a site."""
+    folder.mkdir(parents=True)
+    for name in POOL:
+        (folder / name).write_text(f"stand-in for {name}")
+
+
+def program_with_pool(folder):
+    """A copy of the program in the folder with a pool beside it; its path."""
+    lay_out_pool(folder / "docpool")
+    return shutil.copy(options.veldmap, folder / "veldmap")
 
 
 def files_below(folder):
