@@ -336,7 +336,7 @@ void veldmap::appendPageText(SiteText &text, const VMXMLElement &element, int le
 
 QString VMXMLElement::getHrefName() const
 {
-    return anchorOf(*this);
+    return veldmap::hex8(getBaseAddress());
 }
 
 QString VMValuable::getHrefName() const

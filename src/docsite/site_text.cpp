@@ -6,8 +6,7 @@ namespace veldmap {
 
 void SiteText::grow(qsizetype bytes)
 {
-    constexpr qsizetype kLeastBytes = 64 * 1024;
-    m_bytes.resize(qMax(kLeastBytes, 2 * (m_size + bytes)));
+    m_bytes.resize(2 * (m_size + bytes));
 }
 
 char *SiteText::write(char *out, QStringView piece)

@@ -7,7 +7,8 @@
 
 /// Places members one behind the other under a C-like alignment rule.
 ///
-/// Owns its members. Sizes and offsets are bytes and wrap as 32-bit numbers. Text: headers/c_types.cpp.
+/// Owns its members. Sizes and offsets are bytes and wrap as 32-bit numbers. Text: headers/c_types.cpp,
+/// docsite/pages.cpp, docsite/menu.cpp.
 class VELDMAP_EXPORT VMStruct : public VMXMLElement {
 public:
     /// The element's name is \a name; \a typeName plays no part until a holder sets `typedefName`.
@@ -61,7 +62,7 @@ public:
 /// Repeats copies of one element at a fixed stride, the element's own size.
 ///
 /// Owns its members and the prototype, which is no member: it is what one member looks like, and what generators print.
-/// Text: headers/c_types.cpp.
+/// Text: headers/c_types.cpp, docsite/pages.cpp, docsite/menu.cpp.
 class VELDMAP_EXPORT VMArray : public VMXMLElement {
 public:
     /// Copies \a element, which stays with the caller. \a countExpression is the count as written in the description;

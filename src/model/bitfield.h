@@ -33,7 +33,7 @@ struct VELDMAP_EXPORT VMBitFieldOptions {
 ///
 /// A position stands as number and as the text that the description wrote; twice, in the register that software sees
 /// and in the packed word of the hardware. Positions may be any int: what lies outside the 32 bits of a word counts as
-/// 0 in masks and values. Text: headers/bitfield_macros.cpp, vhdl/maps.cpp.
+/// 0 in masks and values. Text: headers/bitfield_macros.cpp, docsite/pages.cpp, vhdl/maps.cpp.
 class VELDMAP_EXPORT VMBitField : public VMXMLElement {
 public:
     VMBitField(const QString &name, bool readable, int writeMode, const QString &upPosExpression, int upPos,

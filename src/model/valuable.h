@@ -9,7 +9,8 @@
 /// An element that holds one number: a hardware register, a software integer, a boolean, a pointer.
 ///
 /// Owns its bitfields and bitgroups. The value is a cache of what a host last read from, or means to write to, the
-/// target; it starts as 0. Text: headers/c_types.cpp, headers/bitfield_macros.cpp, headers/assembly.cpp.
+/// target; it starts as 0. Text: headers/c_types.cpp, headers/bitfield_macros.cpp, headers/assembly.cpp,
+/// docsite/pages.cpp, docsite/menu.cpp.
 class VELDMAP_EXPORT VMValuable : public VMXMLElement {
 public:
     VMValuable(const QString &name, bool readable, bool writable);
