@@ -9,6 +9,7 @@ ExitStatus check(const Options &options);
 ExitStatus headers(const Options &options);
 ExitStatus docs(const Options &options);
 ExitStatus vhdl(const Options &options);
+ExitStatus build(const Options &options);
 ExitStatus tree(const Options &options);
 ExitStatus show(const Options &options);
 ExitStatus write(const Options &options);

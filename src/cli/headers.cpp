@@ -1,3 +1,5 @@
+#include "cli/headers.h"
+
 #include "cli/commands.h"
 #include "cli/description.h"
 #include "cli/messages.h"
@@ -33,20 +35,25 @@ bool writeHeaders(const VMMemoryMap &map, const QString &directory, bool chip)
 
 } // namespace
 
+bool writeAllHeaders(const VMMemoryMap &map, const QString &directory)
+{
+    const TraceRedirection noTrace(nullptr);
+    const bool hasBoth = map.chipRootArchive && map.softRootArchive;
+    bool written = true;
+    if (map.chipRootArchive)
+        written = writeHeaders(map, hasBoth ? directory + "/chip"_L1 : directory, true) && written;
+    if (map.softRootArchive)
+        written = writeHeaders(map, hasBoth ? directory + "/soft"_L1 : directory, false) && written;
+    return written;
+}
+
 ExitStatus headers(const Options &options)
 {
     VMMemoryMap &map = processMemoryMap();
     map.skipUpToDate = options.skipUpToDate;
     if (!loadDescriptions(options, map))
         return kFailed;
-    const TraceRedirection noTrace(nullptr);
-    const QString directory = options.outputDirectory;
-    bool written = true;
-    if (map.chipRootArchive)
-        written = writeHeaders(map, options.hasBothRoots() ? directory + "/chip"_L1 : directory, true) && written;
-    if (map.softRootArchive)
-        written = writeHeaders(map, options.hasBothRoots() ? directory + "/soft"_L1 : directory, false) && written;
-    return written ? kDone : kFailed;
+    return writeAllHeaders(map, options.outputDirectory) ? kDone : kFailed;
 }
 
 } // namespace veldmap::cli

@@ -23,6 +23,9 @@ struct Arguments {
     std::string chip;
     std::string soft;
     std::string outputDirectory;
+    std::string headersDirectory;
+    std::string vhdlDirectory;
+    std::string docsDirectory;
     std::string source;
     std::string destination;
     bool skipUpToDate = false;
@@ -35,12 +38,20 @@ struct Arguments {
     bool quiet = false;
 };
 
+QString directoryOf(const std::string &path)
+{
+    return QDir::cleanPath(QString::fromStdString(path));
+}
+
 Options optionsOf(const Arguments &arguments)
 {
     Options options;
     options.chip = QString::fromStdString(arguments.chip);
     options.soft = QString::fromStdString(arguments.soft);
-    options.outputDirectory = QDir::cleanPath(QString::fromStdString(arguments.outputDirectory));
+    options.outputDirectory = directoryOf(arguments.outputDirectory);
+    options.headersDirectory = directoryOf(arguments.headersDirectory);
+    options.vhdlDirectory = directoryOf(arguments.vhdlDirectory);
+    options.docsDirectory = directoryOf(arguments.docsDirectory);
     options.source = QString::fromStdString(arguments.source);
     options.destination = QString::fromStdString(arguments.destination);
     options.skipUpToDate = arguments.skipUpToDate;
@@ -140,6 +151,19 @@ Command addDocs(CLI::App &app, Arguments &arguments)
                     "Example:\n"
                     "  veldmap docs --chip soc.xml -o site");
     return {command, docs, true};
+}
+
+Command addBuild(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *command = app.add_subcommand("build", "Write headers, packages and documentation from one load");
+    addRoots(*command, arguments);
+    command->add_option("--headers", arguments.headersDirectory, "directory for C and assembly headers")
+        ->type_name("DIR");
+    command->add_option("--vhdl", arguments.vhdlDirectory, "directory for VHDL packages")->type_name("DIR");
+    command->add_option("--docs", arguments.docsDirectory, "directory for the documentation site")->type_name("DIR");
+    command->footer("Example:\n"
+                    "  veldmap build --chip soc.xml --headers include --vhdl rtl --docs site");
+    return {command, build, true};
 }
 
 Command addTree(CLI::App &app, Arguments &arguments)
@@ -296,6 +320,7 @@ int runCommandLine(int argc, char **argv)
         addHeaders(app, arguments),  //
         addVhdl(app, arguments),     //
         addDocs(app, arguments),     //
+        addBuild(app, arguments),    //
         addTree(app, arguments),     //
         addShow(app, arguments),     //
         addWrite(app, arguments),    //

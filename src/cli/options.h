@@ -25,6 +25,9 @@ struct Options {
     QString chip; ///< root description of the chip, empty if there is none
     QString soft; ///< root description of the software, empty if there is none
     QString outputDirectory;
+    QString headersDirectory;
+    QString vhdlDirectory;
+    QString docsDirectory;
     bool skipUpToDate = false;
     bool json = false;
     bool recursive = false;

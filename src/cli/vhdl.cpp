@@ -12,6 +12,13 @@ using namespace Qt::StringLiterals;
 
 namespace veldmap::cli {
 
+bool requireChip(const Options &options)
+{
+    if (options.chip.isEmpty())
+        printError(u"VHDL packages are those of a chip: name its description with --chip FILE."_s);
+    return !options.chip.isEmpty();
+}
+
 bool writePackages(const VMMemoryMap &map, const QString &directory)
 {
     if (!QDir().mkpath(directory)) {
@@ -30,10 +37,8 @@ bool writePackages(const VMMemoryMap &map, const QString &directory)
 
 ExitStatus vhdl(const Options &options)
 {
-    if (options.chip.isEmpty()) {
-        printError(u"VHDL packages are those of a chip: name its description with --chip FILE."_s);
+    if (!requireChip(options))
         return kWrongUsage;
-    }
     VMMemoryMap &map = processMemoryMap();
     if (!loadDescriptions(options, map))
         return kFailed;

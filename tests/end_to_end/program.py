@@ -44,7 +44,7 @@ VARIABLE = {"name", "expression", "value", "comment", "enum"}
 KINDS = {"struct", "register32", "register16", "register8", "internal_register8", "hole", "array", "unsigned_int8",
          "int16", "boolean", "pointer", "memory", "int32", "unsigned_int32", "int8"}
 
-COMMANDS = ("check", "headers", "vhdl", "docs", "tree", "show", "write", "complete", "eval", "encrypt")
+COMMANDS = ("check", "headers", "vhdl", "docs", "build", "tree", "show", "write", "complete", "eval", "encrypt")
 VALUES = [("1+2*3", "int", 7), ("0x10+0b11", "int", 19), ("0xFFFFFFFF", "dword", 4294967295), ("-2+3", "int", -5),
           ("7/2.0", "real", 3.5), ("1<2", "bool", True), ('"a"+1', "string", "a1"), ("exp2(4)", "int", 16)]
 
@@ -74,6 +74,21 @@ class Program(support.Case):
                        "-x", "c", header]
             compiled = subprocess.run(command, capture_output=True, text=True)
             self.assertEqual(compiled.returncode, 0, compiled.stderr)
+
+    def test_build_writes_what_the_single_commands_write(self):
+        one, each = self.folder / "one", self.folder / "each"
+        for command in ("headers", "vhdl", "docs"):
+            self.expect(run(command, *self.roots, "-o", each / command), 0, err=None)
+        self.expect(run("build", *self.roots, "--headers", one / "headers", "--vhdl", one / "vhdl", "--docs",
+                        one / "docs"), 0, err=None)
+        self.assertEqual(support.files_below(one), support.files_below(each))
+        # One that fails does not keep the others from being written.
+        (self.folder / "file").write_text("")
+        self.expect(run("build", "--chip", self.chip, "--headers", self.folder / "file" / "x", "--vhdl", one / "more"),
+                    1, err=None)
+        self.assertEqual(support.files_below(one / "more"), support.files_below(each / "vhdl"))
+        self.expect(run("build", *self.roots), 2, err=None)
+        self.expect(run("build", "--soft", self.soft, "--vhdl", one), 2, err=None)
 
     def test_log_and_warnings(self):
         root = self.lay_out({"root.xml": archive('<include file="missing.xml"/>')})
