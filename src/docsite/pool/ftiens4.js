@@ -516,16 +516,17 @@ var foldersTree = null; // the topmost node
     let typed = '';
     let typedAt = 0;
 
-    /// Letters lead to the next visible name that begins with them.
+    /// Letters typed in a row lead to the next visible name that begins with them.
     function jump(letter, time) {
-        typed = time - typedAt < 700 ? typed + letter.toLowerCase() : letter.toLowerCase();
+        const row = time - typedAt < 700 ? typed + letter : letter;
         typedAt = time;
-        const start = tree.active + (typed.length === 1 ? 1 : 0);
-        for (let step = 0; step < tree.items.length; ++step) {
-            const index = (start + step) % tree.items.length;
-            if (tree.items[index].title.toLowerCase().startsWith(typed)) {
-                moveTo(index);
-                return;
+        for (typed of row === letter ? [letter] : [row, letter]) {
+            for (let step = typed.length === 1 ? 1 : 0; step < tree.items.length; ++step) {
+                const index = (tree.active + step) % tree.items.length;
+                if (tree.items[index].title.toLowerCase().startsWith(typed.toLowerCase())) {
+                    moveTo(index);
+                    return;
+                }
             }
         }
     }
@@ -677,5 +678,6 @@ var foldersTree = null; // the topmost node
         });
         window.addEventListener('pagehide', keepState);
         siteBrowser.watch(follow, enterSearch);
+        (tree.box.hidden ? box : tree.box).focus({ preventScroll: true }); // keys work from the start
     };
 }());
