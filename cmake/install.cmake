@@ -7,8 +7,7 @@ install(TARGETS veldmap_library veldmap EXPORT veldmapTargets
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/veldmap)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/docsite/pool/ DESTINATION ${CMAKE_INSTALL_DATADIR}/veldmap/docpool
-    PATTERN .gitkeep EXCLUDE)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/docsite/pool/ DESTINATION ${CMAKE_INSTALL_DATADIR}/veldmap/docpool)
 install(EXPORT veldmapTargets NAMESPACE veldmap:: DESTINATION ${VELDMAP_PACKAGE_DIR})
 
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/veldmapConfig.cmake.in
