@@ -290,7 +290,7 @@ class SiteTests:
                 self.assertAlmostEqual(right, last, delta=1.5, msg=text)
             self.assertEqual(self.in_page("return document.scrollingElement.scrollWidth <= innerWidth"), True)
         self.assertEqual(self.in_page("""const box = document.querySelector('.bf:has(.h)');
-            return [box.scrollWidth > 800, box.clientWidth < 240]"""), [True, True])
+            return [box.scrollWidth > 700, box.clientWidth < 240]"""), [True, True])
 
     def test_light_and_dark(self):
         self.open_node("UART0")

@@ -613,7 +613,7 @@ var foldersTree = null; // the topmost node
         try {
             const state = JSON.parse(siteBrowser.recall());
             return Array.isArray(state.turned) && Array.isArray(state.scroll) ? state : null;
-        } catch (unreadable) {
+        } catch {
             return null;
         }
     }

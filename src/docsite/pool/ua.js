@@ -18,7 +18,7 @@ var siteBrowser = (function () {
         try {
             const value = call();
             return value === undefined ? null : value;
-        } catch (refused) {
+        } catch {
             return null;
         }
     }
