@@ -24,9 +24,9 @@ public:
     /// out. Text: headers/header_files.cpp.
     void generateCHeaders(const QString &path, bool chip);
 
-    /// Writes one VHDL package for each file of the chip below \a outputDirectory, which has no trailing slash. The chip
-    /// must be loaded. A package that can't be written, or whose name leads out of the directory, is left out. Text:
-    /// vhdl/packages.cpp, vhdl/maps.cpp.
+    /// Writes one VHDL package for each file of the chip below \a outputDirectory, which has no trailing slash. The
+    /// chip must be loaded. A package that can't be written, or whose name leads out of the directory, is left out.
+    /// Text: vhdl/packages.cpp, vhdl/maps.cpp.
     void generateVHDL(const QString &outputDirectory);
     /// The element that \a path names, as getPath writes it: $top.ctrl.enable, $top.table[3].val, $top.head.>.next. The
     /// chip's instances come first. Null when the path leads nowhere. Following a pointer may create the element behind
