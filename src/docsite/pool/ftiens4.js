@@ -602,7 +602,7 @@ var foldersTree = null; // the topmost node
 
     function nodeAt(path) {
         let node = foldersTree;
-        for (const title of path) {
+        for (const title of Array.isArray(path) ? path : []) {
             node = node && node.children.find(function (child) { return child.title === title; });
         }
         return node || null;
@@ -621,17 +621,17 @@ var foldersTree = null; // the topmost node
     function restoreState() {
         const state = keptState();
         const asked = siteBrowser.askedLink();
-        const askedNode = asked && nodeOfLink(asked);
+        const kept = state && nodeAt(state.current);
         for (const path of state ? state.turned : []) {
             const node = nodeAt(path);
             if (node)
                 node.isOpen = node.canOpen && !startsOpen(node);
         }
-        current = askedNode || (state && Array.isArray(state.current) && nodeAt(state.current)) || foldersTree;
+        current = (asked && !(kept && kept.link === asked) && nodeOfLink(asked)) || kept || foldersTree;
         reveal(current);
         if (current !== foldersTree)
             siteBrowser.show(current.link);
-        if (state) {
+        if (kept && current === kept) {
             tree.box.scrollTop = Number(state.scroll[0]) || 0;
             box.value = String(state.query || '');
             if (box.value)
