@@ -48,61 +48,59 @@ PackageChecks::PackageChecks(const VMXMLArchive &archive, PackageConstants &cons
 {
     const QString package = archive.getVHDLPkgName();
     if (!isDeclarableName(package))
-        find(kIllegalName, package);
+        find(kIllegalName, {package});
 }
 
 void PackageChecks::onVariable(const QString &name, const QString &value, int number)
 {
-    checkExpression(value, name);
-    declare(name, name);
+    checkExpression(value, {name});
+    declare({name});
     if (!m_ownConstants.contains(name))
         m_ownConstants.insert(name, number);
 }
 
 void PackageChecks::onVariableRange(const QString &name, const QString &left, const QString &right)
 {
-    checkExpression(left, name);
-    checkExpression(right, name);
-    declare(name, name);
+    checkExpression(left, {name});
+    checkExpression(right, {name});
+    declare({name});
 }
 
 void PackageChecks::onModule(const VMStruct &module, const QString &name, int addressBits)
 {
     m_module = &module;
-    declare(name, name);
+    declare({name});
     if (addressBits < kLeastAddressBits || addressBits > kMostAddressBits)
-        find(kAddressBits, name);
+        find(kAddressBits, {name});
 }
 
 void PackageChecks::onConstant(const QString &name, const QString &value, const VMXMLElement &cause)
 {
-    const QString where = pathOf(cause) + ": "_L1 + name;
-    checkExpression(value, where);
-    declare(name, where);
+    checkExpression(value, {name, &cause});
+    declare({name, &cause});
 }
 
 void PackageChecks::onRange(const QString &name, const QString &left, const QString &right, const VMXMLElement &cause)
 {
-    const QString where = pathOf(cause) + ": "_L1 + name;
     if (left.isEmpty()) {
-        find(kNoFields, pathOf(cause));
+        find(kNoFields, {{}, &cause});
         return;
     }
-    checkExpression(left, where);
-    checkExpression(right, where);
-    declare(name, where);
+    checkExpression(left, {name, &cause});
+    checkExpression(right, {name, &cause});
+    declare({name, &cause});
 }
 
 void PackageChecks::onType(const QString &name, const QString &range, const VMXMLElement &cause)
 {
     if (!m_declared.contains(range.toLower()))
-        find(kNoFields, pathOf(cause));
-    declare(name, pathOf(cause) + ": "_L1 + name);
+        find(kNoFields, {{}, &cause});
+    declare({name, &cause});
 }
 
 void PackageChecks::onUnevaluated(const QString &name, const VMXMLElement &cause)
 {
-    find(kUnevaluated, pathOf(cause) + u'.' + name);
+    find(kUnevaluated, {name, &cause});
 }
 
 void PackageChecks::report()
@@ -121,24 +119,27 @@ void PackageChecks::report()
     m_module = nullptr;
 }
 
-void PackageChecks::find(Kind kind, const QString &where)
+void PackageChecks::find(Kind kind, const Where &where)
 {
     Found &found = m_found[kind];
-    if (found.count++ == 0)
-        found.first = where;
+    if (found.count++ > 0)
+        return;
+    found.first = where.cause ? pathOf(*where.cause) : where.name;
+    if (where.cause && !where.name.isEmpty())
+        found.first += ": "_L1 + where.name;
 }
 
-void PackageChecks::declare(const QString &name, const QString &where)
+void PackageChecks::declare(const Where &where)
 {
-    const QString folded = name.toLower();
-    if (!isDeclarableName(name))
+    const QString folded = where.name.toLower();
+    if (!isDeclarableName(where.name))
         find(kIllegalName, where);
     else if (m_declared.contains(folded))
         find(kDeclaredTwice, where);
     m_declared.insert(folded);
 }
 
-void PackageChecks::checkExpression(const QString &text, const QString &where)
+void PackageChecks::checkExpression(const QString &text, const Where &where)
 {
     switch (evaluateStatic(text, [this](const QString &name) { return valueOf(name); })) {
     case StaticResult::Value:

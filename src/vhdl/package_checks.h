@@ -55,9 +55,15 @@ private:
         QString first; ///< path and line of the first
     };
 
-    void find(Kind kind, const QString &where);
-    void declare(const QString &name, const QString &where);
-    void checkExpression(const QString &text, const QString &where);
+    /// Where a line stands: what it declares, and the register that it is for, if it is for one.
+    struct Where {
+        const QString &name;
+        const VMXMLElement *cause = nullptr;
+    };
+
+    void find(Kind kind, const Where &where);
+    void declare(const Where &where);
+    void checkExpression(const QString &text, const Where &where);
     std::optional<qint64> valueOf(const QString &name) const;
     QString pathOf(const VMXMLElement &element) const;
 

@@ -2,7 +2,6 @@
 
 #include "common/text.h"
 
-#include <QRegularExpression>
 #include <QSet>
 
 #include <algorithm>
@@ -190,15 +189,22 @@ constexpr QLatin1StringView kReservedWords[] = {
 
 StaticResult evaluateStatic(const QString &text, const ConstantLookup &constants)
 {
+    constexpr qsizetype kSmallNumber = 9; // digits
+    const auto isDigit = [](QChar c) { return c >= u'0' && c <= u'9'; };
+    if (!text.isEmpty() && text.size() <= kSmallNumber && std::ranges::all_of(text, isDigit))
+        return StaticResult::Value;
     return Reader(text, constants).read();
 }
 
 bool isDeclarableName(const QString &name)
 {
-    // a_b1 is a name; _a, a_, a__b and 1a are none.
-    static const QRegularExpression identifier(u"\\A[A-Za-z][A-Za-z0-9]*(_[A-Za-z0-9]+)*\\z"_s);
     static const QSet<QString> reserved(std::begin(kReservedWords), std::end(kReservedWords));
-    return identifier.match(name).hasMatch() && !reserved.contains(name.toLower());
+    if (!std::ranges::all_of(name, isNameCharacter) || name.isEmpty() || name.front().isDigit())
+        return false;
+    // Each underscore stands between letters and digits.
+    if (name.startsWith(u'_') || name.endsWith(u'_') || name.contains("__"_L1))
+        return false;
+    return !reserved.contains(name.toLower());
 }
 
 } // namespace veldmap

@@ -216,7 +216,7 @@ TEST(VhdlFindings, EachKindOnceForEachModule)
         {u"<var name='low' value='1'/><module name='m'>"_s + fine +
              u"<struct name='s'><reg name='r'><bits name='f' pos='low'/><bits name='g' pos='0x2:0'/></reg></struct>"
              "</module>"_s,
-         {u"Module 'm': VHDL refuses 3 lines, positions that have no value; the first is m.s.r.f"_s}},
+         {u"Module 'm': VHDL refuses 3 lines, positions that have no value; the first is m.s.r: f"_s}},
     };
     for (const auto &row : rows)
         EXPECT_EQ(findingsOf(row.content), row.findings) << row.content.toStdString();
