@@ -1,5 +1,6 @@
 #include "common/file_writer.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -87,6 +88,11 @@ bool writeWholeFile(const QString &path, const QByteArray &content, QString &rea
         return true;
     file.remove();
     return false;
+}
+
+bool liesBelow(const QString &directory, const QString &path)
+{
+    return QDir(path).absolutePath().startsWith(QDir(directory).absolutePath() + u'/');
 }
 
 } // namespace veldmap

@@ -146,7 +146,7 @@ public:
             ++report.skipped;
             return;
         }
-        if (QDir::cleanPath(archive.getHFileRelativeName()).startsWith("../"_L1))
+        if (!veldmap::liesBelow(m_path, target))
             report.outside.append(QDir::cleanPath(target));
         const veldmap::TemplateMacrosCache macros;
         if (writeFile(target, archive.c_content()) && archive.generateAsm)

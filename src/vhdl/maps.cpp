@@ -6,6 +6,8 @@
 #include "model/valuable.h"
 #include "vhdl/notation.h"
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 // A register in a package: its word address, its fields in the register and in the packed word, and the range of that.
@@ -91,6 +93,7 @@ void MapWriter::writeArray(const VMArray &array, int level)
                      level);
     const QString count = QString::number(array.count());
     m_text += u'\n';
+    m_isBehindError = false;
     appendLine(m_text, indent(level + 1), "constant tabsize_"_L1, name, u":", kValueColumn, "integer := "_L1, count,
                u";");
     appendLine(m_text, indent(level + 1), "type tab_"_L1, name,
@@ -112,16 +115,18 @@ void MapWriter::writeValuable(const VMValuable &valuable, int level)
         writeLogical(*field, level);
     for (const auto &group : valuable.bitGroups)
         writeLogical(*group, level);
+    beginLine();
     appendLine(m_text, indent(level + 1), "-- physical map"_L1);
     for (const auto &field : valuable.bitFields)
         writePhysical(*field, level);
     for (const auto &group : valuable.bitGroups)
         writePhysical(*group, level);
+    DeclarationListener *listener = beginLine();
     appendLine(m_text, indent(level + 1), "subtype range_"_L1, name, " is"_L1, kValueColumn, "integer range "_L1,
                valuable.physicalName, " downto 0;"_L1);
     m_text += u'\n';
-    if (m_listener)
-        m_listener->onRange("range_"_L1 + name, valuable.physicalName, u"0"_s, valuable);
+    if (listener)
+        listener->onRange("range_"_L1 + name, valuable.physicalName, u"0"_s, valuable);
 }
 
 /// Addresses count words.
@@ -131,6 +136,11 @@ void MapWriter::writeAddress(const VMXMLElement &element, const QString &name, i
     appendLine(m_text, indent(level), "constant at_"_L1, name, u":", kValueColumn, "integer := "_L1, address, u";");
     if (m_listener)
         m_listener->onConstant("at_"_L1 + name, address, element);
+}
+
+DeclarationListener *MapWriter::beginLine()
+{
+    return std::exchange(m_isBehindError, false) ? nullptr : m_listener;
 }
 
 void MapWriter::writeLogical(const VMBitField &field, int level)
@@ -176,10 +186,12 @@ void MapWriter::writeDefinition(const Definition &definition, int level)
     bool error = false;
     const int highNumber = archive->variables->evalExpression(high, message, error);
     const int lowNumber = error ? 0 : archive->variables->evalExpression(low, message, error);
+    DeclarationListener *listener = beginLine();
     if (error) {
         m_text += "ERROR while evaluating expressions when generating vhdl"_L1 + message;
-        if (m_listener)
-            m_listener->onUnevaluated(definition.name, *definition.valuable);
+        m_isBehindError = true;
+        if (listener)
+            listener->onUnevaluated(definition.name, *definition.valuable);
         return;
     }
     const bool isRange = highNumber != lowNumber;
@@ -194,12 +206,12 @@ void MapWriter::writeDefinition(const Definition &definition, int level)
     m_known.insert(line);
     m_seen.append(line);
     const bool isComment = isRange && !definition.rangeRemark.isEmpty();
-    if (!m_listener || isComment)
+    if (!listener || isComment)
         return;
     if (isRange)
-        m_listener->onRange(definition.prefix + definition.name, high, low, *definition.valuable);
+        listener->onRange(definition.prefix + definition.name, high, low, *definition.valuable);
     else
-        m_listener->onConstant(definition.prefix + definition.name, high, *definition.valuable);
+        listener->onConstant(definition.prefix + definition.name, high, *definition.valuable);
 }
 
 } // namespace veldmap

@@ -53,8 +53,13 @@ private:
 
     QString m_text;
     QStringList &m_seen;
+    /// The listener of the line that begins now, null if there is none. The text of an error has no line feed, so the
+    /// line behind it is no declaration any more.
+    DeclarationListener *beginLine();
+
     QSet<QString> m_known; // what m_seen holds
     DeclarationListener *m_listener;
+    bool m_isBehindError = false;
 };
 
 } // namespace veldmap

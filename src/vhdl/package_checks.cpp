@@ -2,10 +2,12 @@
 
 #include "model/aggregates.h"
 #include "model/archive.h"
+#include "model/root_archive.h"
 #include "vhdl/notation.h"
 #include "vhdl/static_expression.h"
 
 #include <algorithm>
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -25,45 +27,118 @@ constexpr QLatin1StringView kWordings[] = {
     "numbers beyond its integers"_L1,
     "expressions that it can't read"_L1,
     "positions that have no value"_L1,
+    "types whose words another declaration hides"_L1,
+    "uses of packages that use this one"_L1,
+    "comments with characters that VHDL-93 lacks"_L1,
 };
 
 } // namespace
 
-const QHash<QString, qint64> &PackageConstants::of(const VMXMLArchive &archive)
+ChipPackages::ChipPackages(const VMRootArchive &root)
 {
-    const auto known = m_tables.constFind(&archive);
-    if (known != m_tables.cend())
-        return *known;
-    QHash<QString, qint64> table;
-    for (const VMIntVar &variable : *archive.variables) {
-        const QString name = variable.name.toUpper();
-        if (!variable.isRange && !table.contains(name))
-            table.insert(name, variable.leftValue);
+    QSet<QString> names;
+    for (const VMXMLArchive *archive : root.xmlArchives) {
+        const QString name = archive->getVHDLPkgName().toLower();
+        if (names.contains(name))
+            m_namesakes.insert(archive);
+        names.insert(name);
+        visit(*archive);
     }
-    return *m_tables.insert(&archive, table);
 }
 
-PackageChecks::PackageChecks(const VMXMLArchive &archive, PackageConstants &constants, QList<VhdlFinding> &findings)
-    : m_archive(archive), m_constants(constants), m_findings(findings)
+/// Finds circles as Tarjan does: what is still open when its first archive is left behind is one. The earliest open
+/// archive that is reached from \a archive.
+int ChipPackages::visit(const VMXMLArchive &archive)
+{
+    if (const auto known = m_visits.constFind(&archive); known != m_visits.cend())
+        return known->circle == 0 ? known->number : std::numeric_limits<int>::max();
+    const int number = static_cast<int>(m_visits.size()) + 1;
+    m_visits.insert(&archive, {number, 0});
+    m_open.append(&archive);
+    int lowest = number;
+    for (const VMXMLArchive *used : archive.includedArchives)
+        lowest = qMin(lowest, visit(*used));
+    if (lowest == number) {
+        ++m_circles;
+        const VMXMLArchive *member = nullptr;
+        while (member != &archive) {
+            member = m_open.takeLast();
+            m_visits[member].circle = m_circles;
+        }
+    }
+    return lowest;
+}
+
+bool ChipPackages::areCircular(const VMXMLArchive &one, const VMXMLArchive &other) const
+{
+    return m_visits.value(&one).circle == m_visits.value(&other).circle;
+}
+
+const QHash<QString, std::optional<qint64>> &ChipPackages::namesOf(const VMXMLArchive &archive)
+{
+    const auto known = m_names.constFind(&archive);
+    if (known != m_names.cend())
+        return *known;
+    QHash<QString, std::optional<qint64>> names;
+    for (const VMIntVar &variable : *archive.variables) {
+        const QString name = variable.name.toUpper();
+        if (!names.contains(name))
+            names.insert(name, variable.isRange ? std::nullopt : std::optional<qint64>(variable.leftValue));
+    }
+    return *m_names.insert(&archive, names);
+}
+
+PackageChecks::PackageChecks(const VMXMLArchive &archive, ChipPackages &packages, QList<VhdlFinding> &findings)
+    : m_archive(archive), m_packages(packages), m_findings(findings)
 {
     const QString package = archive.getVHDLPkgName();
-    if (!isDeclarableName(package))
-        find(kIllegalName, {package});
+    if (packages.isNamesake(archive))
+        findings.append(
+            {archive.getTotalPath(),
+             u"Package '%1': another file of the chip has a package of this name, and a library holds one"_s.arg(
+                 package)});
+    const auto isLegal = [](const QString &name) {
+        return isDeclarableName(name) && name.compare("work"_L1, Qt::CaseInsensitive) != 0 &&
+               name.compare("ieee"_L1, Qt::CaseInsensitive) != 0;
+    };
+    if (!isLegal(package)) {
+        find(kIllegalName, {package}); // where the package begins
+        find(kIllegalName, {package}); // and ends
+    }
+    for (const VMXMLArchive *used : archive.includedArchives) {
+        const QString name = used->getVHDLPkgName();
+        if (!isLegal(name))
+            find(kIllegalName, {name});
+        else if (packages.areCircular(archive, *used))
+            find(kCircularUse, {name});
+        if (!m_used.contains(used))
+            m_used.append(used);
+    }
+}
+
+/// A package is UTF-8; a tool of VHDL-93 reads its bytes as Latin-1 and takes none of the control characters behind it.
+void PackageChecks::onComment(const QString &name, const QString &comment)
+{
+    const auto isControl = [](char byte) {
+        return static_cast<unsigned char>(byte) >= 0x80 && static_cast<unsigned char>(byte) < 0xA0;
+    };
+    if (std::ranges::any_of(comment.toUtf8(), isControl))
+        find(kComment, {name});
 }
 
 void PackageChecks::onVariable(const QString &name, const QString &value, int number)
 {
+    declare({name}); // the name means nothing else from here on, not even in its own value
     checkExpression(value, {name});
-    declare({name});
     if (!m_ownConstants.contains(name))
         m_ownConstants.insert(name, number);
 }
 
 void PackageChecks::onVariableRange(const QString &name, const QString &left, const QString &right)
 {
+    declare({name});
     checkExpression(left, {name});
     checkExpression(right, {name});
-    declare({name});
 }
 
 void PackageChecks::onModule(const VMStruct &module, const QString &name, int addressBits)
@@ -95,6 +170,12 @@ void PackageChecks::onType(const QString &name, const QString &range, const VMXM
 {
     if (!m_declared.contains(range.toLower()))
         find(kNoFields, {{}, &cause});
+    const auto isHidden = [this](const QString &word) {
+        return m_declared.contains(word.toLower()) ||
+               std::ranges::any_of(m_used, [&](const auto *used) { return m_packages.namesOf(*used).contains(word); });
+    };
+    if (isHidden(u"NATURAL"_s) || isHidden(u"STD_LOGIC_VECTOR"_s))
+        find(kHiddenType, {name, &cause});
     declare({name, &cause});
 }
 
@@ -153,20 +234,32 @@ void PackageChecks::checkExpression(const QString &text, const Where &where)
     }
 }
 
-/// A name that two included packages declare is that of neither.
-std::optional<qint64> PackageChecks::valueOf(const QString &name) const
+std::optional<qint64> PackageChecks::valueOf(const QString &name)
 {
-    const auto own = m_ownConstants.constFind(name);
-    if (own != m_ownConstants.cend())
-        return *own;
+    if (m_declared.contains(name.toLower())) {
+        const auto own = m_ownConstants.constFind(name);
+        return own == m_ownConstants.cend() ? std::nullopt : std::optional<qint64>(*own);
+    }
+    const auto known = m_usedConstants.constFind(name);
+    return known != m_usedConstants.cend() ? *known : *m_usedConstants.insert(name, lookUp(name));
+}
+
+/// The constant of that name in the packages that this one uses. A name that two packages declare is that of neither,
+/// also if one of them is a package that all use.
+std::optional<qint64> PackageChecks::lookUp(const QString &name) const
+{
+    if (isStandardName(name))
+        return std::nullopt;
     std::optional<qint64> value;
-    for (const VMXMLArchive *included : m_archive.includedArchives) {
-        const QHash<QString, qint64> &constants = m_constants.of(*included);
-        const auto found = constants.constFind(name);
-        if (found == constants.cend())
+    bool isFound = false;
+    for (const VMXMLArchive *used : m_used) {
+        const auto &names = m_packages.namesOf(*used);
+        const auto found = names.constFind(name);
+        if (found == names.cend())
             continue;
-        if (value)
+        if (isFound)
             return std::nullopt;
+        isFound = true;
         value = *found;
     }
     return value;

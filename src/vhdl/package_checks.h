@@ -9,19 +9,37 @@
 #include <array>
 #include <optional>
 
+class VMRootArchive;
 class VMStruct;
 class VMXMLArchive;
 
 namespace veldmap {
 
-/// The constants that the packages of one chip declare for variables, by their name in upper case; of equal names the
-/// first, which is the one that VHDL takes.
-class PackageConstants {
+/// What the packages of one chip mean to one another.
+class ChipPackages {
 public:
-    const QHash<QString, qint64> &of(const VMXMLArchive &archive);
+    explicit ChipPackages(const VMRootArchive &root);
+
+    /// The names that the package of \a archive declares for variables and ranges, in upper case, with the values of
+    /// its constants; of equal names the first, which is the one that VHDL takes.
+    const QHash<QString, std::optional<qint64>> &namesOf(const VMXMLArchive &archive);
+    /// Whether both packages use each other, directly or through others.
+    bool areCircular(const VMXMLArchive &one, const VMXMLArchive &other) const;
+    /// Whether an earlier archive has a package of the same name, whatever its case.
+    bool isNamesake(const VMXMLArchive &archive) const { return m_namesakes.contains(&archive); }
 
 private:
-    QHash<const VMXMLArchive *, QHash<QString, qint64>> m_tables;
+    struct Visit {
+        int number = 0; ///< from 1, in the order of coming
+        int circle = 0; ///< from 1, when its circle is known
+    };
+    int visit(const VMXMLArchive &archive);
+
+    QHash<const VMXMLArchive *, QHash<QString, std::optional<qint64>>> m_names;
+    QSet<const VMXMLArchive *> m_namesakes;
+    QHash<const VMXMLArchive *, Visit> m_visits;
+    QList<const VMXMLArchive *> m_open;
+    int m_circles = 0;
 };
 
 /// Follows the declarations of one package and tells which of them no VHDL tool takes. The text stays as it is: the
@@ -32,8 +50,10 @@ private:
 class PackageChecks final : public DeclarationListener {
 public:
     /// Findings are appended to \a findings.
-    PackageChecks(const VMXMLArchive &archive, PackageConstants &constants, QList<VhdlFinding> &findings);
+    PackageChecks(const VMXMLArchive &archive, ChipPackages &packages, QList<VhdlFinding> &findings);
 
+    /// The comment of a variable.
+    void onComment(const QString &name, const QString &comment);
     /// The constant of a variable, whose value is \a number.
     void onVariable(const QString &name, const QString &value, int number);
     /// The subtype of a range of the description.
@@ -49,7 +69,19 @@ public:
     void report();
 
 private:
-    enum Kind { kNoFields, kDeclaredTwice, kIllegalName, kAddressBits, kTooLarge, kUnreadable, kUnevaluated, kKinds };
+    enum Kind {
+        kNoFields,
+        kDeclaredTwice,
+        kIllegalName,
+        kAddressBits,
+        kTooLarge,
+        kUnreadable,
+        kUnevaluated,
+        kHiddenType,
+        kCircularUse,
+        kComment,
+        kKinds
+    };
     struct Found {
         int count = 0;
         QString first; ///< path and line of the first
@@ -64,16 +96,19 @@ private:
     void find(Kind kind, const Where &where);
     void declare(const Where &where);
     void checkExpression(const QString &text, const Where &where);
-    std::optional<qint64> valueOf(const QString &name) const;
+    std::optional<qint64> valueOf(const QString &name);
+    std::optional<qint64> lookUp(const QString &name) const;
     QString pathOf(const VMXMLElement &element) const;
 
     const VMXMLArchive &m_archive;
-    PackageConstants &m_constants;
+    ChipPackages &m_packages;
+    QList<const VMXMLArchive *> m_used; // each once
     QList<VhdlFinding> &m_findings;
     const VMStruct *m_module = nullptr;
     std::array<Found, kKinds> m_found;
-    QSet<QString> m_declared;              // in lower case
-    QHash<QString, qint64> m_ownConstants; // of the variables so far, in upper case
+    QSet<QString> m_declared;                              // in lower case
+    QHash<QString, qint64> m_ownConstants;                 // of the variables so far, in upper case
+    QHash<QString, std::optional<qint64>> m_usedConstants; // that were looked up, in upper case
 };
 
 } // namespace veldmap

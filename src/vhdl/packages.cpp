@@ -10,8 +10,6 @@
 #include "vhdl/notation.h"
 #include "vhdl/package_checks.h"
 
-#include <QDir>
-
 using namespace Qt::StringLiterals;
 using veldmap::appendLine;
 using veldmap::Column;
@@ -61,6 +59,8 @@ void appendVariable(QString &text, const VMIntVar &variable, PackageChecks *chec
         text += u'\n';
     if (!variable.comment.isEmpty())
         appendLine(text, "--"_L1, QString(variable.comment).replace("<br>"_L1, "\n--"_L1));
+    if (checks)
+        checks->onComment(variable.name, variable.comment);
     if (isSpacer)
         return;
     const QString left = vhdlExpression(variable.leftExpression);
@@ -134,41 +134,42 @@ QString packageText(const VMXMLArchive &archive, PackageChecks *checks)
 /// Writes the packages of one chip.
 class PackageRun {
 public:
-    PackageRun(const QString &path, const std::function<void(const QString &)> &progress)
-        : m_path(path), m_progress(progress)
+    PackageRun(const VMRootArchive &root, const QString &path, const std::function<void(const QString &)> &progress)
+        : m_packages(root), m_path(path), m_progress(progress)
     {
     }
 
     void write(const VMXMLArchive &archive)
     {
         const QString target = m_path + u'/' + archive.getVHDLFileRelativeName();
-        if (leadsOutside(archive)) {
-            report.failed.append({target, u"it would lie outside the directory"_s});
-            return;
+        QString reason = refusalOf(archive, target);
+        if (reason.isEmpty()) {
+            recursiveMkdir(m_path, archive.getRelativePath(false));
+            if (m_progress)
+                m_progress(target);
+            PackageChecks checks(archive, m_packages, report.findings);
+            if (veldmap::writeWholeFile(target, packageText(archive, &checks).toUtf8(), reason)) {
+                ++report.written;
+                return;
+            }
         }
-        recursiveMkdir(m_path, archive.getRelativePath(false));
-        if (m_progress)
-            m_progress(target);
-        PackageChecks checks(archive, m_constants, report.findings);
-        QString reason;
-        if (veldmap::writeWholeFile(target, packageText(archive, &checks).toUtf8(), reason))
-            ++report.written;
-        else
-            report.failed.append({target, reason});
+        report.failed.append({target, reason});
     }
 
     veldmap::VhdlReport report;
 
 private:
-    /// Package names come from the description, as they stand there.
-    static bool leadsOutside(const VMXMLArchive &archive)
+    /// Why the package of \a archive is not written; empty when it can be. Its name comes from the description, as it
+    /// stands there, and its place is that of the description below its root.
+    QString refusalOf(const VMXMLArchive &archive, const QString &target) const
     {
         const QString package = archive.getVHDLPkgName();
-        return package.contains(u'/') || package.contains(".."_L1) ||
-               QDir::cleanPath(archive.getVHDLFileRelativeName()).startsWith("../"_L1);
+        if (package.contains(u'/') || package.contains(".."_L1))
+            return u"the name of a package may lead nowhere else"_s;
+        return veldmap::liesBelow(m_path, target) ? QString() : u"it would lie outside the directory"_s;
     }
 
-    veldmap::PackageConstants m_constants;
+    veldmap::ChipPackages m_packages;
     QString m_path;
     const std::function<void(const QString &)> &m_progress;
 };
@@ -180,11 +181,11 @@ namespace veldmap {
 VhdlReport writeVhdlPackages(const VMMemoryMap &map, const QString &path,
                              const std::function<void(const QString &)> &progress)
 {
-    PackageRun run(path, progress);
-    if (map.chipRootArchive) {
-        for (const VMXMLArchive *archive : map.chipRootArchive->xmlArchives)
-            run.write(*archive);
-    }
+    if (!map.chipRootArchive)
+        return {};
+    PackageRun run(*map.chipRootArchive, path, progress);
+    for (const VMXMLArchive *archive : map.chipRootArchive->xmlArchives)
+        run.write(*archive);
     return run.report;
 }
 

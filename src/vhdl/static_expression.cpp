@@ -3,9 +3,11 @@
 #include "common/text.h"
 
 #include <QSet>
+#include <QtNumeric>
 
 #include <algorithm>
 #include <iterator>
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -13,8 +15,19 @@ namespace veldmap {
 
 namespace {
 
-constexpr qint64 kGreatestInteger = 0x7FFFFFFF; // the least is its negative
-constexpr int kNesting = 256;                   // parentheses inside one another
+constexpr int kNesting = 256; // parentheses inside one another
+
+bool isInteger(qint64 value)
+{
+    return value >= std::numeric_limits<qint32>::min() && value <= std::numeric_limits<qint32>::max();
+}
+
+/// A number on the way. Literals alone compute with universal integers, which end nowhere; a constant makes the result
+/// one of 32 bits.
+struct Number {
+    qint64 value = 0;
+    bool isUniversal = true;
+};
 
 /// Reads an expression from left to right:
 ///
@@ -30,71 +43,76 @@ public:
 
     StaticResult read()
     {
-        const qint64 value = expression();
+        const Number number = expression();
         skipBlanks();
         if (!m_isReadable || !m_rest.isEmpty())
             return StaticResult::Unreadable;
-        limit(value);
-        return m_isTooLarge ? StaticResult::TooLarge : StaticResult::Value;
+        return m_isTooLarge || !isInteger(number.value) ? StaticResult::TooLarge : StaticResult::Value;
     }
 
 private:
-    qint64 expression()
+    using Operation = bool (*)(qint64 left, qint64 right, qint64 *result);
+
+    Number expression()
     {
         const bool isNegative = take("-"_L1);
         if (!isNegative)
             take("+"_L1);
-        qint64 value = isNegative ? -term() : term();
+        Number number = term();
+        if (isNegative)
+            number = combine({0, number.isUniversal}, number, qSubOverflow<qint64>);
         while (m_isReadable) {
             if (take("+"_L1))
-                value = limit(value + term());
+                number = combine(number, term(), qAddOverflow<qint64>);
             else if (take("-"_L1))
-                value = limit(value - term());
+                number = combine(number, term(), qSubOverflow<qint64>);
             else
                 break;
         }
-        return value;
+        return number;
     }
 
-    qint64 term()
+    Number term()
     {
-        qint64 value = factor();
+        Number number = factor();
         while (m_isReadable) {
             if (take("*"_L1)) {
-                value = limit(value * factor());
+                number = combine(number, factor(), qMulOverflow<qint64>);
             } else if (take("/"_L1)) {
-                const qint64 divisor = factor();
-                value = divisor == 0 ? fail() : value / divisor;
+                const Number divisor = factor();
+                if (divisor.value == 0)
+                    return fail();
+                number = {number.value / divisor.value, number.isUniversal && divisor.isUniversal};
             } else {
                 break;
             }
         }
-        return value;
+        return number;
     }
 
-    qint64 factor()
+    Number factor()
     {
-        const qint64 base = primary();
+        const Number base = primary();
         if (!take("**"_L1))
             return base;
-        const qint64 exponent = primary();
+        const qint64 exponent = primary().value;
         if (exponent < 0)
             return fail();
-        // Every base beyond -1 to 1 has left the integers long before.
-        qint64 power = 1;
-        for (qint64 step = 0; step < qMin<qint64>(exponent, 64 + (exponent & 1)); ++step)
-            power = limit(power * base);
+        // Every base beyond -1 to 1 has left the numbers long before.
+        Number power = {1, base.isUniversal};
+        for (qint64 step = 0; step < qMin<qint64>(exponent, 64 + (exponent & 1)) && !m_isTooLarge; ++step)
+            power = combine(power, base, qMulOverflow<qint64>);
         return power;
     }
 
-    qint64 primary()
+    Number primary()
     {
         if (take("("_L1)) {
             if (++m_depth > kNesting)
                 return fail();
-            const qint64 value = expression();
+            const Number number = expression();
             --m_depth;
-            return take(")"_L1) ? value : fail();
+            return take(")"_L1) ? number : fail();
         }
         skipBlanks();
         qsizetype length = 0;
@@ -107,23 +125,44 @@ private:
         return word.front().isDigit() ? literal(word) : named(word);
     }
 
-    qint64 named(QStringView word)
+    Number named(QStringView word)
     {
         const std::optional<qint64> value = m_constants(word.toString().toUpper());
-        return value ? limit(*value) : fail();
+        return value ? Number{*value, false} : fail();
     }
 
-    qint64 literal(QStringView word)
+    Number literal(QStringView word)
     {
         const bool isHexadecimal = word.size() > 4 && word.startsWith("16#"_L1) && word.endsWith(u'#');
-        const QStringView digits = isHexadecimal ? word.sliced(3).chopped(1) : word;
-        const bool isLiteral = std::ranges::all_of(
-            digits, isHexadecimal ? isHexDigit : [](QChar c) { return c >= u'0' && c <= u'9'; });
-        if (!isLiteral)
+        if (isHexadecimal)
+            return digits(word.sliced(3).chopped(1), 16, isHexDigit);
+        const auto isDecimal = [](QChar c) { return c >= u'0' && c <= u'9'; };
+        const qsizetype exponentAt = word.indexOf(u'E', 0, Qt::CaseInsensitive);
+        if (exponentAt < 0)
+            return digits(word, 10, isDecimal);
+        Number number = digits(word.first(exponentAt), 10, isDecimal);
+        const qint64 exponent = digits(word.sliced(exponentAt + 1), 10, isDecimal).value;
+        for (qint64 step = 0; step < exponent && m_isReadable && !m_isTooLarge && number.value != 0; ++step)
+            number = combine(number, {10}, qMulOverflow<qint64>);
+        return number;
+    }
+
+    Number digits(QStringView text, int base, bool (*isDigit)(QChar))
+    {
+        if (text.isEmpty() || !std::ranges::all_of(text, isDigit))
             return fail();
         bool isSmall = false;
-        const qint64 value = digits.toLongLong(&isSmall, isHexadecimal ? 16 : 10);
-        return limit(isSmall ? value : kGreatestInteger + 1);
+        const qint64 value = text.toLongLong(&isSmall, base);
+        m_isTooLarge = m_isTooLarge || !isSmall;
+        return {value};
+    }
+
+    Number combine(const Number &left, const Number &right, Operation operation)
+    {
+        Number result = {0, left.isUniversal && right.isUniversal};
+        if (operation(left.value, right.value, &result.value) || !(result.isUniversal || isInteger(result.value)))
+            m_isTooLarge = true;
+        return m_isTooLarge ? Number() : result;
     }
 
     /// Takes \a symbol if it stands next. "*" does not take the first half of "**".
@@ -143,19 +182,10 @@ private:
             m_rest = m_rest.sliced(1);
     }
 
-    /// \a value, or 0 and a note when no integer holds it.
-    qint64 limit(qint64 value)
-    {
-        if (value >= -kGreatestInteger && value <= kGreatestInteger)
-            return value;
-        m_isTooLarge = true;
-        return 0;
-    }
-
-    qint64 fail()
+    Number fail()
     {
         m_isReadable = false;
-        return 0;
+        return {};
     }
 
     QStringView m_rest;
@@ -182,8 +212,26 @@ constexpr QLatin1StringView kReservedWords[] = {
     "assume"_L1, "assume_guarantee"_L1, "context"_L1, "cover"_L1, "default"_L1, "fairness"_L1, "force"_L1,
     "parameter"_L1, "property"_L1, "protected"_L1, "release"_L1, "restrict"_L1, "restrict_guarantee"_L1, "sequence"_L1,
     "strong"_L1, "vmode"_L1, "vprop"_L1, "vunit"_L1,
-    // names that the lines of a package use themselves
-    "integer"_L1, "natural"_L1, "std_logic_vector"_L1};
+    // every line of a package uses it
+    "integer"_L1};
+
+/// Names of the packages that every package uses. A constant of that name in another package is hidden by them, as they
+/// are by it.
+constexpr QLatin1StringView kStandardNames[] = {
+    "bit"_L1, "bit_vector"_L1, "boolean"_L1, "character"_L1, "delay_length"_L1, "error"_L1, "failure"_L1, "false"_L1,
+    "file_open_kind"_L1, "file_open_status"_L1, "append_mode"_L1, "mode_error"_L1, "name_error"_L1, "open_ok"_L1,
+    "read_mode"_L1, "status_error"_L1, "write_mode"_L1, "foreign"_L1, "integer"_L1, "natural"_L1, "note"_L1, "now"_L1,
+    "positive"_L1, "real"_L1, "severity_level"_L1, "string"_L1, "time"_L1, "true"_L1, "warning"_L1,
+    // units of time
+    "fs"_L1, "ps"_L1, "ns"_L1, "us"_L1, "ms"_L1, "sec"_L1, "min"_L1, "hr"_L1,
+    // characters
+    "nul"_L1, "soh"_L1, "stx"_L1, "etx"_L1, "eot"_L1, "enq"_L1, "ack"_L1, "bel"_L1, "bs"_L1, "ht"_L1, "lf"_L1, "vt"_L1,
+    "ff"_L1, "cr"_L1, "so"_L1, "si"_L1, "dle"_L1, "dc1"_L1, "dc2"_L1, "dc3"_L1, "dc4"_L1, "nak"_L1, "syn"_L1, "etb"_L1,
+    "can"_L1, "em"_L1, "sub"_L1, "esc"_L1, "fsp"_L1, "gsp"_L1, "rsp"_L1, "usp"_L1, "del"_L1,
+    // std_logic_1164
+    "std_ulogic"_L1, "std_ulogic_vector"_L1, "std_logic"_L1, "std_logic_vector"_L1, "x01"_L1, "x01z"_L1, "ux01"_L1,
+    "ux01z"_L1, "resolved"_L1, "to_bit"_L1, "to_bitvector"_L1, "to_x01"_L1, "to_x01z"_L1, "to_ux01"_L1,
+    "rising_edge"_L1, "falling_edge"_L1, "is_x"_L1};
 
 } // namespace
 
@@ -205,6 +253,12 @@ bool isDeclarableName(const QString &name)
     if (name.startsWith(u'_') || name.endsWith(u'_') || name.contains("__"_L1))
         return false;
     return !reserved.contains(name.toLower());
+}
+
+bool isStandardName(const QString &name)
+{
+    static const QSet<QString> standard(std::begin(kStandardNames), std::end(kStandardNames));
+    return standard.contains(name.toLower());
 }
 
 } // namespace veldmap

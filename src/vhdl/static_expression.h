@@ -12,7 +12,7 @@ namespace veldmap {
 /// What VHDL makes of an expression of integers.
 enum class StaticResult {
     Value,     ///< a number that an integer holds
-    TooLarge,  ///< a number, or a step to it, beyond the 32-bit integers that every tool has
+    TooLarge,  ///< a number, or a step to it, beyond 32-bit integers
     Unreadable ///< an operator, literal or name that VHDL does not have there, or no value
 };
 
@@ -23,8 +23,11 @@ using ConstantLookup = std::function<std::optional<qint64>(const QString &name)>
 /// parentheses.
 VELDMAP_EXPORT StaticResult evaluateStatic(const QString &text, const ConstantLookup &constants);
 
-/// Whether \a name can be declared: a basic identifier that is no reserved word of VHDL-93 or VHDL-2008, nor a name
-/// that every package uses.
+/// Whether \a name can be declared: a basic identifier that is no reserved word of VHDL-93 or VHDL-2008, nor INTEGER,
+/// which every line uses.
 bool isDeclarableName(const QString &name);
+
+/// Whether the packages that every package uses, STANDARD and std_logic_1164, declare \a name.
+bool isStandardName(const QString &name);
 
 } // namespace veldmap

@@ -55,9 +55,12 @@ def packages_below(folder):
         found[re.search(r"^package (\w+) is$", text, re.MULTILINE)[1]] = path
     ordered = {}
 
+    begun = set()
+
     def take(name):
+        begun.add(name)
         for used in re.findall(r"^USE work\.(\w+)\.all;$", found[name].read_text(), re.MULTILINE):
-            if used not in ordered:
+            if used not in begun:
                 take(used)
         ordered.setdefault(name, found[name])
 
@@ -116,34 +119,75 @@ class Vhdl(support.Case):
             self.check(standard, "-e", "user")
             self.assertIn("all was checked", self.check(standard, "-r", "user"))
 
-    def test_kinds_of_lines_that_a_tool_refuses(self):
-        # Such a line alone among what is fine: the tool refuses the package and the program has warned.
+    def test_the_program_warns_of_what_a_tool_refuses_and_of_nothing_else(self):
         fine = '<reg name="c"><bits name="c" pos="0"/></reg><hole size="32"/>'
-        for content in (f'<module name="m">{fine}<reg name="r"/></module>',
-                        f'<module name="m">{fine}<reg name="C"><bits name="d" pos="0"/></reg></module>',
-                        '<module name="m"><reg name="c"><bits name="c" pos="0"/></reg></module>',
-                        f'<module name="m">{fine}<reg name="d_"><bits name="d" pos="0"/></reg></module>',
-                        f'<module name="m">{fine}<reg name="d"><bits name="d" pos="0x4"/></reg></module>',
-                        '<var name="signal" value="1"/>', '<var name="integer" value="1"/><var name="a" value="1"/>',
-                        '<var name="a" value="0x80000000"/>', '<var name="a" value="exp2(31)"/>',
-                        '<var name="a" value="1&lt;&lt;4"/>', '<var name="a" value="5%3"/>',
-                        '<var name="g" value="1" global="yes"/><var name="a" value="g"/>'):
-            root = self.lay_out({"root.xml": archive(content)})
-            with self.subTest(content):
-                self.assertRegex(self.generate("--chip", root), r"root\.xml:0:0: warning: (Module|Package) '\w+': VHDL "
-                                 r"refuses \d+ lines?, .*; the first is \w+")
+        uses_a, uses_b = '<include file="a.xml"/>', '<include file="b.xml"/>'
+        width = '<var name="W" value="8"/>'
+        refused = [
+            {"root": f'<module name="m">{fine}<reg name="r"/></module>'},
+            {"root": f'<module name="m">{fine}<reg name="C"><bits name="d" pos="0"/></reg></module>'},
+            {"root": '<module name="m"><reg name="c"><bits name="c" pos="0"/></reg></module>'},
+            {"root": f'<module name="m">{fine}<reg name="d_"><bits name="d" pos="0"/></reg></module>'},
+            {"root": f'<module name="m">{fine}<reg name="d"><bits name="d" pos="0x4"/></reg></module>'},
+            {"root": '<var name="signal" value="1"/>'}, {"root": '<var name="integer" value="1"/>'},
+            {"root": '<var name="a" value="0x80000000"/>'}, {"root": '<var name="a" value="exp2(31)"/>'},
+            {"root": '<var name="a" value="1&lt;&lt;4"/>'}, {"root": '<var name="a" value="5%3"/>'},
+            {"root": '<var name="g" value="1" global="yes"/><var name="a" value="g"/>'},
+            {"root": f'{uses_a}<var name="W" value="W+1"/>', "a": width},
+            {"root": f'{uses_a}<range name="w" left="3" right="0"/><var name="D" value="W+1"/>', "a": width},
+            {"root": f'{uses_a}{uses_b}<var name="D" value="W+1"/>', "a": width,
+             "b": '<range name="w" left="3" right="0"/>'},
+            {"root": f'{uses_a}<var name="D" value="ACK+1"/>', "a": '<var name="ACK" value="1"/>'},
+            {"root": f'{uses_a}<module name="m">{fine}<reg name="t" count="2"><bits name="t" pos="1"/></reg></module>',
+             "a": '<var name="natural" value="1"/>'},
+            {"root": uses_a, "a": uses_b, "b": uses_a},
+            {"root": '<archive vhdlpkg="ieee">'}, {"root": '<archive vhdlpkg="entity">'},
+        ]
+        taken = [
+            {"root": f'<module name="m">{fine}</module>'},
+            {"root": f'{uses_a}{uses_a}<var name="D" value="W+1"/>', "a": width},
+            {"root": '<var name="natural" value="1"/><var name="NOTE" value="1"/><var name="a" value="NOTE+1"/>'},
+            {"root": '<var name="a" value="-2147483648"/>'},
+            {"root": f'{uses_a}<var name="D" value="-(W-2)*3/exp2(2)"/>', "a": width},
+            {"root": '<var name="a" value="1"><comment>one<br/>two</comment></var>'},
+        ]
+        for files, is_taken in [(files, False) for files in refused] + [(files, True) for files in taken]:
+            shutil.rmtree(self.folder / "rtl", ignore_errors=True)
+            root = self.lay_out({f"{name}.xml": text + "</archive>" if text.startswith("<archive") else archive(text)
+                                 for name, text in files.items()})
+            with self.subTest(files):
+                warnings = self.generate("--chip", root)
+                self.assertEqual(warnings == "", is_taken, warnings)
+                if warnings:
+                    self.assertRegex(warnings, r"\.xml:0:0: warning: (Module|Package) '\w+': VHDL refuses \d+ lines?, "
+                                     r".*; the first is \w+")
                 for standard in STANDARDS:
-                    refused = self.ghdl(standard, "-a", self.folder / "rtl" / "root_reg_pkg.vhd")
-                    self.assertNotEqual(refused.returncode, 0, "the tool takes it")
+                    shutil.rmtree(self.folder / f"work{standard}", ignore_errors=True)
+                    result = self.ghdl(standard, "-a", *packages_below(self.folder / "rtl").values())
+                    self.assertEqual(result.returncode == 0, is_taken, result.stderr)
+
+    def test_comments_that_only_a_newer_tool_takes(self):
+        comment = "<comment>\u00c5ngstr\u00f6m \u20ac</comment>"
+        root = self.lay_out({"root.xml": archive(f'<var name="a" value="1">{comment}</var>')})
+        self.assertIn("VHDL-93", self.generate("--chip", root))
+        self.assertNotEqual(self.ghdl("93", "-a", self.folder / "rtl" / "root_reg_pkg.vhd").returncode, 0)
+        self.check("08", "-a", self.folder / "rtl" / "root_reg_pkg.vhd")
 
     def test_wrong_usage_and_files_that_can_not_be_written(self):
         self.expect(run("vhdl", "--soft", EXAMPLE, "-o", self.folder), 2, err=None)
         root = self.lay_out({"root.xml": archive().replace("<archive>", '<archive vhdlpkg="../out">')})
         result = run("vhdl", "--chip", root, "-o", self.folder / "rtl")
         self.expect(result, 1, err=None)
-        self.assertIn(f"error: {self.folder}/rtl/../out.vhd can't be written: it would lie outside the directory\n",
+        self.assertIn(f"error: {self.folder}/rtl/../out.vhd can't be written: the name of a package may lead nowhere else\n",
                       result.err)
         self.assertFalse((self.folder / "out.vhd").exists())
+        root = self.lay_out({"root.xml": archive().replace("<archive>", '<archive relative="/../../x.xml">')})
+        self.expect(run("vhdl", "--chip", root, "-o", self.folder / "deep" / "rtl"), 1, err=None)
+        self.assertEqual(list(self.folder.rglob("x_reg_pkg.vhd")), [])
+        same = self.lay_out({"same.xml": archive('<include file="x/a.xml"/><include file="y/a.xml"/>'),
+                             "x/a.xml": archive(), "y/a.xml": archive()}, "same.xml")
+        self.assertIn("Package 'a_reg_pkg': another file of the chip has a package of this name",
+                      run("vhdl", "--chip", same, "-o", self.folder / "rtl").err)
 
     def test_real_chips(self):
         chips = sorted(path.parent for path in pathlib.Path(options.descriptions).glob("*/soc.xml"))

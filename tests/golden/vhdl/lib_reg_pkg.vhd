@@ -31,7 +31,8 @@ package lib_reg_pkg is
 constant BUS_TOP:                               integer := 16#1F#;
 constant BUS_TOP:                               integer := 2**(4)+16#F#;
 
-subtype Bus is                                  integer range BUS_TOP to 0;
+constant VELDMAPSPACER_OWN:                     integer := 1;
+subtype Bus is                                  integer range BUS_TOP to 2**(1)-16#1#;
 constant OFF:                                   integer := 0;
 
 
