@@ -6,7 +6,6 @@
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
-using veldmap::Hex8;
 using veldmap::SiteText;
 
 // The body of a page is one line: a heading bar for each element, with what it shows below, and a rule that closes it.
