@@ -3,7 +3,7 @@ cmake_minimum_required(VERSION 3.25)
 
 function(refuse)
     file(REMOVE "${OUTPUT}")
-    message(FATAL_ERROR "no key")
+    message(FATAL_ERROR "VELDMAP_KEY_FILE is no key: ${KEY_FILE}")
 endfunction()
 
 if(NOT EXISTS "${KEY_FILE}" OR IS_DIRECTORY "${KEY_FILE}")

@@ -20,8 +20,25 @@ bool writeAll(QFile &file, const QByteArray &content, QString &reason)
         if (file.error() == QFile::NoError)
             return true;
     }
-    reason = file.errorString();
+    // A write that comes to its end early sets no error: the disk is full, or the file may not grow further.
+    reason = file.error() == QFile::NoError ? u"No room for all of it"_s : file.errorString();
     return false;
+}
+
+/// What stands behind the link \a path, and behind links that it leads to, also if nothing is there yet. Empty when the
+/// links lead in a circle.
+QString targetOf(const QString &path)
+{
+    constexpr int kMostLinks = 40;
+    QString target = path;
+    for (int link = 0; link < kMostLinks; ++link) {
+        const QFileInfo info(target);
+        // The links of /proc name what has no path.
+        if (!info.isSymLink() || (info.exists() && !QFileInfo::exists(info.symLinkTarget())))
+            return target;
+        target = info.symLinkTarget();
+    }
+    return {};
 }
 
 /// Opens a new file beside \a target, under a name that no other file has.
@@ -66,15 +83,15 @@ bool writeWholeFile(const QString &path, const QByteArray &content, QString &rea
 {
     bool ignored = false;
     bool &isOpened = opened ? *opened : ignored;
+    isOpened = false;
     namespace fs = std::filesystem;
     std::error_code error;
-    const fs::path asked = QFile::encodeName(path).toStdString();
-    fs::file_status status = fs::symlink_status(asked, error);
-    QString target = path;
-    if (fs::is_symlink(status)) { // what is meant stands behind it, and behind links that it leads to
-        status = fs::status(asked, error);
-        target = fs::exists(status) ? QFileInfo(path).canonicalFilePath() : QFileInfo(path).symLinkTarget();
+    const QString target = targetOf(path);
+    if (target.isEmpty()) {
+        reason = path.isEmpty() ? u"The file has no name"_s : u"Too many levels of symbolic links"_s;
+        return false;
     }
+    const fs::file_status status = fs::status(QFile::encodeName(target).toStdString(), error);
     // What is no plain file (a device, a directory) is not replaced, and neither is one that may not be written.
     const bool exists = fs::exists(status);
     const bool isReplaceable = fs::is_regular_file(status) && QFileInfo(target).isWritable();
@@ -84,10 +101,12 @@ bool writeWholeFile(const QString &path, const QByteArray &content, QString &rea
     isOpened = true;
     if (exists)
         fs::permissions(QFile::encodeName(file.fileName()).toStdString(), status.permissions(), error);
-    if (writeAll(file, content, reason) && moveOver(file.fileName(), target, reason))
+    const bool isWritten = writeAll(file, content, reason);
+    if (isWritten && moveOver(file.fileName(), target, reason))
         return true;
     file.remove();
-    return false;
+    // In a directory as /tmp only the owner of a file may put another in its place.
+    return isWritten && exists && writeOver(target, content, reason, isOpened);
 }
 
 bool liesBelow(const QString &directory, const QString &path)

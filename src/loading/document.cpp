@@ -76,6 +76,8 @@ FileContent readFile(const QString &path, const veldmap::Callbacks &callbacks, b
     veldmap::sendMessage(callbacks.log, u"Loading %1..."_s.arg(path));
     constexpr qint64 kLargestContainer = veldmap::limits::kDocumentBytes + veldmap::kContainerOverhead;
     FileContent content = {XMDOpenSuccess, veldmap::readAtMost(file, kLargestContainer), false};
+    if (file.error() != QFile::NoError)
+        return {failAt(path, {u"The file can't be read: %1"_s.arg(file.errorString())}, callbacks.error), {}, false};
     content.encrypted = veldmap::isContainer(content.bytes);
     if (content.encrypted && content.bytes.size() <= kLargestContainer) {
         veldmap::Deciphered deciphered = veldmap::deciphered(content.bytes);
@@ -103,8 +105,15 @@ XMDOpenError loadTags(const QString &path, TagDocument &document, const Callback
 
 QByteArray readAtMost(QFile &file, qint64 limit)
 {
-    // A plain file tells its size; what does not, a pipe, ends at the limit.
-    return file.size() > 0 && file.size() <= limit ? file.readAll() : file.read(limit + 1);
+    if (file.size() > 0 && file.size() <= limit)
+        return file.readAll();
+    // What does not tell its size, a pipe, ends at the limit.
+    constexpr qint64 kPiece = 1024 * 1024;
+    QByteArray bytes;
+    for (QByteArray piece = file.read(kPiece); !piece.isEmpty() && bytes.size() <= limit; piece = file.read(kPiece))
+        bytes += piece;
+    bytes.truncate(limit + 1);
+    return bytes;
 }
 
 QString tooLargeError()

@@ -24,7 +24,7 @@ int vhdl_log2(int bits)
     const auto bytes = static_cast<quint32>(bits / 8 + (bits % 8 == 0 ? 0 : 1));
     if (bytes == 0)
         return 1;
-    const int highest = std::bit_width(bytes) - 1;
+    const int highest = static_cast<int>(std::bit_width(bytes)) - 1;
     return std::has_single_bit(bytes) ? highest : highest + 1;
 }
 

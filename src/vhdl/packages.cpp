@@ -13,7 +13,6 @@
 using namespace Qt::StringLiterals;
 using veldmap::appendLine;
 using veldmap::Column;
-using veldmap::lineOf;
 using veldmap::PackageChecks;
 
 namespace {

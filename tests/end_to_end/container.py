@@ -31,9 +31,11 @@ class Container(support.Case):
     def encrypt(self, source, destination):
         self.expect(run("-q", "encrypt", source, destination), 0)
 
-    def headers(self, root, name):
-        self.expect(run("headers", "--chip", root, "-o", self.folder / name), 0)
-        return support.files_below(self.folder / name)
+    def generated(self, root, name):
+        out = self.folder / name
+        self.expect(run("build", "-q", "--chip", root, "--headers", out / "h", "--vhdl", out / "v", "--docs", out / "d"),
+                    0)
+        return support.files_below(out)
 
     def seal(self, source, target, sealed, renamed):
         """Lays out a description anew. The predicates say of a file by its number whether it becomes a container, and
@@ -54,7 +56,7 @@ class Container(support.Case):
         return self.folder / target / called[Path("soc.xml")]
 
     def check_layouts(self, source):
-        plain = self.headers(source / "soc.xml", "plain")
+        plain = self.generated(source / "soc.xml", "plain")
         self.assertTrue(plain)
         layouts = {"everything": (lambda number: True, lambda number: True),
                    "under the old names": (lambda number: True, lambda number: False),
@@ -62,7 +64,7 @@ class Container(support.Case):
                    "the rest": (lambda number: number % 2 == 1, lambda number: number % 3 != 0)}
         for title, (sealed, renamed) in layouts.items():
             with self.subTest(layout=title, source=source.name):
-                self.assertEqual(self.headers(self.seal(source, title, sealed, renamed), title + " out"), plain)
+                self.assertEqual(self.generated(self.seal(source, title, sealed, renamed), title + " out"), plain)
 
     def test_sealed_examples_give_the_same_headers(self):
         self.check_layouts(EXAMPLES)

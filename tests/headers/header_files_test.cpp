@@ -112,6 +112,9 @@ TEST(HeaderFiles, LinksAreFollowedAndStay)
     ASSERT_TRUE(QFile::link(u"middle.h"_s, soc.path(u"soc.h"_s)));
     soc.map->generateCHeaders(soc.directory->path(), true);
     EXPECT_EQ(readFile(soc.path(u"kept/real.h"_s)), soc.archiveAt(0).c_content());
+    ASSERT_TRUE(QFile::remove(soc.path(u"kept/real.h"_s)));
+    soc.map->generateCHeaders(soc.directory->path(), true);
+    EXPECT_EQ(readFile(soc.path(u"kept/real.h"_s)), soc.archiveAt(0).c_content()) << "what is not there yet";
     EXPECT_TRUE(QFileInfo(soc.path(u"soc.h"_s)).isSymLink() && QFileInfo(soc.path(u"middle.h"_s)).isSymLink());
 }
 

@@ -186,8 +186,17 @@ TEST(Container, WritingThatFailsLeavesWhatWasThere)
     writeFile(source, "<archive/>");
     fails(source, directory.filePath(u"no/soc.xmd"_s),
           u"Unable to open file %1"_s.arg(directory.filePath(u"no/soc.xmd"_s)));
+    fails(source, QString(), u"Unable to open file "_s);
+    const QString loop = directory.filePath(u"loop"_s);
+    ASSERT_TRUE(QFile::link(u"loop"_s, loop));
+    fails(source, loop, u"Unable to open file %1"_s.arg(loop));
+    EXPECT_TRUE(QFileInfo(loop).isSymLink());
     fails(source, directory.path(), u"Unable to open file %1"_s.arg(directory.path()));
     fails(directory.path(), destination, u"Unable to open file %1"_s.arg(directory.path()));
+    const QString large = directory.filePath(u"large"_s); // has no blocks on the disk
+    ASSERT_TRUE(QFile(large).open(QIODevice::WriteOnly) && QFile::resize(large, 256 * 1024 * 1024 + 1));
+    fails(large, destination, u"%1:0:0:The file is larger than 268435456 bytes."_s.arg(large));
+    EXPECT_FALSE(QFile::exists(destination));
     ASSERT_TRUE(QFile::link(u"soc.xml"_s, destination));
     fails(source, destination, u"The source %1 and the destination %2 are the same file."_s.arg(source, destination));
     EXPECT_EQ(contentOf(source), "<archive/>");
