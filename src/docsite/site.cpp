@@ -124,7 +124,7 @@ bool copyWholeFile(const QString &source, const QString &target, QString &reason
         if (file.error() == QFile::NoError)
             return veldmap::writeWholeFile(target, content, reason);
     }
-    reason = file.errorString();
+    reason = u"%1 can't be read: %2"_s.arg(source, file.errorString());
     return false;
 #endif
 }

@@ -212,6 +212,9 @@ class SiteTests:
     def test_searches(self):
         self.search("speed")
         self.assertEqual(self.hits(), [["speed", "UART0 › ctrl"], ["speed", "UART1 › ctrl"]])
+        roles = self.in_tree("""return [...document.querySelectorAll('#hits .row')]
+            .map(row => ['role', 'aria-selected'].map(name => row.getAttribute(name)))""")
+        self.assertEqual(roles, [["option", "true"], ["option", "false"]])
         self.browser.type("Escape")
         self.search("LEV")                          # names that begin with it stand before those that hold it
         self.assertEqual([name for name, _ in self.hits()[:3]], ["level"] * 3)
@@ -271,6 +274,14 @@ class SiteTests:
         self.expect_at("UART0.html", "40000004rr-")
         self.assertEqual(self.names(), names)
         self.wait_for_mark("UART0 › status")
+        self.unfold("UART0")                        # a folder that is closed around the mark stays so
+        names = self.names()
+        self.search("q")
+        self.browser.type("Escape")
+        self.assertEqual(self.names(), names)
+        self.browser.reload()
+        self.expect_at("UART0.html", "40000004rr-")
+        self.assertEqual(self.names(), names)
         self.search("fifo")
         self.browser.reload()
         self.browser.wait(self.hits, "the search before the reload")

@@ -17,7 +17,7 @@ var foldersTree = null; // the topmost node
     const CLOSED_FOLDER = 'ftv2folderclosed.gif';
     const MODULE = 'module.png';
     const SEPARATOR = ' › ';
-    const MOST_KEPT = 1000; // folders whose state is kept on reload
+    const MOST_KEPT = 20000; // folders whose state is kept on reload
 
     // The nodes ------------------------------------------------------------------------------------------------------
 
@@ -298,6 +298,7 @@ var foldersTree = null; // the topmost node
     let box, count, tree, hits;
     let current = null;  // the node whose page is shown
     let treeScroll = 0;  // of the tree, while hits are shown in its place
+    let currentBeforeSearch = null;
     let byLink = null;   // links to nodes, made when first needed
 
     function makeTreeRow(node) {
@@ -432,8 +433,10 @@ var foldersTree = null; // the topmost node
         const isSearching = box.value.trim() !== '';
         const found = search(box.value);
         const turned = tree.box.hidden !== isSearching;
-        if (turned && isSearching)
+        if (turned && isSearching) {
             treeScroll = tree.box.scrollTop;
+            currentBeforeSearch = current;
+        }
         tree.box.hidden = isSearching;
         hits.box.hidden = !isSearching;
         box.setAttribute('aria-expanded', isSearching);
@@ -445,7 +448,10 @@ var foldersTree = null; // the topmost node
         nameActiveHit();
         if (turned && !isSearching) {
             tree.box.scrollTop = treeScroll;
-            reveal(current);
+            if (current === currentBeforeSearch)
+                tree.paint(); // nothing was opened: the tree is as it was left
+            else
+                reveal(current);
         }
     }
 
@@ -628,7 +634,10 @@ var foldersTree = null; // the topmost node
                 node.isOpen = node.canOpen && !startsOpen(node);
         }
         current = (asked && !(kept && kept.link === asked) && nodeOfLink(asked)) || kept || foldersTree;
-        reveal(current);
+        if (current === kept)
+            updateTree(current); // its folders may have been closed
+        else
+            reveal(current);
         if (current !== foldersTree)
             siteBrowser.show(current.link);
         if (kept && current === kept) {

@@ -33,12 +33,17 @@ var siteBrowser = (function () {
         return allowed(function () { return sessionStorage.getItem(STORE); });
     }
 
+    /// As encodeURIComponent, which throws at half a character.
+    function encoded(text) {
+        return encodeURIComponent(text.replace(/\p{Surrogate}/gu, '\ufffd'));
+    }
+
     /// The address of a link of menu.js, a file name with an anchor: names are as the description has them, and may
     /// hold what means something else in an address.
     function addressOf(link) {
         const anchor = link.lastIndexOf('#');
         const file = anchor < 0 ? link : link.slice(0, anchor);
-        return encodeURIComponent(file) + (anchor < 0 ? '' : '#' + encodeURIComponent(link.slice(anchor + 1)));
+        return encoded(file) + (anchor < 0 ? '' : '#' + encoded(link.slice(anchor + 1)));
     }
 
     /// The link of menu.js that has an address, or null.
