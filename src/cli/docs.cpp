@@ -66,13 +66,8 @@ bool writeSite(const VMMemoryMap &map, const QString &directory, bool chip)
 
 bool writeSites(const VMMemoryMap &map, const QString &directory)
 {
-    const bool hasBoth = map.chipRootArchive && map.softRootArchive;
-    bool written = true;
-    if (map.chipRootArchive)
-        written = writeSite(map, hasBoth ? directory + "/chip"_L1 : directory, true) && written;
-    if (map.softRootArchive)
-        written = writeSite(map, hasBoth ? directory + "/soft"_L1 : directory, false) && written;
-    return written;
+    return writeEachRoot(map, directory,
+                         [&map](const QString &ofRoot, bool chip) { return writeSite(map, ofRoot, chip); });
 }
 
 ExitStatus docs(const Options &options)

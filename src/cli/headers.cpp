@@ -38,13 +38,8 @@ bool writeHeaders(const VMMemoryMap &map, const QString &directory, bool chip)
 bool writeAllHeaders(const VMMemoryMap &map, const QString &directory)
 {
     const TraceRedirection noTrace(nullptr);
-    const bool hasBoth = map.chipRootArchive && map.softRootArchive;
-    bool written = true;
-    if (map.chipRootArchive)
-        written = writeHeaders(map, hasBoth ? directory + "/chip"_L1 : directory, true) && written;
-    if (map.softRootArchive)
-        written = writeHeaders(map, hasBoth ? directory + "/soft"_L1 : directory, false) && written;
-    return written;
+    return writeEachRoot(map, directory,
+                         [&map](const QString &ofRoot, bool chip) { return writeHeaders(map, ofRoot, chip); });
 }
 
 ExitStatus headers(const Options &options)

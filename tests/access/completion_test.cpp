@@ -71,18 +71,12 @@ TEST(Completion, CandidatesOfEachLevel)
         {u"$B.Reserved_00000006_16."_s, u""_s},
         {u"$A."_s, u""_s}, // an array has no list of its own
         {u"$A[1]."_s, u""_s},
-        {u"$B.open."_s, u"R:0 ack:5 act:5 address:0 doc:0 fixed:5 getl:0 plain:5 prepl:0 r:0 setl:0 w:0"_s},
-        {u"$B.shut."_s, u"RF:0 address:0 doc:0 getl:0 prepl:0 rf:0 setl:0 wf:0"_s},
         {u"$B.head."_s, u">:0 R:0 address:0 doc:0 getl:0 prepl:0 r:0 setl:0 tag:5 w:0"_s},
         {u"$B.head.>."_s, u"data:12"_s},
         {u"$B.head.tag."_s, u"R:0 address:0 doc:0 r:0 rl:0 w:0 wl:0"_s},
         {u"$B.many.>."_s, u""_s},
         {u"$B.many.>[0]."_s, u""_s},
         {u"$B.any.>."_s, u"R:0 address:0 doc:0 getl:0 prepl:0 r:0 setl:0 w:0"_s},
-        {u"$B.open.plain."_s, u"R:0 address:0 doc:0 r:0 rl:0 w:0 wl:0"_s},
-        {u"$B.open.fixed."_s, u"R:0 address:0 doc:0 r:0 rl:0 wf:0 wl:0"_s},
-        {u"$B.open.act."_s, u"RF:0 address:0 doc:0 rf:0 rl:0 set:0 wl:0"_s},
-        {u"$B.open.ack."_s, u"R:0 address:0 clear:0 doc:0 r:0 rl:0 wl:0"_s},
         {u"$B.open.ack.x."_s, u""_s},
     };
     for (const auto &row : rows)

@@ -516,6 +516,7 @@ var foldersTree = null; // the topmost node
             for (const sibling of node.parent ? node.parent.children : [])
                 sibling.isOpen = sibling.canOpen;
             updateTree(node);
+            moveTo(tree.active);
         },
     };
 
