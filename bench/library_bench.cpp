@@ -1,6 +1,6 @@
 // What loading, evaluating, looking up and generating cost, by the size of the description.
 
-#include "loading/aes_chaining.h"
+#include "container/aes_chaining.h"
 #include "loading/memory_map_loader.h"
 #include "model/archive.h"
 #include "model/memory_map.h"

@@ -10,7 +10,7 @@ function(veldmap_key_source source)
         file(REMOVE ${generated})
         file(REMOVE_RECURSE ${CMAKE_CURRENT_BINARY_DIR}/CMakeFiles/veldmap_key.dir) # made of an earlier key
         message(STATUS "No VELDMAP_KEY_FILE: encrypted descriptions use the development key, which everybody has")
-        set(${source} loading/development_key.cpp PARENT_SCOPE)
+        set(${source} container/development_key.cpp PARENT_SCOPE)
         return()
     endif()
     get_filename_component(key_file "${VELDMAP_KEY_FILE}" ABSOLUTE BASE_DIR ${PROJECT_SOURCE_DIR})

@@ -27,7 +27,7 @@ if(NOT length EQUAL 64)
 endif()
 
 string(REGEX REPLACE "(..)" "0x\\1, " bytes "${digits}")
-set(content "#include \"loading/container.h\"
+set(content "#include \"container/container.h\"
 
 const unsigned char VMXML::AESVeldKey[32] = {${bytes}};
 

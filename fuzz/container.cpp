@@ -1,6 +1,6 @@
 // Reads any bytes as a container, and seals any bytes and takes them out again.
 
-#include "loading/container.h"
+#include "container/container.h"
 #include "loading/document.h"
 
 #include <QDomDocument>

@@ -1,6 +1,6 @@
 #include "cli/element_text.h"
 
-#include "common/lines.h"
+#include "text/lines.h"
 #include "model/aggregates.h"
 #include "model/valuable.h"
 

@@ -1,6 +1,6 @@
 #include "cli/commands.h"
 #include "cli/messages.h"
-#include "loading/container.h"
+#include "container/container.h"
 
 using namespace Qt::StringLiterals;
 

@@ -1,7 +1,7 @@
 #include "cli/commands.h"
 #include "cli/description.h"
 #include "cli/messages.h"
-#include "common/text.h"
+#include "text/literals.h"
 #include "expression/evaluator.h"
 #include "model/archive.h"
 #include "model/memory_map.h"

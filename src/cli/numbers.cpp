@@ -1,6 +1,6 @@
 #include "cli/numbers.h"
 
-#include "common/text.h"
+#include "text/literals.h"
 
 #include <algorithm>
 

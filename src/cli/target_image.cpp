@@ -1,8 +1,8 @@
 #include "cli/target_image.h"
 
 #include "cli/messages.h"
-#include "common/file_writer.h"
-#include "common/lines.h"
+#include "files/file_writer.h"
+#include "text/lines.h"
 #include "model/pointer.h"
 
 #include <QFile>

@@ -3,7 +3,7 @@
 #include "cli/element_text.h"
 #include "cli/messages.h"
 #include "cli/tree_json.h"
-#include "common/lines.h"
+#include "text/lines.h"
 #include "model/archive.h"
 #include "model/memory_map.h"
 #include "model/root_archive.h"

@@ -4,7 +4,7 @@
 #include "cli/numbers.h"
 #include "cli/paths.h"
 #include "cli/target_image.h"
-#include "common/bits.h"
+#include "text/bit_arithmetic.h"
 #include "model/memory_map.h"
 #include "model/valuable.h"
 

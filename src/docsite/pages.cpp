@@ -1,4 +1,4 @@
-#include "common/lines.h"
+#include "text/lines.h"
 #include "docsite/site_text.h"
 #include "model/aggregates.h"
 #include "model/valuable.h"

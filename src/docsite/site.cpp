@@ -1,7 +1,7 @@
 #include "docsite/site.h"
 
-#include "common/file_writer.h"
-#include "common/lines.h"
+#include "files/file_writer.h"
+#include "text/lines.h"
 #include "docsite/site_text.h"
 #include "model/memory_map.h"
 #include "model/root_archive.h"

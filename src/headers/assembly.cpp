@@ -1,4 +1,5 @@
-#include "common/lines.h"
+#include "text/lines.h"
+#include "headers/c_names.h"
 #include "headers/template_macros.h"
 #include "headers/trace.h"
 #include "model/aggregates.h"

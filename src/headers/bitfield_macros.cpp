@@ -1,4 +1,4 @@
-#include "common/lines.h"
+#include "text/lines.h"
 #include "headers/template_macros.h"
 #include "model/aggregates.h"
 #include "model/valuable.h"

@@ -1,4 +1,5 @@
-#include "common/lines.h"
+#include "text/lines.h"
+#include "headers/c_names.h"
 #include "headers/template_macros.h"
 #include "model/aggregates.h"
 #include "model/pointer.h"
@@ -235,7 +236,7 @@ QString VMIntVar::c_serialize(bool enumEntry) const
 {
     if (isRange)
         return {};
-    const bool isSpacer = name.startsWith("VELDMAPSPACER"_L1);
+    const bool isSpacer = veldmap::isSpacer(*this);
     QString text = (isSpacer ? u"\n"_s : QString()) + commentBlock(comment, 0);
     if (isSpacer)
         return text;

@@ -1,7 +1,9 @@
 #include "headers/header_files.h"
 
-#include "common/file_writer.h"
-#include "common/lines.h"
+#include "files/directories.h"
+#include "files/file_writer.h"
+#include "text/lines.h"
+#include "headers/c_names.h"
 #include "headers/template_macros.h"
 #include "headers/trace.h"
 #include "model/archive.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/generation_report.h"
+#include "files/generation_report.h"
 #include "veldmap_export.h"
 
 #include <QString>

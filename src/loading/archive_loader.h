@@ -1,7 +1,7 @@
 #pragma once
 
 #include "loading/document.h"
-#include "loading/messages.h"
+#include "findings/callbacks.h"
 #include "model/archive.h"
 
 #include <memory>

@@ -1,9 +1,9 @@
 #include "loading/archive_loader.h"
 
 #include "loading/document_loading.h"
-#include "loading/limits.h"
+#include "findings/limits.h"
 #include "loading/load_budget.h"
-#include "loading/tag.h"
+#include "xml/tag_attributes.h"
 #include "model/root_archive.h"
 
 #include <algorithm>

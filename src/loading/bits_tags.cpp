@@ -1,8 +1,9 @@
 #include "loading/archive_loader.h"
 
-#include "common/bits.h"
+#include "text/bit_arithmetic.h"
 #include "loading/load_budget.h"
-#include "loading/tag.h"
+#include "loading/member_tags.h"
+#include "xml/tag_attributes.h"
 #include "model/valuable.h"
 
 using namespace Qt::StringLiterals;

@@ -1,8 +1,9 @@
 #include "loading/document.h"
 
-#include "loading/container_format.h"
+#include "container/container_format.h"
+#include "files/file_reader.h"
 #include "loading/document_loading.h"
-#include "loading/limits.h"
+#include "findings/limits.h"
 
 #include <QDomDocument>
 #include <QFile>
@@ -101,24 +102,6 @@ XMDOpenError loadTags(const QString &path, TagDocument &document, const Callback
         return content.status;
     const TagDocument::Error error = document.read(content.bytes);
     return error.text.isEmpty() ? XMDOpenSuccess : failAt(path, error, callbacks.error);
-}
-
-QByteArray readAtMost(QFile &file, qint64 limit)
-{
-    if (file.size() > 0 && file.size() <= limit)
-        return file.readAll();
-    // What does not tell its size, a pipe, ends at the limit.
-    constexpr qint64 kPiece = 1024 * 1024;
-    QByteArray bytes;
-    for (QByteArray piece = file.read(kPiece); !piece.isEmpty() && bytes.size() <= limit; piece = file.read(kPiece))
-        bytes += piece;
-    bytes.truncate(limit + 1);
-    return bytes;
-}
-
-QString tooLargeError()
-{
-    return u"The file is larger than %1 bytes."_s.arg(limits::kDocumentBytes);
 }
 
 } // namespace veldmap

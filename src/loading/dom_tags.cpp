@@ -1,6 +1,6 @@
 #include "loading/archive_loader.h"
 
-#include "loading/tag.h"
+#include "xml/tag_attributes.h"
 
 using veldmap::TagDocument;
 

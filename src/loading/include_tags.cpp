@@ -1,7 +1,7 @@
 #include "loading/archive_loader.h"
 
 #include "loading/load_budget.h"
-#include "loading/tag.h"
+#include "xml/tag_attributes.h"
 #include "model/root_archive.h"
 
 #include <QDir>

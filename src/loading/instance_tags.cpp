@@ -1,6 +1,6 @@
 #include "loading/archive_loader.h"
 
-#include "loading/tag.h"
+#include "xml/tag_attributes.h"
 #include "model/aggregates.h"
 #include "model/pointer.h"
 #include "model/root_archive.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "loading/limits.h"
+#include "findings/limits.h"
 
 namespace veldmap {
 

@@ -1,7 +1,7 @@
 #include "loading/archive_loader.h"
 
 #include "loading/member_tags.h"
-#include "loading/tag.h"
+#include "xml/tag_attributes.h"
 #include "model/aggregates.h"
 #include "model/root_archive.h"
 

@@ -1,6 +1,6 @@
 #include "loading/load_budget.h"
 #include "loading/member_tags.h"
-#include "loading/tag.h"
+#include "xml/tag_attributes.h"
 #include "model/scalars.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "loading/archive_loader.h"
 
-#include "common/bits.h"
-#include "loading/tag.h"
+#include "text/bit_arithmetic.h"
+#include "xml/tag_attributes.h"
 #include "model/memory_map.h"
 #include "model/root_archive.h"
 #include "model/scalars.h"

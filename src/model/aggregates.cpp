@@ -1,7 +1,7 @@
 #include "model/aggregates.h"
 
-#include "common/bits.h"
-#include "common/lines.h"
+#include "text/bit_arithmetic.h"
+#include "text/lines.h"
 
 using namespace Qt::StringLiterals;
 using veldmap::wrappingAdd;

@@ -1,7 +1,7 @@
 #include "model/bitfield.h"
 
-#include "common/bits.h"
-#include "common/lines.h"
+#include "text/bit_arithmetic.h"
+#include "text/lines.h"
 #include "model/valuable.h"
 
 #include <algorithm>

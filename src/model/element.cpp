@@ -1,6 +1,6 @@
 #include "model/element.h"
 
-#include "common/lines.h"
+#include "text/lines.h"
 #include "model/aggregates.h"
 #include "model/archive.h"
 #include "model/bitfield.h"

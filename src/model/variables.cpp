@@ -1,6 +1,6 @@
 #include "model/variables.h"
 
-#include "common/text.h"
+#include "text/literals.h"
 #include "expression/evaluator.h"
 #include "model/archive.h"
 #include "model/memory_map.h"
@@ -13,6 +13,8 @@
 using namespace Qt::StringLiterals;
 
 namespace {
+
+constexpr QLatin1StringView kSpacerName = "VELDMAPSPACER"_L1;
 
 const QString kUnnamedExpression = u"____internal"_s;
 
@@ -139,6 +141,19 @@ QList<VMIntVar> VMXMLArchive::getAllIncludedVariables() const
     QSet<const VMXMLArchive *> onTheWay;
     int tables = 0;
     return appendEveryTable(*this, onTheWay, tables, everyTable) ? everyTable : lastTables(*this);
+}
+
+VMIntVar generateSpacer()
+{
+    static int spacers = 0;
+    VMIntVar spacer;
+    spacer.name = kSpacerName + u'_' + QString::number(++spacers);
+    return spacer;
+}
+
+bool veldmap::isSpacer(const VMIntVar &variable)
+{
+    return variable.name.startsWith(kSpacerName);
 }
 
 void VMIntVarTable::addVar(const VMIntVar &variable)

@@ -33,6 +33,17 @@ struct VELDMAP_EXPORT VMIntVar {
     QString comment;
 };
 
+/// A new variable that marks a place in a variable list, where generators print an empty line. The counter in its name
+/// is one for the process, so loads do not run in parallel.
+VELDMAP_EXPORT VMIntVar generateSpacer();
+
+namespace veldmap {
+
+/// Whether \a variable is such a mark and no variable.
+VELDMAP_EXPORT bool isSpacer(const VMIntVar &variable);
+
+} // namespace veldmap
+
 /// Variables in the order of declaration. A name may stand more than once; the row added last wins.
 class VELDMAP_EXPORT VMIntVarTable : public QList<VMIntVar> {
 public:

@@ -1,6 +1,6 @@
 #include "vhdl/maps.h"
 
-#include "common/lines.h"
+#include "text/lines.h"
 #include "model/aggregates.h"
 #include "model/archive.h"
 #include "model/valuable.h"

@@ -1,6 +1,6 @@
 #include "vhdl/notation.h"
 
-#include "common/text.h"
+#include "text/literals.h"
 
 #include <QRegularExpression>
 

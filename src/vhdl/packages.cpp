@@ -1,7 +1,8 @@
 #include "vhdl/packages.h"
 
-#include "common/file_writer.h"
-#include "common/lines.h"
+#include "files/directories.h"
+#include "files/file_writer.h"
+#include "text/lines.h"
 #include "model/aggregates.h"
 #include "model/archive.h"
 #include "model/memory_map.h"
@@ -43,7 +44,6 @@ USE ieee.std_logic_1164.all;
 
 )vhdl";
 
-constexpr QLatin1StringView kSpacer = "VELDMAPSPACER"_L1;
 constexpr Column kValueColumn = {48};
 
 QString vhdlExpression(const QString &expression)
@@ -53,14 +53,14 @@ QString vhdlExpression(const QString &expression)
 
 void appendVariable(QString &text, const VMIntVar &variable, PackageChecks *checks)
 {
-    const bool isSpacer = variable.name.startsWith(kSpacer);
-    if (isSpacer)
+    const bool isMark = veldmap::isSpacer(variable);
+    if (isMark)
         text += u'\n';
     if (!variable.comment.isEmpty())
         appendLine(text, "--"_L1, QString(variable.comment).replace("<br>"_L1, "\n--"_L1));
     if (checks)
         checks->onComment(variable.name, variable.comment);
-    if (isSpacer)
+    if (isMark)
         return;
     const QString left = vhdlExpression(variable.leftExpression);
     if (!variable.isRange) {

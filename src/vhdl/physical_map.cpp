@@ -1,4 +1,4 @@
-#include "common/bits.h"
+#include "text/bit_arithmetic.h"
 #include "model/valuable.h"
 #include "vhdl/notation.h"
 

@@ -1,6 +1,6 @@
 #include "vhdl/static_expression.h"
 
-#include "common/text.h"
+#include "text/literals.h"
 
 #include <QSet>
 #include <QtNumeric>

@@ -2,9 +2,13 @@
 
 #include "support/loaded.h"
 
-#include "common/text.h"
+#include "headers/c_names.h"
+#include "model/variables.h"
+#include "text/columns.h"
+#include "text/literals.h"
+#include "text/names.h"
 #include "loading/document.h"
-#include "loading/text.h"
+#include "xml/comment_text.h"
 #include "vhdl/notation.h"
 
 #include <QDomDocument>

@@ -1,6 +1,6 @@
-#include "loading/aes.h"
+#include "container/aes.h"
 
-#include "loading/aes_chaining.h"
+#include "container/aes_chaining.h"
 
 #include <QtEndian>
 

@@ -1,8 +1,9 @@
 #pragma once
 
-#include "loading/tag_document.h"
-#include "loading/text.h"
-#include "model/bitfield.h"
+#include "text/names.h"
+#include "xml/tag_document.h"
+
+#include <QStringList>
 
 /// How tag handlers reach attributes, children and texts. What "missing" and "empty" mean is written here once: a
 /// missing attribute reads as its default, an empty one as empty.
@@ -45,14 +46,6 @@ inline Count readCount(const Tag &tag)
 {
     const QStringView text = tag.attribute(u"count");
     return text.isNull() || text == QLatin1StringView("notanarray") ? Count() : Count{true, text.toString(), 0};
-}
-
-/// "bin", "hex", or anything else for decimal.
-inline DisplayType displayOf(QStringView word)
-{
-    if (word == QLatin1StringView("bin"))
-        return DISPLAY_BIN;
-    return word == QLatin1StringView("hex") ? DISPLAY_HEX : DISPLAY_DEC;
 }
 
 /// The child tags of a tag, in document order; texts and comments of the document are passed over.

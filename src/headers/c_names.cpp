@@ -1,6 +1,5 @@
-#include "common/text.h"
+#include "headers/c_names.h"
 
-#include <QDir>
 #include <QStringList>
 
 #include <algorithm>
@@ -22,40 +21,7 @@ QString withWordBorders(const QString &name)
     return result;
 }
 
-/// The number that a hexadecimal digit stands for.
-quint64 digitValue(QChar digit)
-{
-    const char16_t c = digit.unicode();
-    return c <= u'9' ? c - u'0' : (c | 0x20) - u'a' + 10;
-}
-
 } // namespace
-
-namespace veldmap {
-
-bool isHexDigit(QChar character)
-{
-    const char16_t c = character.unicode();
-    return (c >= u'0' && c <= u'9') || (c >= u'A' && c <= u'F') || (c >= u'a' && c <= u'f');
-}
-
-bool isBinaryDigit(QChar character)
-{
-    return character == u'0' || character == u'1';
-}
-
-qsizetype literalLength(QStringView text, qsizetype start, char16_t letter, bool (*isDigit)(QChar))
-{
-    if (text[start] != u'0' || start + 2 >= text.size() || text[start + 1].toLower() != letter ||
-        !isDigit(text[start + 2]) || (start > 0 && isNameCharacter(text[start - 1])))
-        return 0;
-    qsizetype end = start + 3;
-    while (end < text.size() && isDigit(text[end]))
-        ++end;
-    return end - start;
-}
-
-} // namespace veldmap
 
 QString convertCommentToCComment(const QString &comment, int width, int indent)
 {
@@ -116,45 +82,4 @@ QString ESDRTypeConvert(const QString &name)
     if (!isBuiltIn && !name.endsWith("_T"_L1))
         upper += "_T"_L1;
     return upper;
-}
-
-QString hexadecimalPreparseExpression(const QString &expression)
-{
-    const auto hexValue = [](QStringView literal) {
-        quint64 value = 0;
-        for (const QChar digit : literal.sliced(2))
-            value = qMin<quint64>(value * 16 + digitValue(digit), 0xFFFFFFFFu);
-        return QString::number(value);
-    };
-    const auto binaryValue = [](QStringView literal) {
-        return QString::number(convertBinaryStringToUnsignedInt(literal.toString()));
-    };
-    return veldmap::replaceLiterals(veldmap::replaceLiterals(expression, u'x', veldmap::isHexDigit, hexValue), u'b',
-                                    veldmap::isBinaryDigit, binaryValue);
-}
-
-unsigned int convertBinaryStringToUnsignedInt(const QString &digits)
-{
-    const bool prefixed = digits.startsWith("0b"_L1) || digits.startsWith("0B"_L1);
-    unsigned int value = 0;
-    for (const QChar digit : QStringView(digits).sliced(prefixed ? 2 : 0))
-        value = (value << 1) | (digit == u'1' ? 1u : 0u);
-    return value;
-}
-
-QString space_complement_to(const QString &text, int column)
-{
-    return QString(veldmap::blanksToColumn(text.size(), column), u' ');
-}
-
-bool recursiveMkdir(const QString &base, const QString &relative)
-{
-    const QDir directory(base);
-    for (qsizetype slash = relative.indexOf(u'/'); slash >= 0; slash = relative.indexOf(u'/', slash + 1)) {
-        if (slash > 0)
-            directory.mkdir(relative.first(slash));
-    }
-    if (!relative.isEmpty())
-        directory.mkdir(relative);
-    return true;
 }

@@ -1,4 +1,4 @@
-#include "loading/md5.h"
+#include "container/md5.h"
 
 #include <algorithm>
 #include <bit>

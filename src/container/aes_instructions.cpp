@@ -1,7 +1,7 @@
 // The cipher by the instructions that x86 processors have for its rounds. Tables decipher some 250 MB a second, which
 // adds an eighth to the time of loading a description; instructions take less than a tenth of that.
 
-#include "loading/aes_chaining.h"
+#include "container/aes_chaining.h"
 
 #if defined(__x86_64__) && defined(__GNUC__)
 

@@ -1,7 +1,7 @@
-#include "loading/tag_document.h"
+#include "xml/tag_document.h"
 
 #include "loading/document.h"
-#include "loading/limits.h"
+#include "findings/limits.h"
 
 #include <QDomElement>
 #include <QRegularExpression>

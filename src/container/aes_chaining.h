@@ -1,6 +1,6 @@
 #pragma once
 
-#include "loading/aes.h"
+#include "container/aes.h"
 
 namespace veldmap {
 

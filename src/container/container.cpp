@@ -1,11 +1,11 @@
-#include "loading/container.h"
+#include "container/container.h"
 
-#include "common/file_writer.h"
-#include "loading/aes.h"
-#include "loading/container_format.h"
-#include "loading/document_loading.h"
-#include "loading/limits.h"
-#include "loading/md5.h"
+#include "files/file_writer.h"
+#include "container/aes.h"
+#include "container/container_format.h"
+#include "files/file_reader.h"
+#include "findings/limits.h"
+#include "container/md5.h"
 
 #include <QFile>
 #include <QtEndian>

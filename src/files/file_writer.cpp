@@ -1,6 +1,5 @@
-#include "common/file_writer.h"
+#include "files/file_writer.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -107,11 +106,6 @@ bool writeWholeFile(const QString &path, const QByteArray &content, QString &rea
     file.remove();
     // In a directory as /tmp only the owner of a file may put another in its place.
     return isWritten && exists && writeOver(target, content, reason, isOpened);
-}
-
-bool liesBelow(const QString &directory, const QString &path)
-{
-    return QDir(path).absolutePath().startsWith(QDir(directory).absolutePath() + u'/');
 }
 
 } // namespace veldmap

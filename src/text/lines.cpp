@@ -1,4 +1,4 @@
-#include "common/lines.h"
+#include "text/lines.h"
 
 #include <algorithm>
 
@@ -32,3 +32,8 @@ QString expand(QStringView form, const QList<std::pair<QString, QString>> &holes
 }
 
 } // namespace veldmap
+
+QString space_complement_to(const QString &text, int column)
+{
+    return QString(veldmap::blanksToColumn(text.size(), column), u' ');
+}

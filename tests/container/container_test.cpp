@@ -2,8 +2,8 @@
 
 #include "support/loaded.h"
 
-#include "loading/aes.h"
-#include "loading/container.h"
+#include "container/aes.h"
+#include "container/container.h"
 #include "loading/document.h"
 
 #include <QCryptographicHash>

@@ -1,8 +1,8 @@
 // The cipher and the digest against the vectors of their standards: FIPS 197, SP 800-38A and RFC 1321.
 
-#include "loading/aes.h"
-#include "loading/aes_chaining.h"
-#include "loading/md5.h"
+#include "container/aes.h"
+#include "container/aes_chaining.h"
+#include "container/md5.h"
 
 #include <QByteArray>
 #include <QCryptographicHash>

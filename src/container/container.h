@@ -1,6 +1,6 @@
 #pragma once
 
-#include "loading/messages.h"
+#include "findings/callbacks.h"
 #include "veldmap_export.h"
 
 #include <QString>

@@ -14,7 +14,4 @@ namespace veldmap {
 VELDMAP_EXPORT bool writeWholeFile(const QString &path, const QByteArray &content, QString &reason,
                                    bool *opened = nullptr);
 
-/// Whether \a path, once its ".." are followed, lies below \a directory.
-bool liesBelow(const QString &directory, const QString &path);
-
 } // namespace veldmap

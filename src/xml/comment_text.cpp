@@ -1,9 +1,6 @@
-#include "loading/text.h"
+#include "xml/comment_text.h"
 
-#include "common/text.h"
-#include "loading/tag.h"
-
-#include <algorithm>
+#include "xml/tag_attributes.h"
 
 using namespace Qt::StringLiterals;
 
@@ -57,22 +54,4 @@ QString readCJokerFromCommentTag(const QDomElement &tag)
 {
     const veldmap::TagDocument document(tag);
     return veldmap::readCJoker(document.root());
-}
-
-QString regularizeVariableName(const QString &name)
-{
-    if (std::ranges::all_of(name, veldmap::isNameCharacter))
-        return name;
-    QString legal = name;
-    std::ranges::replace_if(
-        legal, [](QChar c) { return !veldmap::isNameCharacter(c); }, QChar(u'_'));
-    return legal;
-}
-
-VMIntVar generateSpacer()
-{
-    static int spacers = 0;
-    VMIntVar spacer;
-    spacer.name = u"VELDMAPSPACER_%1"_s.arg(++spacers);
-    return spacer;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/text.h"
+#include "text/columns.h"
 #include "veldmap_export.h"
 
 #include <QList>

@@ -1,0 +1,30 @@
+#include "findings/finding.h"
+
+namespace veldmap {
+
+QString Finding::text() const
+{
+    QString text;
+    QStringView words = rule->words;
+    for (qsizetype hole = words.indexOf(u'%'); hole >= 0; hole = words.indexOf(u'%')) {
+        const int number = hole + 1 < words.size() ? words[hole + 1].digitValue() : -1;
+        const bool isHole = number >= 1 && number <= arguments.size();
+        Q_ASSERT(number < 1 || isHole); // a row that asks for more than it is given
+        text += words.first(hole);
+        text += isHole ? QStringView(arguments[number - 1]) : words.sliced(hole, 1);
+        words = words.sliced(hole + (isHole ? 2 : 1));
+    }
+    text += words;
+    return text;
+}
+
+QString placedText(const Finding &finding)
+{
+    const Place &place = finding.place;
+    if (place.isNull())
+        return finding.text();
+    return place.file + u':' + QString::number(place.line) + u':' + QString::number(place.column) + u':' +
+           finding.text();
+}
+
+} // namespace veldmap

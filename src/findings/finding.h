@@ -1,0 +1,48 @@
+#pragma once
+
+#include "findings/place.h"
+#include "findings/rule.h"
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+namespace veldmap {
+
+/// One fault, or one thing to tell: what rule, where, and what its words speak of. No text is made before a sink wants
+/// one, and none is taken apart again.
+struct Finding {
+    const Rule *rule; ///< a row of a table, which outlives every finding
+    Place place;
+    QStringList arguments; ///< one for each number in the rule's words
+    Severity severity;     ///< the rule's, unless the finding is graver or milder than its kind
+
+    /// A finding of \a rule with the rule's own severity.
+    explicit Finding(const Rule &rule, const Place &place = {}, const QStringList &arguments = {})
+        : rule(&rule), place(place), arguments(arguments), severity(rule.severity)
+    {
+    }
+
+    /// The rule's words with the arguments in their places; inserted text is not scanned again.
+    VELDMAP_EXPORT QString text() const;
+};
+
+/// "FILE:LINE:COLUMN:TEXT", or the text alone for a finding without a place.
+VELDMAP_EXPORT QString placedText(const Finding &finding);
+
+/// Takes findings as they arise.
+class Sink {
+public:
+    virtual ~Sink() = default;
+    virtual void take(const Finding &finding) = 0;
+};
+
+/// Keeps what it takes.
+class FindingList final : public Sink {
+public:
+    void take(const Finding &finding) override { findings.append(finding); }
+
+    QList<Finding> findings;
+};
+
+} // namespace veldmap

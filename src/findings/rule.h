@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QLatin1StringView>
+#include <QStringView>
+
+namespace veldmap {
+
+/// How grave a finding is. A note only tells what happens.
+enum class Severity { Note, Warning, Error };
+
+/// One kind of finding. Each room keeps its rules as rows of one table, so that the words of every message stand in one
+/// place; a finding points to its row.
+struct Rule {
+    QLatin1StringView id; ///< lower case with hyphens, unique in the program
+    Severity severity;
+    QStringView words; ///< with %1 to %9 for the arguments, which are numbered from 1 without gaps
+};
+
+} // namespace veldmap
