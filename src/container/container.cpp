@@ -1,11 +1,13 @@
 #include "container/container.h"
 
-#include "files/file_writer.h"
 #include "container/aes.h"
 #include "container/container_format.h"
-#include "files/file_reader.h"
-#include "findings/limits.h"
 #include "container/md5.h"
+#include "container/rules.h"
+#include "files/file_reader.h"
+#include "files/file_writer.h"
+#include "findings/callback_sink.h"
+#include "findings/limits.h"
 
 #include <QFile>
 #include <QtEndian>
@@ -90,16 +92,12 @@ Deciphered deciphered(const QByteArray &bytes)
 {
     const qsizetype cipherLength = bytes.size() - kHeaderBytes;
     if (cipherLength < 0)
-        return {{}, u"The container ends within its header of %1 bytes."_s.arg(kHeaderBytes)};
+        return {{}, {&rules::containerTooShort, {QString::number(kHeaderBytes)}}};
     if (cipherLength % kBlockBytes != 0)
-        return {{},
-                u"The container holds %1 enciphered bytes, which is no multiple of %2."_s.arg(
-                    QString::number(cipherLength), QString::number(kBlockBytes))};
+        return {{}, {&rules::containerUneven, {QString::number(cipherLength), QString::number(kBlockBytes)}}};
     const auto length = qFromLittleEndian<quint32>(bytes.constData() + kLengthAt);
     if (length > cipherLength)
-        return {{},
-                u"The container holds %1 enciphered bytes, but claims a document of %2."_s.arg(
-                    QString::number(cipherLength), QString::number(length))};
+        return {{}, {&rules::containerLength, {QString::number(cipherLength), QString::number(length)}}};
     Deciphered result = {QByteArray(cipherLength, Qt::Uninitialized), {}};
     AES_Decrypt(readOnly(bytes.constData() + kHeaderBytes), writable(result.document), static_cast<int>(cipherLength),
                 readOnly(bytes.constData() + kVectorAt), readOnly(VMXML::AESVeldKey));
@@ -107,31 +105,37 @@ Deciphered deciphered(const QByteArray &bytes)
     return result;
 }
 
+bool encryptDescription(const QString &source, const QString &destination, Sink &sink)
+{
+    const auto fail = [&sink](const Rule &rule, const QStringList &arguments, const Place &place = {}) {
+        sink.take(Finding(rule, place, arguments));
+        return false;
+    };
+    QFile file(source);
+    if (!file.open(QIODevice::ReadOnly))
+        return fail(rules::sourceNotOpened, {source});
+    if (isSameFile(source, destination))
+        return fail(rules::sourceIsDestination, {source, destination});
+    const QByteArray document = readAtMost(file, limits::kDocumentBytes);
+    if (file.error() != QFile::NoError)
+        return fail(rules::sourceNotRead, {source, file.errorString()});
+    if (document.size() > limits::kDocumentBytes)
+        return fail(rules::sourceTooLarge, {QString::number(limits::kDocumentBytes)}, {source});
+    QString reason;
+    bool isOpened = false;
+    if (writeWholeFile(destination, enciphered(document), reason, &isOpened))
+        return true;
+    return isOpened ? fail(rules::destinationNotWritten, {destination, reason})
+                    : fail(rules::sourceNotOpened, {destination});
+}
+
 } // namespace veldmap
 
 bool encryptXMLDocument(const QString &source, const QString &destination, VMMessageCallback, VMMessageCallback error,
                         VMMessageCallback)
 {
-    const auto fail = [error](const QString &text) {
-        veldmap::sendMessage(error, text);
-        return false;
-    };
-    QFile file(source);
-    if (!file.open(QIODevice::ReadOnly))
-        return fail(u"Unable to open file %1"_s.arg(source));
-    if (isSameFile(source, destination))
-        return fail(u"The source %1 and the destination %2 are the same file."_s.arg(source, destination));
-    const QByteArray document = veldmap::readAtMost(file, veldmap::limits::kDocumentBytes);
-    if (file.error() != QFile::NoError)
-        return fail(u"%1 can't be read: %2"_s.arg(source, file.errorString()));
-    if (document.size() > veldmap::limits::kDocumentBytes)
-        return fail(veldmap::placedMessage(source, 0, 0, veldmap::tooLargeError()));
-    QString reason;
-    bool opened = false;
-    if (veldmap::writeWholeFile(destination, enciphered(document), reason, &opened))
-        return true;
-    return fail(opened ? u"%1 can't be written: %2"_s.arg(destination, reason)
-                       : u"Unable to open file %1"_s.arg(destination));
+    veldmap::CallbackSink sink({nullptr, error, nullptr});
+    return veldmap::encryptDescription(source, destination, sink);
 }
 
 void makeIV(unsigned char *iv)

@@ -27,6 +27,11 @@ VELDMAP_EXPORT void makeIV(unsigned char *iv);
 
 namespace veldmap {
 
+class Sink;
+
+/// As encryptXMLDocument, telling \a sink what is wrong.
+VELDMAP_EXPORT bool encryptDescription(const QString &source, const QString &destination, Sink &sink);
+
 /// Whether AESVeldKey is the key that stands in the sources, which keeps nothing secret.
 VELDMAP_EXPORT bool usesDevelopmentKey();
 

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "findings/refusal.h"
+
 #include <QByteArray>
-#include <QString>
 
 namespace veldmap {
 
@@ -14,7 +15,7 @@ bool isContainer(const QByteArray &bytes);
 /// A document that was taken out of its container.
 struct Deciphered {
     QByteArray document;
-    QString error; ///< why \a document could not be taken out, empty when it could
+    Refusal error; ///< why \a document could not be taken out
 };
 
 /// Takes the document out of the container \a bytes. Refuses a header that the rest of the file belies; a wrong key or

@@ -1,10 +1,6 @@
 #include "files/file_reader.h"
 
-#include "findings/limits.h"
-
 #include <QFile>
-
-using namespace Qt::StringLiterals;
 
 namespace veldmap {
 
@@ -19,11 +15,6 @@ QByteArray readAtMost(QFile &file, qint64 limit)
         bytes += piece;
     bytes.truncate(limit + 1);
     return bytes;
-}
-
-QString tooLargeError()
-{
-    return u"The file is larger than %1 bytes."_s.arg(limits::kDocumentBytes);
 }
 
 } // namespace veldmap

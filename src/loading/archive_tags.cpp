@@ -1,68 +1,74 @@
-#include "loading/archive_loader.h"
+#include "loading/archive_reader.h"
 
-#include "loading/document_loading.h"
 #include "findings/limits.h"
-#include "loading/load_budget.h"
-#include "xml/tag_attributes.h"
+#include "loading/rules.h"
 #include "model/root_archive.h"
+
+#include <QDir>
+#include <QScopedValueRollback>
 
 #include <algorithm>
 #include <iterator>
 
 using namespace Qt::StringLiterals;
-using veldmap::ChildTags;
-using veldmap::readText;
-using veldmap::Tag;
-namespace limits = veldmap::limits;
 
-VMArchiveLoader::VMArchiveLoader() : m_budget(std::make_shared<veldmap::LoadBudget>()) {}
+namespace veldmap {
 
-VMXMLArchive *VMArchiveLoader::loadArchiveFromFile(const QString &filePath, const QString &relativeFile,
-                                                   const QString &basePath, VMRootArchive *root, VMMessageCallback log,
-                                                   VMMessageCallback error, VMMessageCallback warning, bool mandatory,
-                                                   XMDOpenError &status)
+namespace {
+
+/// The name of the description \a relativeFile below \a basePath, as messages have it.
+SourceFile sourceFileOf(const QString &basePath, const QString &relativeFile)
+{
+    return SourceFile(QDir::cleanPath(basePath + u'/' + relativeFile));
+}
+
+} // namespace
+
+VMXMLArchive *ArchiveReader::readFile(const QString &filePath, const QString &relativeFile, const QString &basePath,
+                                      bool isMandatory, XMDOpenError &status)
 {
     status = XMDOpenSuccess;
-    m_callbacks = {log, error, warning};
-    if (VMXMLArchive *known = root->hasArchive(basePath, relativeFile)) {
+    if (VMXMLArchive *known = m_builder.findArchive(basePath, relativeFile)) {
         status = XMDOpenAlreadyLoaded;
         return known;
     }
-    veldmap::TagDocument document;
-    status = veldmap::loadTags(filePath, document, {log, error, mandatory ? warning : nullptr}, false);
+    const std::unique_ptr<DescriptionFile> file = m_files.read(filePath);
+    status = file->status;
+    for (const Finding &finding : std::as_const(file->told.findings)) {
+        if (isMandatory || finding.rule != &rules::fileNotOpened)
+            m_sink.take(finding);
+    }
     if (status != XMDOpenSuccess)
         return nullptr;
 
     status = XMDOpenInvalid;
-    const Tag tag = document.root();
+    const Tag tag = file->document.root();
     if (tag.name() == "bigarchive"_L1)
-        return loadBigArchive(tag, filePath, relativeFile, basePath, root, status);
+        return readBigArchive(tag, filePath, relativeFile, basePath, status);
     if (tag.name() == "archive"_L1) {
-        VMXMLArchive *archive = manageArchiveTag(tag, relativeFile, basePath, root);
+        VMXMLArchive *archive = readArchive(tag, relativeFile, basePath);
         status = archive ? XMDOpenSuccess : XMDOpenInvalid;
         return archive;
     }
     // The old formats go by the name as written.
     if (tag.nameAsWritten() == "module"_L1)
-        return loadBareModule(tag, filePath, relativeFile, basePath, root, status);
-    if (tag.nameAsWritten() == "chip"_L1 || tag.nameAsWritten() == "soft"_L1)
-        ErrorMessage(filePath, 0, 0, u"Old archive format! Please edit your xml files to conform to the new norm."_s);
-    else
-        ErrorMessage(filePath, 0, 0, u"Bad archive format!"_s);
+        return readBareModule(tag, filePath, relativeFile, basePath, status);
+    const bool isVeryOld = tag.nameAsWritten() == "chip"_L1 || tag.nameAsWritten() == "soft"_L1;
+    tell(isVeryOld ? rules::veryOldFormat : rules::noArchive, {filePath});
     return nullptr;
 }
 
-VMXMLArchive *VMArchiveLoader::loadBigArchive(const Tag &tag, const QString &filePath, const QString &relativeFile,
-                                              const QString &basePath, VMRootArchive *root, XMDOpenError &status)
+VMXMLArchive *ArchiveReader::readBigArchive(const Tag &tag, const QString &filePath, const QString &relativeFile,
+                                            const QString &basePath, XMDOpenError &status)
 {
     VMXMLArchive *last = nullptr;
     for (const Tag &child : ChildTags(tag)) {
         if (child.name() != "archive"_L1) {
-            ErrorMessage(filePath, child.lineNumber(), child.columnNumber(),
-                         u"Unvalid '%2' tag.\n"_s.arg(child.name()));
+            tell(rules::foreignTagAmongArchives, {filePath, child.lineNumber(), child.columnNumber()},
+                 {child.name().toString()});
             return nullptr;
         }
-        last = manageArchiveTag(child, relativeFile, basePath, root);
+        last = readArchive(child, relativeFile, basePath);
         if (!last)
             return nullptr;
     }
@@ -70,129 +76,145 @@ VMXMLArchive *VMArchiveLoader::loadBigArchive(const Tag &tag, const QString &fil
     return last;
 }
 
-VMXMLArchive *VMArchiveLoader::loadBareModule(const Tag &tag, const QString &filePath, const QString &relativeFile,
-                                              const QString &basePath, VMRootArchive *root, XMDOpenError &status)
+VMXMLArchive *ArchiveReader::readBareModule(const Tag &tag, const QString &filePath, const QString &relativeFile,
+                                            const QString &basePath, XMDOpenError &status)
 {
-    WarningMessage(
-        filePath, 0, 0,
-        u"You are using an old archive format! Please enclose the content of your file into an <archive> tag!"_s);
-    auto created = std::make_unique<VMXMLArchive>(root);
-    VMXMLArchive *archive = created.get();
-    archive->relativeFileName = relativeFile;
-    archive->basePath = basePath;
-    root->addXMLArchive(created.release());
-    if (!manageModuleOrTypedefTag(tag, archive)) {
-        root->discardXMLArchive(archive);
+    tell(rules::oldFormat, {filePath});
+    const QScopedValueRollback file(m_file, sourceFileOf(basePath, relativeFile));
+    VMXMLArchive &archive = m_builder.addArchive(relativeFile, basePath);
+    archive.source = sourceOf(tag);
+    if (!readType(tag, archive)) {
+        m_builder.discardArchive(archive);
         return nullptr;
     }
     status = XMDOpenSuccess;
-    return archive;
+    return &archive;
 }
 
-VMXMLArchive *VMArchiveLoader::manageArchiveTag(const Tag &tag, const QString &relativeFile, const QString &basePath,
-                                                VMRootArchive *root)
+VMXMLArchive *ArchiveReader::readArchive(const Tag &tag, const QString &relativeFile, const QString &basePath)
 {
+    const QScopedValueRollback file(m_file, sourceFileOf(basePath, relativeFile));
     const QString relative = readText(tag, u"relative");
-    auto created = std::make_unique<VMXMLArchive>(root);
-    VMXMLArchive *archive = created.get();
-    archive->relativeFileName = relative.isEmpty() ? relativeFile : relative;
-    archive->basePath = basePath;
-    archive->generateAsm = veldmap::readFlag(tag, u"asm", true);
-    archive->vhdlPackage = readText(tag, u"vhdlpkg");
-    // The root knows the archive before its children run, so that an include of it from below finds it.
-    root->addXMLArchive(created.release());
+    VMXMLArchive &archive = m_builder.addArchive(relative.isEmpty() ? relativeFile : relative, basePath);
+    archive.source = sourceOf(tag);
+    archive.generateAsm = readFlag(tag, u"asm", true);
+    archive.vhdlPackage = readText(tag, u"vhdlpkg");
 
-    bool complete = !isTooManyArchives(tag, *archive, *root);
+    const bool isOneTooMany = archive.getRootArchive()->xmlArchives.size() > limits::kArchives;
+    bool isComplete = !isOneTooMany || fail(tag, archive, rules::tooManyArchives, {QString::number(limits::kArchives)});
     for (const Tag &child : ChildTags(tag)) {
-        complete = complete && readArchiveChild(child, archive);
-        if (!complete)
+        isComplete = isComplete && readArchiveChild(child, archive);
+        if (!isComplete)
             break;
     }
-    if (!complete) {
-        root->discardXMLArchive(archive);
+    if (!isComplete) {
+        m_builder.discardArchive(archive);
         return nullptr;
     }
-    return archive;
+    return &archive;
 }
 
-bool VMArchiveLoader::isTooManyArchives(const Tag &tag, const VMXMLArchive &archive, const VMRootArchive &root)
+bool ArchiveReader::readArchiveChild(const Tag &child, VMXMLArchive &archive)
 {
-    if (root.xmlArchives.size() <= limits::kArchives)
-        return false;
-    return !fail(tag, archive, u"The description has more than %1 archives."_s.arg(limits::kArchives));
-}
-
-/// A tag that may stand in an archive; true when the load may go on behind it.
-struct VMArchiveLoader::ArchiveTagRow {
-    QLatin1StringView tag;
-    bool (*read)(VMArchiveLoader &loader, const Tag &tag, VMXMLArchive *archive);
-};
-
-bool VMArchiveLoader::readArchiveChild(const Tag &child, VMXMLArchive *archive)
-{
-    using Loader = VMArchiveLoader;
-    constexpr auto readModule = [](Loader &loader, const Tag &tag, VMXMLArchive *to) {
-        return loader.manageModuleOrTypedefTag(tag, to) != nullptr;
+    using Reader = ArchiveReader;
+    /// A tag that may stand in an archive; true when the load may go on behind it.
+    struct ArchiveTag {
+        QLatin1StringView tag;
+        bool (*read)(Reader &reader, const Tag &tag, VMXMLArchive &archive);
     };
-    constexpr auto readInclude = [](Loader &loader, const Tag &tag, VMXMLArchive *to) {
-        const XMDOpenError result = loader.manageIncludeTag(tag, to);
+    constexpr auto readType = [](Reader &reader, const Tag &tag, VMXMLArchive &to) {
+        return reader.readType(tag, to) != nullptr;
+    };
+    constexpr auto readInclude = [](Reader &reader, const Tag &tag, VMXMLArchive &to) {
+        const XMDOpenError result = reader.readInclude(tag, to);
         if (result == XMDOpenUnreadable)
-            loader.WarningMessage(to->getTotalPath(), 0, 0, u"Skipped."_s);
+            reader.tell(rules::includeSkipped, {to.getTotalPath()});
         return result != XMDOpenInvalid;
     };
-    constexpr auto readComment = [](Loader &, const Tag &tag, VMXMLArchive *to) {
-        to->archiveComment = veldmap::readComment(tag);
+    constexpr auto readComment = [](Reader &, const Tag &tag, VMXMLArchive &to) {
+        to.archiveComment = veldmap::readComment(tag);
         return true;
     };
-    constexpr auto readCJoker = [](Loader &, const Tag &tag, VMXMLArchive *to) {
-        to->cJoker = veldmap::readCJoker(tag);
+    constexpr auto readCJoker = [](Reader &, const Tag &tag, VMXMLArchive &to) {
+        to.cJoker = veldmap::readCJoker(tag);
         return true;
     };
-    static constexpr ArchiveTagRow kArchiveTags[] = {
-        {"module"_L1, readModule},
-        {"typedef"_L1, readModule},
+    static constexpr ArchiveTag kArchiveTags[] = {
+        {"module"_L1, readType},
+        {"typedef"_L1, readType},
         {"include"_L1, readInclude},
-        {"spacer"_L1, [](Loader &loader, const Tag &tag, VMXMLArchive *to) { return loader.manageSpacerTag(tag, to); }},
-        {"var"_L1, [](Loader &loader, const Tag &tag, VMXMLArchive *to) { return loader.manageVarTag(tag, to); }},
-        {"range"_L1, [](Loader &loader, const Tag &tag, VMXMLArchive *to) { return loader.manageRangeTag(tag, to); }},
-        {"enum"_L1, [](Loader &loader, const Tag &tag, VMXMLArchive *to) { return loader.manageEnumTag(tag, to); }},
+        {"spacer"_L1, [](Reader &reader, const Tag &tag, VMXMLArchive &to) { return reader.readSpacer(tag, to); }},
+        {"var"_L1, [](Reader &reader, const Tag &tag, VMXMLArchive &to) { return reader.readVariable(tag, to); }},
+        {"range"_L1, [](Reader &reader, const Tag &tag, VMXMLArchive &to) { return reader.readRange(tag, to); }},
+        {"enum"_L1, [](Reader &reader, const Tag &tag, VMXMLArchive &to) { return reader.readEnum(tag, to); }},
         {"instance"_L1,
-         [](Loader &loader, const Tag &tag, VMXMLArchive *to) { return loader.manageInstanceTag(tag, to) != nullptr; }},
+         [](Reader &reader, const Tag &tag, VMXMLArchive &to) { return reader.readInstance(tag, to) != nullptr; }},
         {"comment"_L1, readComment},
         {"cjoker"_L1, readCJoker},
-        {"alias"_L1, [](Loader &loader, const Tag &tag, VMXMLArchive *to) { return loader.manageAliasTag(tag, to); }},
+        {"alias"_L1, [](Reader &reader, const Tag &tag, VMXMLArchive &to) { return reader.readAlias(tag, to); }},
     };
     const QStringView tagName = child.name();
-    const auto row = std::ranges::find_if(kArchiveTags, [&](const auto &r) { return r.tag == tagName; });
+    const auto row = std::ranges::find_if(kArchiveTags, [&](const ArchiveTag &r) { return r.tag == tagName; });
     if (row == std::end(kArchiveTags))
-        return fail(child, *archive, u"Unvalid tag : '%1'"_s.arg(tagName));
+        return fail(child, archive, rules::foreignTagInArchive, {tagName.toString()});
     return row->read(*this, child, archive);
 }
 
-void VMArchiveLoader::ErrorMessage(const QString &file, int line, int column, const QString &message) const
+bool ArchiveReader::fail(const Tag &tag, const VMXMLArchive &archive, const Rule &rule,
+                         const QStringList &arguments) const
 {
-    veldmap::sendMessage(m_callbacks.error, veldmap::placedMessage(file, line, column, message));
-}
-
-void VMArchiveLoader::WarningMessage(const QString &file, int line, int column, const QString &message) const
-{
-    veldmap::sendMessage(m_callbacks.warning, veldmap::placedMessage(file, line, column, message));
-}
-
-void VMArchiveLoader::LogMessage(const QString &file, int line, int column, const QString &message) const
-{
-    veldmap::sendMessage(m_callbacks.log, veldmap::placedMessage(file, line, column, message));
-}
-
-bool VMArchiveLoader::fail(const Tag &tag, const VMXMLArchive &archive, const QString &text) const
-{
-    ErrorMessage(archive.getTotalPath(), tag.lineNumber(), tag.columnNumber(), text);
+    tell(rule, {archive.getTotalPath(), tag.lineNumber(), tag.columnNumber()}, arguments);
     return false;
 }
 
-VMArchiveLoader::Evaluated VMArchiveLoader::evaluate(const QString &expression, const VMXMLArchive &archive)
+bool ArchiveReader::fail(const Tag &tag, const VMXMLArchive &archive, const Refusal &refused) const
 {
-    Evaluated result;
-    result.value = archive.variables->evalExpression(expression, result.message, result.failed);
-    return result;
+    return fail(tag, archive, *refused.rule, refused.arguments);
 }
+
+void ArchiveReader::tell(const Rule &rule, const Place &place, const QStringList &arguments) const
+{
+    m_sink.take(Finding(rule, place, arguments));
+}
+
+Evaluated ArchiveReader::evaluate(const QString &expression, const VMXMLArchive &archive)
+{
+    return m_builder.evaluate(expression, *archive.variables);
+}
+
+bool ArchiveReader::evaluateSize(const QString &expression, int &value, const Tag &tag, const VMXMLArchive &archive,
+                                 const Rule &rule, const QStringList &arguments)
+{
+    const Evaluated result = evaluate(expression, archive);
+    value = result.value;
+    return !result.failed || fail(tag, archive, rule, arguments);
+}
+
+bool ArchiveReader::evaluateArrayCount(Count &count, const Tag &tag, const VMXMLArchive &archive,
+                                       const QString &parentName, const QString &type, const QString &name)
+{
+    if (!count.isArray)
+        return true;
+    if (!evaluateSize(count.expression, count.value, tag, archive, rules::arrayCount, {parentName, type, name}))
+        return false;
+    return count.value >= 0 || fail(tag, archive, rules::negativeCount, {QString::number(count.value), type, name});
+}
+
+ArchiveReader::Element ArchiveReader::arrayOf(Element element, const Count &count, const QString &name, const Tag &tag,
+                                              const VMXMLArchive &archive)
+{
+    if (!count.isArray)
+        return element;
+    if (const Refusal refused = m_builder.makeArray(element, name, count.value, count.expression)) {
+        fail(tag, archive, refused);
+        return nullptr;
+    }
+    return element;
+}
+
+SourcePlace ArchiveReader::sourceOf(const Tag &tag) const
+{
+    return {m_file, static_cast<quint32>(qMax(tag.lineNumber(), 0)), static_cast<quint32>(qMax(tag.columnNumber(), 0))};
+}
+
+} // namespace veldmap

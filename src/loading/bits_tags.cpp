@@ -1,23 +1,19 @@
-#include "loading/archive_loader.h"
+#include "loading/archive_reader.h"
 
-#include "text/bit_arithmetic.h"
-#include "loading/load_budget.h"
-#include "loading/member_tags.h"
-#include "xml/tag_attributes.h"
+#include "findings/limits.h"
+#include "loading/rules.h"
 #include "model/valuable.h"
+#include "text/bit_arithmetic.h"
 
 using namespace Qt::StringLiterals;
-using veldmap::readName;
-using veldmap::readText;
-using veldmap::Tag;
-using veldmap::wrappingAdd;
-namespace limits = veldmap::limits;
+
+namespace veldmap {
 
 /// The attributes of a `bits` tag. Words that only decide something stay in the document.
-struct VMArchiveLoader::BitsAttributes {
+struct ArchiveReader::BitsAttributes {
     explicit BitsAttributes(const Tag &tag)
         : name(readName(tag, u"name")), access(tag.attribute(u"access")), pos(readText(tag, u"pos")),
-          reset(wordOf(tag, u"rst", u"no")), display(veldmap::displayOf(wordOf(tag, u"display", u"dec"))),
+          reset(wordOf(tag, u"rst", u"no")), display(displayOf(wordOf(tag, u"display", u"dec"))),
           cut(wordOf(tag, u"cut", u"no")), cutEnum(readText(tag, u"cutenum")),
           cutStart(readText(tag, u"cutstart", u"0"_s)), cutPrefix(readName(tag, u"cutprefix"))
     {
@@ -52,7 +48,7 @@ private:
 };
 
 /// A position of a field, as text and as number.
-struct VMArchiveLoader::BitPosition {
+struct ArchiveReader::BitPosition {
     QString upText;
     int up = 0;
     QString downText;
@@ -62,7 +58,7 @@ struct VMArchiveLoader::BitPosition {
 };
 
 /// How a field is cut into equal pieces, upwards from its lowest bit.
-struct VMArchiveLoader::BitsCut {
+struct ArchiveReader::BitsCut {
     BitPosition whole;
     int pieces = 1;
     int pieceWidth = 0;
@@ -80,8 +76,8 @@ struct VMArchiveLoader::BitsCut {
     /// The position texts of a piece. A plain number is counted on; any other text is kept and added to.
     BitPosition textsOf(int piece) const
     {
-        const int low = veldmap::wrappingMultiply(pieceWidth, piece);
-        const int high = veldmap::wrappingSubtract(wrappingAdd(low, pieceWidth), 1);
+        const int low = wrappingMultiply(pieceWidth, piece);
+        const int high = wrappingSubtract(wrappingAdd(low, pieceWidth), 1);
         BitPosition position;
         bool plain = false;
         whole.downText.toInt(&plain);
@@ -114,55 +110,52 @@ quint32 resetNumber(QStringView text)
 quint32 resetValueOf(QStringView reset, qint64 width)
 {
     const bool allOnes = reset.compare("all1"_L1, Qt::CaseInsensitive) == 0;
-    return (allOnes ? 0xFFFFFFFFu : resetNumber(reset)) & veldmap::lowBits(width);
+    return (allOnes ? 0xFFFFFFFFu : resetNumber(reset)) & lowBits(width);
 }
 
 } // namespace
 
-bool VMArchiveLoader::manageBitsTag(const Tag &tag, VMValuable *valuable, VMXMLArchive *archive)
+bool ArchiveReader::readBits(const Tag &tag, VMValuable &valuable, VMXMLArchive &archive)
 {
-    ++m_budget->declaredElements;
+    m_builder.countDeclared();
     const BitsAttributes attributes(tag);
     const QString &name = attributes.name;
     if (name.isEmpty())
-        return fail(tag, *archive, u"Valuable %1 contains an unamed bitfield.\n"_s.arg(valuable->getName()));
+        return fail(tag, archive, rules::fieldWithoutName, {valuable.getName()});
     if (attributes.pos.isEmpty())
-        return fail(tag, *archive, u"Valuable %1, bitfield %2 : position undefined\n"_s.arg(valuable->getName(), name));
+        return fail(tag, archive, rules::fieldWithoutPosition, {valuable.getName(), name});
     if (attributes.pos.size() > limits::kPositionCharacters)
-        return fail(tag, *archive,
-                    u"Valuable %1, bitfield %2 : position longer than %3 characters"_s.arg(
-                        valuable->getName(), name, QString::number(limits::kPositionCharacters)));
+        return fail(tag, archive, rules::positionTooLong,
+                    {valuable.getName(), name, QString::number(limits::kPositionCharacters)});
     BitsCut cut;
-    if (!readPosition(attributes, tag, *valuable, *archive, cut.whole) ||
-        !readCut(attributes, tag, *valuable, *archive, cut))
+    if (!readPosition(attributes, tag, valuable, archive, cut.whole) ||
+        !readCut(attributes, tag, valuable, archive, cut))
         return false;
-    if (valuable->bitFields.size() + static_cast<std::size_t>(cut.pieces) > limits::kBitFields)
-        return fail(
-            tag, *archive,
-            u"Valuable %1 has more than %2 bitfields."_s.arg(valuable->getName(), QString::number(limits::kBitFields)));
-
-    if (!mayCopy(cut.pieces - 1, tag, *archive))
-        return false;
+    if (valuable.bitFields.size() + static_cast<std::size_t>(cut.pieces) > limits::kBitFields)
+        return fail(tag, archive, rules::tooManyFields, {valuable.getName(), QString::number(limits::kBitFields)});
+    if (const Refusal refused = m_builder.countCopies(cut.pieces - 1))
+        return fail(tag, archive, refused);
 
     BitPosition first = cut.whole;
     std::unique_ptr<VMBitGroup> group;
     if (cut.pieces > 1) {
         first = cut.textsOf(0);
-        if (!evaluatePosition(first, name, tag, *valuable, *archive))
+        if (!evaluatePosition(first, name, tag, valuable, archive))
             return false;
-        group = std::make_unique<VMBitGroup>(name, valuable);
+        group = std::make_unique<VMBitGroup>(name, &valuable);
     }
     const quint32 reset = attributes.hasReset() ? resetValueOf(attributes.reset, first.width()) : 0;
     auto field = std::make_unique<VMBitField>(
         group ? cut.nameOf(0) : name, attributes.access.contains(u'r'), attributes.writeMode(), first.upText, first.up,
         first.downText, first.down, static_cast<int>(reset), attributes.hasReset(), attributes.display);
+    field->source = sourceOf(tag);
     if (!readBitsChildren(tag, name, *field, archive))
         return false;
-    return addPieces(std::move(field), std::move(group), cut, name, tag, *valuable, *archive);
+    return addPieces(std::move(field), std::move(group), cut, name, tag, valuable, archive);
 }
 
-bool VMArchiveLoader::readPosition(const BitsAttributes &attributes, const Tag &tag, const VMValuable &valuable,
-                                   const VMXMLArchive &archive, BitPosition &position)
+bool ArchiveReader::readPosition(const BitsAttributes &attributes, const Tag &tag, const VMValuable &valuable,
+                                 const VMXMLArchive &archive, BitPosition &position)
 {
     // The split comes at the last colon that has text on both sides.
     const QString &pos = attributes.pos;
@@ -179,15 +172,14 @@ bool VMArchiveLoader::readPosition(const BitsAttributes &attributes, const Tag &
     return true;
 }
 
-bool VMArchiveLoader::evaluatePosition(BitPosition &position, const QString &name, const Tag &tag,
-                                       const VMValuable &valuable, const VMXMLArchive &archive)
+bool ArchiveReader::evaluatePosition(BitPosition &position, const QString &name, const Tag &tag,
+                                     const VMValuable &valuable, const VMXMLArchive &archive)
 {
     const auto evaluateText = [&](const QString &text, int &number) {
         const Evaluated result = evaluate(text, archive);
         number = result.value;
-        return !result.failed || fail(tag, archive,
-                                      u"Valuable %1, bitfield %2, expression %3 : %4\n"_s.arg(valuable.getName(), name,
-                                                                                              text, result.message));
+        return !result.failed ||
+               fail(tag, archive, rules::positionExpression, {valuable.getName(), name, text, result.message});
     };
     if (!evaluateText(position.upText, position.up))
         return false;
@@ -198,62 +190,55 @@ bool VMArchiveLoader::evaluatePosition(BitPosition &position, const QString &nam
     return evaluateText(position.downText, position.down);
 }
 
-bool VMArchiveLoader::readCut(const BitsAttributes &attributes, const Tag &tag, const VMValuable &valuable,
-                              const VMXMLArchive &archive, BitsCut &cut)
+bool ArchiveReader::readCut(const BitsAttributes &attributes, const Tag &tag, const VMValuable &valuable,
+                            const VMXMLArchive &archive, BitsCut &cut)
 {
     const QString &name = attributes.name;
     const Evaluated start = evaluate(attributes.cutStart, archive);
     if (start.failed)
-        return fail(tag, archive,
-                    u"Valuable '%1', bitfield '%2', expression '%3' : %4\n"_s.arg(valuable.getName(), name,
-                                                                                  attributes.cutStart, start.message));
+        return fail(tag, archive, rules::cutStart, {valuable.getName(), name, attributes.cutStart, start.message});
     if (attributes.cut != "no"_L1) {
         const qint64 width = cut.whole.width();
         cut.pieceWidth = attributes.cut.toInt();
         if (cut.pieceWidth <= 0)
-            return fail(tag, archive, u"Valuable %1, bitfield %2 : bad cut size\n"_s.arg(valuable.getName(), name));
+            return fail(tag, archive, rules::cutSize, {valuable.getName(), name});
         if (width % cut.pieceWidth != 0)
-            return fail(
-                tag, archive,
-                u"Valuable %1, bitfield %2 : cutting bitfield with divisor non-multiple of total bitfield size\n"_s.arg(
-                    valuable.getName(), name));
+            return fail(tag, archive, rules::cutUneven, {valuable.getName(), name});
         if (width / cut.pieceWidth > limits::kCutPieces)
-            return fail(tag, archive,
-                        u"Valuable %1, bitfield %2 : cutting bitfield into more than %3 pieces"_s.arg(
-                            valuable.getName(), name, QString::number(limits::kCutPieces)));
+            return fail(tag, archive, rules::cutTooFine,
+                        {valuable.getName(), name, QString::number(limits::kCutPieces)});
         cut.pieces = static_cast<int>(width / cut.pieceWidth);
     }
     if (!attributes.cutEnum.isEmpty()) {
-        cut.names = archive.variables->getEnumByName(attributes.cutEnum);
+        cut.names = m_builder.findEnum(attributes.cutEnum, archive);
         if (!cut.names)
-            return fail(tag, archive,
-                        u"Bitfield '%1' is cut thanks to an undefined enum '%2'.\n"_s.arg(name, attributes.cutEnum));
+            return fail(tag, archive, rules::cutEnum, {name, attributes.cutEnum});
     }
     cut.start = start.value;
     cut.prefix = attributes.cutPrefix;
     return true;
 }
 
-bool VMArchiveLoader::readBitsChildren(const Tag &tag, const QString &name, VMBitField &field, VMXMLArchive *archive)
+bool ArchiveReader::readBitsChildren(const Tag &tag, const QString &name, VMBitField &field, VMXMLArchive &archive)
 {
     QString comment;
-    for (const Tag &child : veldmap::ChildTags(tag)) {
+    for (const Tag &child : ChildTags(tag)) {
         const QStringView childName = child.name();
         if (childName == "options"_L1) {
-            if (!manageOptionsTag(child, &field, archive))
+            if (!readOptions(child, field, archive))
                 return false;
-        } else if (!veldmap::takeComment(child, comment)) {
-            return fail(child, *archive, u"Bitfield '%1' contains an unvalid '%2' tag.\n"_s.arg(name, childName));
+        } else if (!takeComment(child, comment)) {
+            return fail(child, archive, rules::foreignTagInField, {name, childName.toString()});
         }
     }
     const QString options = field.generateOptionsComment();
     field.comment = comment + options;
-    return mayKeepText(options.size(), tag, *archive);
+    const Refusal refused = m_builder.countText(options.size());
+    return !refused || fail(tag, archive, refused);
 }
 
-bool VMArchiveLoader::addPieces(std::unique_ptr<VMBitField> first, std::unique_ptr<VMBitGroup> group,
-                                const BitsCut &cut, const QString &name, const Tag &tag, VMValuable &valuable,
-                                const VMXMLArchive &archive)
+bool ArchiveReader::addPieces(std::unique_ptr<VMBitField> first, std::unique_ptr<VMBitGroup> group, const BitsCut &cut,
+                              const QString &name, const Tag &tag, VMValuable &valuable, const VMXMLArchive &archive)
 {
     std::vector<std::unique_ptr<VMBitField>> pieces;
     pieces.push_back(std::move(first));
@@ -274,3 +259,5 @@ bool VMArchiveLoader::addPieces(std::unique_ptr<VMBitField> first, std::unique_p
         valuable.addBitGroup(group.release());
     return true;
 }
+
+} // namespace veldmap

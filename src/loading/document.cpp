@@ -1,15 +1,12 @@
 #include "loading/document.h"
 
-#include "container/container_format.h"
-#include "files/file_reader.h"
-#include "loading/document_loading.h"
-#include "findings/limits.h"
+#include "findings/callback_sink.h"
+#include "loading/description_files.h"
+#include "xml/attribute_order.h"
+#include "xml/rules.h"
 
 #include <QDomDocument>
-#include <QFile>
 #include <QXmlStreamReader>
-
-#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -53,78 +50,32 @@ void keepAttributeOrder(const QByteArray &bytes, QDomDocument &document)
     }
 }
 
-/// The document in a description file, plain or taken out of its container.
-struct FileContent {
-    XMDOpenError status = XMDOpenSuccess;
-    QByteArray bytes;
-    bool encrypted = false;
-};
-
-XMDOpenError failAt(const QString &path, const veldmap::TagDocument::Error &error, VMMessageCallback callback)
-{
-    veldmap::sendMessage(callback, veldmap::placedMessage(path, error.line, error.column, error.text));
-    return XMDOpenInvalid;
-}
-
-FileContent readFile(const QString &path, const veldmap::Callbacks &callbacks, bool openFailureIsError)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        veldmap::sendMessage(openFailureIsError ? callbacks.error : callbacks.warning,
-                             u"Unable to open file %1"_s.arg(path));
-        return {XMDOpenUnreadable, {}};
-    }
-    veldmap::sendMessage(callbacks.log, u"Loading %1..."_s.arg(path));
-    constexpr qint64 kLargestContainer = veldmap::limits::kDocumentBytes + veldmap::kContainerOverhead;
-    FileContent content = {XMDOpenSuccess, veldmap::readAtMost(file, kLargestContainer), false};
-    if (file.error() != QFile::NoError)
-        return {failAt(path, {u"The file can't be read: %1"_s.arg(file.errorString())}, callbacks.error), {}, false};
-    content.encrypted = veldmap::isContainer(content.bytes);
-    if (content.encrypted && content.bytes.size() <= kLargestContainer) {
-        veldmap::Deciphered deciphered = veldmap::deciphered(content.bytes);
-        if (!deciphered.error.isEmpty())
-            return {failAt(path, {deciphered.error}, callbacks.error), {}, true};
-        content.bytes = std::move(deciphered.document);
-    }
-    if (content.bytes.size() > veldmap::limits::kDocumentBytes)
-        content.status = failAt(path, {veldmap::tooLargeError()}, callbacks.error);
-    return content;
-}
-
 } // namespace
-
-namespace veldmap {
-
-XMDOpenError loadTags(const QString &path, TagDocument &document, const Callbacks &callbacks, bool openFailureIsError)
-{
-    const FileContent content = readFile(path, callbacks, openFailureIsError);
-    if (content.status != XMDOpenSuccess)
-        return content.status;
-    const TagDocument::Error error = document.read(content.bytes);
-    return error.text.isEmpty() ? XMDOpenSuccess : failAt(path, error, callbacks.error);
-}
-
-} // namespace veldmap
 
 XMDOpenError loadXMLDocument(const QString &path, QDomDocument &document, bool &encrypted, VMMessageCallback log,
                              VMMessageCallback error, VMMessageCallback warning, bool openFailureIsError)
 {
-    const veldmap::Callbacks callbacks = {log ? log : LoadUtilsDummySilentPrint,
-                                          error ? error : LoadUtilsDummySilentPrint,
-                                          warning ? warning : LoadUtilsDummySilentPrint};
+    // A caller's null callback counts as the one that does nothing, which is told all the same.
+    veldmap::CallbackSink sink({log ? log : LoadUtilsDummySilentPrint, error ? error : LoadUtilsDummySilentPrint,
+                                warning ? warning : LoadUtilsDummySilentPrint});
+    const auto refuse = [&](const veldmap::TagDocument::Error &refused) {
+        sink.take(
+            veldmap::Finding(*refused.refusal.rule, {path, refused.line, refused.column}, refused.refusal.arguments));
+        return XMDOpenInvalid;
+    };
     encrypted = false;
-    const FileContent content = readFile(path, callbacks, openFailureIsError);
+    const veldmap::FileContent content = veldmap::readFileContent(path, sink, openFailureIsError);
     if (content.status != XMDOpenSuccess)
         return content.status;
     // The loader's own reading keeps what goes beyond the limits away from the document, which it would choke.
     veldmap::TagDocument tags;
-    if (const veldmap::TagDocument::Error refused = tags.read(content.bytes); !refused.text.isEmpty())
-        return failAt(path, refused, error);
+    if (const veldmap::TagDocument::Error refused = tags.read(content.bytes))
+        return refuse(refused);
     QString message;
     int line = 0;
     int column = 0;
     if (!document.setContent(content.bytes, &message, &line, &column))
-        return failAt(path, {message, line, column}, error);
+        return refuse({{&veldmap::rules::notWellFormed, {message}}, line, column});
     keepAttributeOrder(content.bytes, document);
     encrypted = content.encrypted;
     return XMDOpenSuccess;

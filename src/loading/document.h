@@ -29,10 +29,3 @@ VELDMAP_EXPORT XMDOpenError loadXMLDocument(const QString &path, QDomDocument &d
 
 /// A callback that does nothing.
 VELDMAP_EXPORT void LoadUtilsDummySilentPrint(const char *text);
-
-namespace veldmap {
-
-/// The name of the attribute that holds the order of an element's attributes.
-constexpr QStringView kAttributeOrder = u" order";
-
-} // namespace veldmap

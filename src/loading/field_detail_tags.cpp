@@ -1,65 +1,58 @@
-#include "loading/archive_loader.h"
+#include "loading/archive_reader.h"
 
-#include "xml/tag_attributes.h"
+#include "loading/rules.h"
 #include "model/valuable.h"
 
 using namespace Qt::StringLiterals;
-using veldmap::ChildTags;
-using veldmap::readName;
-using veldmap::readText;
-using veldmap::Tag;
 
-bool VMArchiveLoader::manageBitgroupTag(const Tag &tag, VMValuable *valuable, VMXMLArchive *archive)
+namespace veldmap {
+
+bool ArchiveReader::readBitgroup(const Tag &tag, VMValuable &valuable, VMXMLArchive &archive)
 {
-    auto group = std::make_unique<VMBitGroup>(readName(tag, u"name"), valuable);
+    auto group = std::make_unique<VMBitGroup>(readName(tag, u"name"), &valuable);
     for (const Tag &child : ChildTags(tag)) {
         const QStringView childName = child.name();
         if (childName != "entry"_L1)
-            return fail(tag, *archive, u"Bitgroup %1 contains an unvalid %2 tag.\n"_s.arg(group->name, childName));
-        if (!manageBitgroupEntryTag(child, group.get(), archive))
+            return fail(tag, archive, rules::foreignTagInGroup, {group->name, childName.toString()});
+        if (!readBitgroupEntry(child, *group, archive))
             return false;
     }
-    valuable->addBitGroup(group.release());
+    valuable.addBitGroup(group.release());
     return true;
 }
 
-bool VMArchiveLoader::manageBitgroupEntryTag(const Tag &tag, VMBitGroup *group, VMXMLArchive *archive)
+bool ArchiveReader::readBitgroupEntry(const Tag &tag, VMBitGroup &group, VMXMLArchive &archive)
 {
     const QString reference = readName(tag, u"ref");
-    VMBitField *field = group->valuable->getBitFieldByName(reference);
-    const VMBitGroup *other = group->valuable->getBitGroupByName(reference);
+    VMBitField *field = group.valuable->getBitFieldByName(reference);
+    const VMBitGroup *other = group.valuable->getBitGroupByName(reference);
     if (!field && !other)
-        return fail(tag, *archive,
-                    u"Bitgroup '%1' contains an undefined bitfield or bitgroup '%2'.\n"_s.arg(group->name, reference));
-    if (!mayCopy((field ? 1 : 0) + (other ? other->size() : 0), tag, *archive))
-        return false;
+        return fail(tag, archive, rules::groupReference, {group.name, reference});
+    if (const Refusal refused = m_builder.countCopies((field ? 1 : 0) + (other ? other->size() : 0)))
+        return fail(tag, archive, refused);
     if (field)
-        group->addBitField(field);
+        group.addBitField(field);
     if (other)
-        group->addBitGroup(other);
+        group.addBitGroup(other);
     return true;
 }
 
-bool VMArchiveLoader::manageOptionsTag(const Tag &tag, VMBitField *field, VMXMLArchive *archive)
+bool ArchiveReader::readOptions(const Tag &tag, VMBitField &field, VMXMLArchive &archive)
 {
     const QString linkedName = readText(tag, u"linkenum");
     const VMEnum *linked = nullptr;
     if (!linkedName.isEmpty()) {
-        linked = archive->variables->getEnumByName(linkedName);
+        linked = m_builder.findEnum(linkedName, archive);
         if (!linked)
-            return fail(
-                tag, *archive,
-                u"Options of bitfield '%1' is linked to an undefined enum '%2'.\n"_s.arg(field->getName(), linkedName));
+            return fail(tag, archive, rules::optionsEnum, {field.getName(), linkedName});
     }
-    VMBitFieldOptions &options = field->options;
+    VMBitFieldOptions &options = field.options;
     for (const Tag &child : ChildTags(tag)) {
         const QStringView childName = child.name();
         if (childName == "option"_L1 && linked)
-            return fail(child, *archive,
-                        u"Options of bitfield '%1' is linked to enum '%2' but tries to define an other option.\n"_s.arg(
-                            field->getName(), linkedName));
+            return fail(child, archive, rules::optionBesideEnum, {field.getName(), linkedName});
         if (childName == "option"_L1) {
-            if (!manageOptionsOptionTag(child, &options, archive))
+            if (!readOption(child, options, archive))
                 return false;
         } else if (childName == "default"_L1) {
             options.hasDefault = true;
@@ -68,34 +61,34 @@ bool VMArchiveLoader::manageOptionsTag(const Tag &tag, VMBitField *field, VMXMLA
         } else if (childName == "shift"_L1) {
             options.hasShift = true;
         } else {
-            return fail(child, *archive,
-                        u"Options of bitfield '%1' contains an unvalid '%2' tag.\n"_s.arg(field->getName(), childName));
+            return fail(child, archive, rules::foreignTagInOptions, {field.getName(), childName.toString()});
         }
     }
     if (!linked)
         return true;
-    if (!mayCopy(linked->size(), tag, *archive))
-        return false;
+    if (const Refusal refused = m_builder.countCopies(linked->size()))
+        return fail(tag, archive, refused);
     for (const VMIntVar &entry : *linked)
-        options.optionList.append({entry.name, entry.leftValue, entry.comment});
+        options.optionList.append({entry.name, entry.leftValue, entry.comment, entry.source});
     return true;
 }
 
-bool VMArchiveLoader::manageOptionsOptionTag(const Tag &tag, VMBitFieldOptions *options, VMXMLArchive *archive)
+bool ArchiveReader::readOption(const Tag &tag, VMBitFieldOptions &options, VMXMLArchive &archive)
 {
     VMBitFieldOption option;
     option.name = readName(tag, u"name");
+    option.source = sourceOf(tag);
     const QString expression = readText(tag, u"value", u"0"_s);
-    const Evaluated value = evaluate(expression, *archive);
+    const Evaluated value = evaluate(expression, archive);
     if (value.failed)
-        return fail(tag, *archive, u"Option expression %1 : %2\n"_s.arg(expression, value.message));
+        return fail(tag, archive, rules::optionExpression, {expression, value.message});
     option.value = value.value;
     for (const Tag &child : ChildTags(tag)) {
-        const QStringView childName = child.name();
-        if (!veldmap::takeComment(child, option.comment))
-            return fail(child, *archive,
-                        u"Bitfield options '%1' contains an unvalid '%2' tag.\n"_s.arg(option.name, childName));
+        if (!takeComment(child, option.comment))
+            return fail(child, archive, rules::foreignTagInOption, {option.name, child.name().toString()});
     }
-    options->optionList.append(option);
+    options.optionList.append(option);
     return true;
 }
+
+} // namespace veldmap

@@ -1,17 +1,15 @@
-#include "loading/archive_loader.h"
+#include "loading/archive_reader.h"
 
-#include "loading/load_budget.h"
-#include "xml/tag_attributes.h"
-#include "model/root_archive.h"
+#include "findings/limits.h"
+#include "loading/rules.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QScopedValueRollback>
 
 using namespace Qt::StringLiterals;
-using veldmap::readFlag;
-using veldmap::readText;
-using veldmap::Tag;
+
+namespace veldmap {
 
 namespace {
 
@@ -25,82 +23,77 @@ QString headerNameOf(const QString &file)
     return name;
 }
 
-/// A file to include, as a tag names it.
-struct IncludedFile {
-    explicit IncludedFile(const Tag &tag) : file(readText(tag, u"file")), optional(readFlag(tag, u"optional")) {}
-    QString file;
-    bool optional;
-};
-
 } // namespace
 
-XMDOpenError VMArchiveLoader::manageIncludeTag(const Tag &tag, VMXMLArchive *archive)
+ArchiveReader::IncludedFile ArchiveReader::includedFileOf(const Tag &tag) const
 {
-    const QScopedValueRollback depth(m_budget->includeDepth, m_budget->includeDepth + 1);
-    if (m_budget->includeDepth > veldmap::limits::kIncludeDepth) {
-        fail(tag, *archive, u"Files are included more than %1 deep."_s.arg(veldmap::limits::kIncludeDepth));
+    return {readText(tag, u"file"), QString(), readFlag(tag, u"optional"), sourceOf(tag)};
+}
+
+XMDOpenError ArchiveReader::readInclude(const Tag &tag, VMXMLArchive &archive)
+{
+    const QScopedValueRollback depth(m_includeDepth, m_includeDepth + 1);
+    if (m_includeDepth > limits::kIncludeDepth) {
+        fail(tag, archive, rules::includesTooDeep, {QString::number(limits::kIncludeDepth)});
         return XMDOpenInvalid;
     }
     const bool load = readFlag(tag, u"load", true);
-    IncludedFile unconditional(tag);
+    IncludedFile unconditional = includedFileOf(tag);
     VMXMLInclude include;
-    bool caseTaken = false;
+    include.source = unconditional.source;
+    bool isCaseTaken = false;
     XMDOpenError result = XMDOpenSuccess;
-    for (const Tag &child : veldmap::ChildTags(tag)) {
+    for (const Tag &child : ChildTags(tag)) {
         const QStringView childName = child.name();
         if (childName == "case"_L1) {
-            const IncludedFile alternative(child);
-            const QString condition = readText(child, u"cond", u"0"_s);
-            const Evaluated holds = evaluate(condition, *archive);
+            IncludedFile alternative = includedFileOf(child);
+            alternative.condition = readText(child, u"cond", u"0"_s);
+            const Evaluated holds = evaluate(alternative.condition, archive);
             if (holds.failed) {
-                fail(child, *archive,
-                     u"Condition '%1' of include '%2' contains an error in its expression !"_s.arg(condition,
-                                                                                                   alternative.file));
+                fail(child, archive, rules::includeCondition, {alternative.condition, alternative.file});
                 return XMDOpenInvalid;
             }
-            const bool taken = load && holds.value != 0 && !caseTaken;
-            result = manageIncludeEntry(archive, include, alternative.file, condition, taken, alternative.optional);
-            caseTaken = caseTaken || taken;
+            const bool isTaken = load && holds.value != 0 && !isCaseTaken;
+            result = readIncludedFile(archive, include, alternative, isTaken);
+            isCaseTaken = isCaseTaken || isTaken;
             if (result == XMDOpenInvalid)
                 return XMDOpenInvalid;
         } else if (childName == "default"_L1) {
-            unconditional = IncludedFile(child);
-        } else if (!veldmap::takeComment(child, include.comment)) {
-            fail(child, *archive, u"Include contains an unvalid '%2' tag.\n"_s.arg(childName));
+            unconditional = includedFileOf(child);
+        } else if (!takeComment(child, include.comment)) {
+            fail(child, archive, rules::foreignTagInInclude, {childName.toString()});
             return XMDOpenInvalid;
         }
     }
-    if (!caseTaken)
-        result = manageIncludeEntry(archive, include, unconditional.file, QString(), load, unconditional.optional);
+    if (!isCaseTaken)
+        result = readIncludedFile(archive, include, unconditional, load);
     include.headerName = headerNameOf(unconditional.file);
-    archive->includes.append(include);
+    archive.includes.append(include);
     return result;
 }
 
-XMDOpenError VMArchiveLoader::manageIncludeEntry(VMXMLArchive *archive, VMXMLInclude &include, const QString &file,
-                                                 const QString &condition, bool load, bool optional)
+XMDOpenError ArchiveReader::readIncludedFile(VMXMLArchive &archive, VMXMLInclude &include, const IncludedFile &included,
+                                             bool load)
 {
-    const QString directory = archive->getRelativePath(false);
-    const QString relativeFile = QDir::cleanPath(directory.isEmpty() ? file : directory + u'/' + file);
-    const QString fullFile = QDir::cleanPath(archive->basePath + u'/' + relativeFile);
+    const QString directory = archive.getRelativePath(false);
+    const QString relativeFile =
+        QDir::cleanPath(directory.isEmpty() ? included.file : directory + u'/' + included.file);
+    const QString fullFile = QDir::cleanPath(archive.basePath + u'/' + relativeFile);
     // Without a file the name would be that of a directory of this machine.
-    const QString headerName = file.isEmpty() ? QString() : headerNameOf(fullFile);
-    if (condition.isEmpty())
+    const QString headerName = included.file.isEmpty() ? QString() : headerNameOf(fullFile);
+    if (included.condition.isEmpty())
         include.headerName = headerName;
     else
-        include.conditions.append({headerName, condition});
+        include.conditions.append({headerName, included.condition, included.source});
     if (!load)
         return XMDOpenSuccess;
 
     XMDOpenError status = XMDOpenSuccess;
-    VMArchiveLoader loader;
-    loader.m_budget = m_budget;
-    VMXMLArchive *included =
-        loader.loadArchiveFromFile(fullFile, relativeFile, archive->basePath, archive->getRootArchive(),
-                                   m_callbacks.log, m_callbacks.error, m_callbacks.warning, !optional, status);
-    if (included) {
-        archive->includedArchives.append(included);
+    if (VMXMLArchive *loaded = readFile(fullFile, relativeFile, archive.basePath, !included.isOptional, status)) {
+        m_builder.addInclude(archive, *loaded);
         return XMDOpenSuccess;
     }
-    return status == XMDOpenUnreadable && optional ? XMDOpenSuccess : status;
+    return status == XMDOpenUnreadable && included.isOptional ? XMDOpenSuccess : status;
 }
+
+} // namespace veldmap

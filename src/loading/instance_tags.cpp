@@ -1,106 +1,93 @@
-#include "loading/archive_loader.h"
+#include "loading/archive_reader.h"
 
-#include "xml/tag_attributes.h"
+#include "loading/rules.h"
 #include "model/aggregates.h"
 #include "model/pointer.h"
 #include "model/root_archive.h"
 
 using namespace Qt::StringLiterals;
-using veldmap::readKeywords;
-using veldmap::readName;
-using veldmap::readText;
-using veldmap::Tag;
 
-VMXMLElement *VMArchiveLoader::manageInstanceTag(const Tag &tag, VMXMLArchive *archive)
+namespace veldmap {
+
+VMXMLElement *ArchiveReader::readInstance(const Tag &tag, VMXMLArchive &archive)
 {
-    const auto failInstance = [&](const QString &text) -> VMXMLElement * {
-        fail(tag, *archive, text);
+    const auto refuse = [&](const Rule &rule, const QStringList &arguments) -> VMXMLElement * {
+        fail(tag, archive, rule, arguments);
         return nullptr;
     };
     const QString name = readText(tag, u"name");
     const QString type = readText(tag, u"type");
     const QString category = readText(tag, u"category", u"Unclassified"_s);
-    const Evaluated address = evaluate(readText(tag, u"address", u"0"_s), *archive);
+    const Evaluated address = evaluate(readText(tag, u"address", u"0"_s), archive);
     if (address.failed)
-        return failInstance(
-            u"Address of instance '%1' of type '%2' contains an error in its expression !"_s.arg(name, type));
+        return refuse(rules::instanceAddress, {name, type});
     if (name.isEmpty())
-        return failInstance(u"Instance of '%1' has no name!"_s.arg(type));
+        return refuse(rules::instanceWithoutName, {type});
     if (type.isEmpty())
-        return failInstance(u"Could not instanciate instance '%1'! (missing module or typedef name)"_s.arg(name));
+        return refuse(rules::instanceWithoutType, {name});
 
-    VMRootArchive *root = archive->getRootArchive();
-    const VMXMLElement *known = root->getTemplate(type);
-    if (known && !mayCopyType(*known, tag, *archive))
-        return nullptr;
-    VMXMLElement *instance = root->instanciateTemplate(type, name, static_cast<unsigned int>(address.value));
-    if (!instance)
-        return failInstance(
-            u"Could not instanciate instance '%1' of type '%2'! (missing include or include not valid?)"_s.arg(name,
-                                                                                                               type));
+    VMRootArchive *root = archive.getRootArchive();
+    const VMXMLElement *known = m_builder.findType(type, archive);
+    if (!root || !known)
+        return refuse(rules::instanceOfUnknownType, {name, type});
+    if (const Refusal refused = m_builder.countCopyOf(*known))
+        return refuse(*refused.rule, refused.arguments);
+    VMXMLElement *instance = root->addInstance(*known, name, static_cast<unsigned int>(address.value));
+    instance->source = sourceOf(tag);
     if (instance->category.isEmpty() || instance->category == "Unclassified"_L1)
         instance->category = category;
     return instance;
 }
 
-VMXMLElement *VMArchiveLoader::manageInstanceTag(const Tag &tag, VMXMLArchive *archive, const QString &parentName)
+ArchiveReader::Element ArchiveReader::readInnerInstance(const Tag &tag, VMXMLArchive &archive,
+                                                        const QString &parentName)
 {
-    const auto failInstance = [&](const QString &text) -> VMXMLElement * {
-        fail(tag, *archive, text);
+    const auto refuse = [&](const Rule &rule, const QStringList &arguments = {}) -> Element {
+        fail(tag, archive, rule, arguments);
         return nullptr;
     };
     const QString type = readName(tag, u"type");
     const QString name = readName(tag, u"name");
-    veldmap::Count count = veldmap::readCount(tag);
+    Count count = readCount(tag);
     if (name.isEmpty())
-        return failInstance(u"Found instance with no name!.\n"_s);
+        return refuse(rules::memberWithoutName);
     if (type.isEmpty())
-        return failInstance(u"Instance '%1' has no type!.\n"_s.arg(name));
-    if (count.isArray) {
-        const Evaluated number = evaluate(count.expression, *archive);
-        if (number.failed)
-            return failInstance(
-                u"Tag defining '%1' contains instance '%2' with an error in its count expression !"_s.arg(parentName,
-                                                                                                          name));
-        count.value = number.value;
-    }
-    const VMXMLElement *known = archive->getRootArchive()->getTemplate(type);
-    if (!known)
-        known = archive->contains(type);
-    if (!known)
-        return failInstance(
-            u"Instance '%1' uses type '%2' which does not exist (or which must be declared before) !.\n"_s.arg(name,
-                                                                                                               type));
-    if (!mayCopyType(*known, tag, *archive))
+        return refuse(rules::memberWithoutType, {name});
+    if (count.isArray &&
+        !evaluateSize(count.expression, count.value, tag, archive, rules::memberCount, {parentName, name}))
         return nullptr;
-    std::unique_ptr<VMXMLElement> copy(VMXMLElement::anonymousCopy(known));
+    const VMXMLElement *known = m_builder.findType(type, archive);
+    if (!known)
+        return refuse(rules::memberOfUnknownType, {name, type});
+    if (const Refusal refused = m_builder.countCopyOf(*known))
+        return refuse(*refused.rule, refused.arguments);
+    Element copy(VMXMLElement::anonymousCopy(known));
+    copy->source = sourceOf(tag);
     copy->setName(name);
     copy->declaredType = type;
     copy->cKeywords += readKeywords(tag);
-    return arrayOf(std::move(copy), count, name, tag, *archive);
+    return arrayOf(std::move(copy), count, name, tag, archive);
 }
 
-VMXMLElement *VMArchiveLoader::manageMemoryTag(const Tag &tag, VMXMLArchive *archive, const QString &)
+ArchiveReader::Element ArchiveReader::readMemory(const Tag &tag, VMXMLArchive &archive, const QString &)
 {
     const QString name = readName(tag, u"name");
-    const Evaluated size = evaluate(readText(tag, u"size", u"0"_s), *archive);
-    if (size.failed) {
-        fail(tag, *archive, u"Memory '%1' : error in the size expression !"_s.arg(name));
+    int size = 0;
+    if (!evaluateSize(readText(tag, u"size", u"0"_s), size, tag, archive, rules::memorySize, {name}))
         return nullptr;
-    }
-    auto memory = std::make_unique<VMMemory>(name, size.value);
+    auto memory = std::make_unique<VMMemory>(name, size);
+    memory->source = sourceOf(tag);
     memory->cKeywords += readKeywords(tag);
-    for (const Tag &child : veldmap::ChildTags(tag)) {
-        const QStringView childName = child.name();
-        if (!veldmap::takeComment(child, memory->comment)) {
-            fail(child, *archive, u"Memory '%1' contains an unvalid '%2' tag.\n"_s.arg(name, childName));
+    for (const Tag &child : ChildTags(tag)) {
+        if (!takeComment(child, memory->comment)) {
+            fail(child, archive, rules::foreignTagInMemory, {name, child.name().toString()});
             return nullptr;
         }
     }
-    return memory.release();
+    return memory;
 }
 
-VMXMLElement *VMArchiveLoader::managePtrTag(const Tag &tag, VMXMLArchive *archive, const QString &parentName)
+ArchiveReader::Element ArchiveReader::readPointer(const Tag &tag, VMXMLArchive &archive, const QString &parentName)
 {
     static const QStringList builtInWords = {u"void"_s,  u"int8"_s,   u"uint8"_s, u"int16"_s, u"uint16"_s,
                                              u"int32"_s, u"uint32"_s, u"bool"_s,  u"memory"_s};
@@ -108,18 +95,20 @@ VMXMLElement *VMArchiveLoader::managePtrTag(const Tag &tag, VMXMLArchive *archiv
     if (builtInWords.contains(type.toLower()))
         type = type.toLower();
     const QString name = readName(tag, u"name");
-    veldmap::Count count = veldmap::readCount(tag);
+    Count count = readCount(tag);
     auto pointer = std::make_unique<VMPointer>(name, type);
+    pointer->source = sourceOf(tag);
     pointer->cKeywords += readKeywords(tag);
-    if (!readArrayCount(count, tag, *archive, parentName, type, name))
+    if (!evaluateArrayCount(count, tag, archive, parentName, type, name))
         return nullptr;
-    for (const Tag &child : veldmap::ChildTags(tag)) {
-        const QStringView childName = child.name();
-        if (!veldmap::takeComment(child, pointer->comment)) {
-            fail(child, *archive, u"Pointer '%1' contains an unvalid '%2' tag.\n"_s.arg(name, childName));
+    for (const Tag &child : ChildTags(tag)) {
+        if (!takeComment(child, pointer->comment)) {
+            fail(child, archive, rules::foreignTagInPointer, {name, child.name().toString()});
             return nullptr;
         }
     }
     pointer->declaredType = type;
-    return arrayOf(std::move(pointer), count, name, tag, *archive);
+    return arrayOf(std::move(pointer), count, name, tag, archive);
 }
+
+} // namespace veldmap

@@ -1,42 +1,59 @@
 #include "loading/memory_map_loader.h"
 
-#include "loading/archive_loader.h"
+#include "findings/callback_sink.h"
+#include "loading/archive_reader.h"
+#include "loading/load.h"
+#include "loading/rules.h"
 #include "model/root_archive.h"
 
 #include <QFileInfo>
 
 using namespace Qt::StringLiterals;
 
+namespace veldmap {
+
+std::unique_ptr<VMRootArchive> loadRoot(VMMemoryMap &map, const QString &path, bool chip, Sink &sink)
+{
+    const QString word = chip ? u"Chip"_s : u"Soft"_s;
+    if (path.isEmpty()) {
+        sink.take(Finding(rules::nothingToLoad, {}, {word}));
+        return nullptr;
+    }
+    const QFileInfo file(path);
+    auto root = std::make_unique<VMRootArchive>(&map, file.baseName());
+    TreeBuilder builder(root.get());
+    DescriptionFiles files;
+    ArchiveReader reader(builder, files, sink);
+    XMDOpenError status = XMDOpenSuccess;
+    if (!reader.readFile(path, file.fileName(), file.absolutePath(), true, status))
+        return nullptr;
+    sink.take(Finding(rules::rootLoaded, {}, {word, file.baseName()}));
+    return root;
+}
+
+} // namespace veldmap
+
 VMRootArchive *VMMemoryMapLoader::loadRootArchiveFromFile(VMMemoryMap *map, const QString &path, VMMessageCallback log,
                                                           VMMessageCallback error, VMMessageCallback warning, bool chip)
 {
     callbacks = {log, error, warning};
-    if (path.isEmpty()) {
-        LogMessage(chip ? u"No XML Chip to Load."_s : u"No XML Soft to Load."_s);
-        return nullptr;
-    }
-    const QFileInfo file(path);
-    basePath = file.absolutePath();
-    auto root = std::make_unique<VMRootArchive>(map, file.baseName());
-    XMDOpenError status = XMDOpenSuccess;
-    if (!VMArchiveLoader().loadArchiveFromFile(path, file.fileName(), basePath, root.get(), log, error, warning, true,
-                                               status))
-        return nullptr;
-    LogMessage((chip ? u"Chip %1 loaded."_s : u"Soft %1 loaded."_s).arg(file.baseName()));
-    return root.release();
+    if (!path.isEmpty())
+        basePath = QFileInfo(path).absolutePath();
+    veldmap::CallbackSink sink(callbacks);
+    return veldmap::loadRoot(*map, path, chip, sink).release();
 }
 
 void VMMemoryMapLoader::LogMessage(const QString &message) const
 {
-    veldmap::sendMessage(callbacks.log, message);
+    veldmap::sendText(callbacks.log, message);
 }
 
 void VMMemoryMapLoader::ErrorMessage(const QString &message) const
 {
-    veldmap::sendMessage(callbacks.error, message);
+    veldmap::sendText(callbacks.error, message);
 }
 
 void VMMemoryMapLoader::WarningMessage(const QString &message) const
 {
-    veldmap::sendMessage(callbacks.warning, message);
+    veldmap::sendText(callbacks.warning, message);
 }

@@ -3,6 +3,8 @@
 #include "findings/callbacks.h"
 #include "veldmap_export.h"
 
+#include <QString>
+
 class VMMemoryMap;
 class VMRootArchive;
 

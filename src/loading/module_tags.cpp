@@ -1,152 +1,142 @@
-#include "loading/archive_loader.h"
+#include "loading/archive_reader.h"
 
-#include "loading/member_tags.h"
-#include "xml/tag_attributes.h"
+#include "loading/rules.h"
 #include "model/aggregates.h"
-#include "model/root_archive.h"
 
 using namespace Qt::StringLiterals;
-using veldmap::ChildTags;
-using veldmap::readFlag;
-using veldmap::readKeywords;
-using veldmap::readName;
-using veldmap::readText;
-using veldmap::Tag;
 
-VMXMLElement *VMArchiveLoader::manageModuleOrTypedefTag(const Tag &tag, VMXMLArchive *archive)
+namespace veldmap {
+
+VMXMLElement *ArchiveReader::readType(const Tag &tag, VMXMLArchive &archive)
 {
     const QStringView tagName = tag.name();
     if (tagName != "module"_L1 && tagName != "typedef"_L1) {
-        fail(tag, *archive, u"\"module\" or \"typedef\" tag not found."_s);
+        fail(tag, archive, rules::noModule);
         return nullptr;
     }
     const QString name = readText(tag, u"name");
     const QString category = readText(tag, u"category");
     if (name.isEmpty()) {
-        fail(tag, *archive, u"module has no name !"_s);
+        fail(tag, archive, rules::moduleWithoutName);
         return nullptr;
     }
     auto module = std::make_unique<VMStruct>(name, QString());
+    module->source = sourceOf(tag);
     module->category = category.isEmpty() ? u"Unclassified"_s : category;
     module->typedefName = name;
-    module->reparent(archive);
+    module->reparent(&archive);
     module->isTypedef = tagName == "typedef"_L1 ? 1 : 0;
     if (!module->isTypedef)
         module->cKeywords += u"volatile"_s;
     module->cKeywords += readKeywords(tag);
-    if (!manageModuleOrTypedefTag(tag, module.get()))
+    if (!readTypeChildren(tag, *module, archive))
         return nullptr;
 
-    if (VMXMLElement *known = archive->getRootArchive()->getTemplate(name)) {
-        WarningMessage(archive->getTotalPath(), tag.lineNumber(), tag.columnNumber(),
-                       u"Type '%1' already exists or already loaded ! (discarding this one)"_s.arg(name));
+    if (VMXMLElement *known = m_builder.findType(name, archive)) {
+        fail(tag, archive, rules::typeAlreadyKnown, {name});
         return known;
     }
-    archive->templates.addTemplate(module.release(), name);
-    return archive->templates.back().get();
+    return &m_builder.addTemplate(archive, std::move(module), name);
 }
 
-bool VMArchiveLoader::manageModuleOrTypedefTag(const Tag &tag, VMStruct *module)
+bool ArchiveReader::readTypeChildren(const Tag &tag, VMStruct &module, VMXMLArchive &archive)
 {
-    auto *archive = elementCast<VMXMLArchive>(module->parent);
     const bool rubyConstants = readFlag(tag, u"rubyconstants");
     for (const Tag &child : ChildTags(tag)) {
         const QStringView childName = child.name();
-        if (const MemberTagRow *row = findMemberTag(childName); row && row->inModule) {
-            auto member = readMember(*row, child, archive, module->getName(), childName);
+        if (const MemberTag *row = findMemberTag(childName); row && row->inModule) {
+            Element member = readMember(*row, child, archive, module.getName());
             if (!member)
                 return false;
-            module->addElement(member.release());
+            module.addElement(member.release());
             continue;
         }
-        bool read = true;
+        bool isRead = true;
         if (childName == "spacer"_L1)
-            read = manageSpacerTag(child, archive);
+            isRead = readSpacer(child, archive);
         else if (childName == "var"_L1)
-            read = manageVarTag(child, archive);
+            isRead = readVariable(child, archive);
         else if (childName == "range"_L1)
-            read = manageRangeTag(child, archive);
+            isRead = readRange(child, archive);
         else if (childName == "enum"_L1)
-            read = manageEnumTag(child, archive);
-        else if (!veldmap::takeComment(child, module->comment))
-            read = fail(child, *archive, u"Module contains an unvalid %1 tag.\n"_s.arg(childName));
-        if (!read)
+            isRead = readEnum(child, archive);
+        else if (!takeComment(child, module.comment))
+            isRead = fail(child, archive, rules::foreignTagInModule, {childName.toString()});
+        if (!isRead)
             return false;
     }
-    module->rubyConstants = rubyConstants;
+    module.rubyConstants = rubyConstants;
     return true;
 }
 
-VMXMLElement *VMArchiveLoader::manageStructTag(const Tag &tag, VMXMLArchive *archive, const QString &parentName)
+ArchiveReader::Element ArchiveReader::readStruct(const Tag &tag, VMXMLArchive &archive, const QString &parentName)
 {
     const QString name = readName(tag, u"name");
-    veldmap::Count count = veldmap::readCount(tag);
+    Count count = readCount(tag);
     if (name.isEmpty()) {
-        fail(tag, *archive, u"Tag defining '%1' contains struct with no name !"_s.arg(parentName));
+        fail(tag, archive, rules::structWithoutName, {parentName});
         return nullptr;
     }
-    if (count.isArray) {
-        const Evaluated number = evaluate(count.expression, *archive);
-        if (number.failed) {
-            fail(tag, *archive,
-                 u"Tag defining '%1' contains struct '%2' with an error in its count expression !"_s.arg(parentName,
-                                                                                                         name));
-            return nullptr;
-        }
-        count.value = number.value;
-    }
+    if (count.isArray &&
+        !evaluateSize(count.expression, count.value, tag, archive, rules::structCount, {parentName, name}))
+        return nullptr;
     auto structure = std::make_unique<VMStruct>(QString(), name);
+    structure->source = sourceOf(tag);
     structure->cKeywords += readKeywords(tag);
     for (const Tag &child : ChildTags(tag)) {
         const QStringView childName = child.name();
-        if (const MemberTagRow *row = findMemberTag(childName)) {
-            auto member = readMember(*row, child, archive, name, childName);
+        if (const MemberTag *row = findMemberTag(childName)) {
+            Element member = readMember(*row, child, archive, name);
             if (!member)
                 return nullptr;
             structure->addElement(member.release());
-        } else if (!veldmap::takeComment(child, structure->comment)) {
-            fail(child, *archive, u"Struct '%1' contains an unvalid '%2' tag.\n"_s.arg(name, childName));
+        } else if (!takeComment(child, structure->comment)) {
+            fail(child, archive, rules::foreignTagInStruct, {name, childName.toString()});
             return nullptr;
         }
     }
-    return arrayOf(std::move(structure), count, name, tag, *archive);
+    return arrayOf(std::move(structure), count, name, tag, archive);
 }
 
-VMXMLElement *VMArchiveLoader::manageHoleTag(const Tag &tag, VMXMLArchive *archive, const QString &)
+ArchiveReader::Element ArchiveReader::readHole(const Tag &tag, VMXMLArchive &archive, const QString &)
 {
     const QString size = readText(tag, u"size", u"32"_s);
-    const Evaluated bits = evaluate(size, *archive);
+    const Evaluated bits = evaluate(size, archive);
     if (bits.failed) {
-        fail(tag, *archive, u"Hole expression %1 : %2\n"_s.arg(size, bits.message));
+        fail(tag, archive, rules::holeExpression, {size, bits.message});
         return nullptr;
     }
-    return std::make_unique<VMHole>(bits.value).release();
+    auto hole = std::make_unique<VMHole>(bits.value);
+    hole->source = sourceOf(tag);
+    return hole;
 }
 
-bool VMArchiveLoader::manageAliasTag(const Tag &tag, VMXMLArchive *archive)
+bool ArchiveReader::readAlias(const Tag &tag, VMXMLArchive &archive)
 {
     const QString name = readText(tag, u"name");
     QString comment;
-    std::unique_ptr<VMXMLElement> element;
+    Element element;
     for (const Tag &child : ChildTags(tag)) {
         const QStringView childName = child.name();
-        const MemberTagRow *row = findMemberTag(childName);
+        const MemberTag *row = findMemberTag(childName);
         if (row && row->inAlias) {
-            element = readMember(*row, child, archive, name, childName);
-            if (row->isValuable) {
-                if (!element)
-                    return false;
+            element = readMember(*row, child, archive, name);
+            const bool isValuable = !row->read;
+            if (isValuable && !element)
+                return false;
+            if (isValuable)
                 element->declaredType = childName.toString();
-            }
-        } else if (!veldmap::takeComment(child, comment)) {
+        } else if (!takeComment(child, comment)) {
             // Told, and passed over: only the lack of an element fails an alias.
-            fail(tag, *archive, u"Alias '%1' contains an unvalid '%2' tag.\n"_s.arg(name, childName));
+            fail(tag, archive, rules::foreignTagInAlias, {name, childName.toString()});
         }
     }
     if (!element)
         return false;
     element->comment = comment;
-    element->reparent(archive);
-    archive->templates.addTemplate(element.release(), name);
+    element->source = sourceOf(tag);
+    m_builder.addTemplate(archive, std::move(element), name);
     return true;
 }
+
+} // namespace veldmap

@@ -1,17 +1,12 @@
-#include "loading/archive_loader.h"
+#include "loading/archive_reader.h"
 
-#include "text/bit_arithmetic.h"
-#include "xml/tag_attributes.h"
-#include "model/memory_map.h"
-#include "model/root_archive.h"
+#include "loading/rules.h"
 #include "model/scalars.h"
+#include "text/bit_arithmetic.h"
 
 using namespace Qt::StringLiterals;
-using veldmap::readFlag;
-using veldmap::readName;
-using veldmap::readOnlyComment;
-using veldmap::readText;
-using veldmap::Tag;
+
+namespace veldmap {
 
 namespace {
 
@@ -19,10 +14,11 @@ namespace {
 std::unique_ptr<VMInt32> enumTemplateOf(const VMEnum &source)
 {
     auto valuable = std::make_unique<VMInt32>(u"unused"_s);
-    valuable->typedefName = source.name;
+    valuable->source = source.source;
     auto field = std::make_unique<VMBitField>(u"enum"_s, true, 1, u"31"_s, 31, u"0"_s, 0, 0, true, DISPLAY_HEX);
+    field->source = source.source;
     for (const VMIntVar &entry : source)
-        field->options.optionList.append({entry.name, entry.leftValue, entry.comment});
+        field->options.optionList.append({entry.name, entry.leftValue, entry.comment, entry.source});
     valuable->addBitField(field.release());
     valuable->enumTemplate = true;
     return valuable;
@@ -37,123 +33,132 @@ void disownEntries(VMXMLArchive &archive, const VMEnum *owner)
     }
 }
 
-/// The manager of the global variables, or, for an archive outside a memory map, its own.
-VMVariableManager &globalManagerOf(VMXMLArchive &archive)
-{
-    const VMRootArchive *root = archive.getRootArchive();
-    return root && root->memoryMap ? *root->memoryMap->globalVariables : *archive.variables;
-}
-
 } // namespace
 
-bool VMArchiveLoader::manageVarTag(const Tag &tag, VMXMLArchive *archive)
+bool ArchiveReader::readVariable(const Tag &tag, VMXMLArchive &archive)
 {
-    const QString name = readName(tag, u"name");
-    const QString value = readText(tag, u"value");
-    const bool global = readFlag(tag, u"global");
-    if (name.isEmpty())
-        return fail(tag, *archive, u"A variable of the archive '%1' has no name!"_s.arg(archive->getBaseName()));
-    if (value.isEmpty())
-        return fail(tag, *archive,
-                    u"The variable '%1' of the archive '%2' has no value!"_s.arg(name, archive->getBaseName()));
+    VMIntVar variable;
+    variable.name = readName(tag, u"name");
+    variable.leftExpression = readText(tag, u"value");
+    const bool isGlobal = readFlag(tag, u"global");
+    if (variable.name.isEmpty())
+        return fail(tag, archive, rules::variableWithoutName, {archive.getBaseName()});
+    if (variable.leftExpression.isEmpty())
+        return fail(tag, archive, rules::variableWithoutValue, {variable.name, archive.getBaseName()});
 
-    VMVariableManager &manager = global ? globalManagerOf(*archive) : *archive->variables;
-    QString message;
-    bool error = false;
-    manager.evalExpressionAndAddVar(name, value, readOnlyComment(tag), nullptr, message, error);
-    if (error)
-        return fail(tag, *archive,
-                    u"In archive '%1', variable '%2' declaration : %3"_s.arg(archive->getBaseName(), name, message));
+    VMVariableManager &manager = isGlobal ? TreeBuilder::globalManagerOf(archive) : *archive.variables;
+    variable.comment = readOnlyComment(tag);
+    const Evaluated value = m_builder.evaluate(variable.leftExpression, manager, variable.name);
+    if (value.failed)
+        return fail(tag, archive, rules::variableExpression, {archive.getBaseName(), variable.name, value.message});
+    variable.leftValue = value.value;
+    variable.source = sourceOf(tag);
+    m_builder.addVariable(manager, variable);
     return true;
 }
 
-bool VMArchiveLoader::manageRangeTag(const Tag &tag, VMXMLArchive *archive)
+bool ArchiveReader::readRange(const Tag &tag, VMXMLArchive &archive)
 {
-    const QString name = readName(tag, u"name");
-    const QString left = readText(tag, u"left");
-    const QString right = readText(tag, u"right");
+    VMIntVar range;
+    range.name = readName(tag, u"name");
+    range.leftExpression = readText(tag, u"left");
+    range.rightExpression = readText(tag, u"right");
     const QString direction = readText(tag, u"dir", u"down"_s);
-    if (name.isEmpty())
-        return fail(tag, *archive, u"Range has no name!"_s);
-    if (left.isEmpty() || right.isEmpty())
-        return fail(tag, *archive, u"The range '%1' misses left or right value!"_s.arg(name));
+    if (range.name.isEmpty())
+        return fail(tag, archive, rules::rangeWithoutName);
+    if (range.leftExpression.isEmpty() || range.rightExpression.isEmpty())
+        return fail(tag, archive, rules::rangeWithoutBound, {range.name});
     if (direction != "up"_L1 && direction != "down"_L1)
-        return fail(tag, *archive, u"Invalid direction '%1' for range '%2' ."_s.arg(direction, name));
+        return fail(tag, archive, rules::rangeDirection, {direction, range.name});
 
-    QString message;
-    bool error = false;
-    archive->variables->evalExpressionAndAddRange(
-        name, left, right, direction == "up"_L1 ? VMIntVar::up : VMIntVar::down, readOnlyComment(tag), message, error);
-    if (error)
-        return fail(tag, *archive, u"In range '%1' declaration : %2"_s.arg(name, message));
+    Evaluated bound;
+    for (const auto &[expression, number] : {std::pair(&VMIntVar::leftExpression, &VMIntVar::leftValue),
+                                             std::pair(&VMIntVar::rightExpression, &VMIntVar::rightValue)}) {
+        bound = m_builder.evaluate(range.*expression, *archive.variables, range.name);
+        if (bound.failed)
+            return fail(tag, archive, rules::rangeExpression, {range.name, bound.message});
+        range.*number = bound.value;
+    }
+    range.dir = direction == "up"_L1 ? VMIntVar::up : VMIntVar::down;
+    range.isRange = 1;
+    range.comment = readOnlyComment(tag);
+    range.source = sourceOf(tag);
+    m_builder.addVariable(*archive.variables, range);
     return true;
 }
 
-bool VMArchiveLoader::manageEnumTag(const Tag &tag, VMXMLArchive *archive)
+bool ArchiveReader::readEnum(const Tag &tag, VMXMLArchive &archive)
 {
     auto created = std::make_unique<VMEnum>();
     created->name = readName(tag, u"name");
-    for (const Tag &child : veldmap::ChildTags(tag)) {
+    created->source = sourceOf(tag);
+    for (const Tag &child : ChildTags(tag)) {
         const QStringView childName = child.name();
-        bool read = true;
+        bool isRead = true;
         if (childName == "entry"_L1)
-            read = manageEnumEntryTag(child, created.get(), archive);
+            isRead = readEnumEntry(child, *created, archive);
         else if (childName == "bound"_L1)
-            read = manageEnumBoundTag(child, created.get(), archive);
-        else if (!veldmap::takeComment(child, created->comment))
-            read = fail(child, *archive, u"Enum '%1' contains an unvalid '%2' tag."_s.arg(created->name, childName));
-        if (!read) {
-            disownEntries(*archive, created.get());
+            isRead = readEnumBound(child, *created, archive);
+        else if (!takeComment(child, created->comment))
+            isRead = fail(child, archive, rules::foreignTagInEnum, {created->name, childName.toString()});
+        if (!isRead) {
+            disownEntries(archive, created.get());
             return false;
         }
     }
-    const VMEnum &finished = *created;
-    archive->variables->addEnum(created.release());
-    auto typeTemplate = enumTemplateOf(finished);
-    typeTemplate->reparent(archive);
-    archive->templates.addTemplate(typeTemplate.release(), finished.name);
+    const VMEnum &finished = m_builder.addEnum(*archive.variables, std::move(created));
+    m_builder.addTemplate(archive, enumTemplateOf(finished), finished.name);
     return true;
 }
 
-bool VMArchiveLoader::manageEnumEntryTag(const Tag &tag, VMEnum *owner, VMXMLArchive *archive)
+bool ArchiveReader::readEnumEntry(const Tag &tag, VMEnum &owner, VMXMLArchive &archive)
 {
-    const QString name = readName(tag, u"name");
-    QString value = readText(tag, u"value");
-    const QString comment = readOnlyComment(tag);
-    if (name.isEmpty())
-        return fail(tag, *archive, u"This entry has no name!"_s);
-    if (value.isEmpty())
-        value = QString::number(veldmap::wrappingAdd(owner->lastValue, 1));
+    VMIntVar entry;
+    entry.name = readName(tag, u"name");
+    entry.leftExpression = readText(tag, u"value");
+    entry.comment = readOnlyComment(tag);
+    if (entry.name.isEmpty())
+        return fail(tag, archive, rules::entryWithoutName);
+    if (entry.leftExpression.isEmpty())
+        entry.leftExpression = QString::number(wrappingAdd(owner.lastValue, 1));
 
-    QString message;
-    bool error = false;
-    const int number = archive->variables->evalExpressionAndAddVar(name, value, comment, owner, message, error);
-    if (error)
-        return fail(tag, *archive, u"Enum '%1', expression '%3' : %4\n"_s.arg(owner->name, value, message));
-    owner->lastValue = number;
-    owner->addVar(archive->variables->last());
+    const Evaluated value = m_builder.evaluate(entry.leftExpression, *archive.variables, entry.name);
+    if (value.failed)
+        return fail(tag, archive, rules::enumExpression, {owner.name, entry.leftExpression, value.message});
+    entry.leftValue = value.value;
+    entry.ownerEnum = &owner;
+    entry.source = sourceOf(tag);
+    m_builder.addVariable(*archive.variables, entry);
+    owner.lastValue = value.value;
+    owner.addVar(entry);
     return true;
 }
 
-bool VMArchiveLoader::manageEnumBoundTag(const Tag &tag, VMEnum *owner, VMXMLArchive *archive)
+bool ArchiveReader::readEnumBound(const Tag &tag, const VMEnum &owner, VMXMLArchive &archive)
 {
-    const QString name = readName(tag, u"name");
-    if (name.isEmpty())
-        return fail(tag, *archive, u"A bound of the enum '%1' has no name!"_s.arg(owner->name));
+    VMIntVar bound;
+    bound.name = readName(tag, u"name");
+    if (bound.name.isEmpty())
+        return fail(tag, archive, rules::boundWithoutName, {owner.name});
 
-    const QString value = QString::number(veldmap::wrappingAdd(owner->lastValue, 1));
-    QString message;
-    bool error = false;
-    archive->variables->evalExpressionAndAddVar(name, value, readOnlyComment(tag), nullptr, message, error);
-    if (error)
-        return fail(tag, *archive, u"Enum '%1', expression '%3' : %4\n"_s.arg(owner->name, value, message));
+    bound.leftExpression = QString::number(wrappingAdd(owner.lastValue, 1));
+    bound.comment = readOnlyComment(tag);
+    const Evaluated value = m_builder.evaluate(bound.leftExpression, *archive.variables, bound.name);
+    if (value.failed)
+        return fail(tag, archive, rules::enumExpression, {owner.name, bound.leftExpression, value.message});
+    bound.leftValue = value.value;
+    bound.source = sourceOf(tag);
+    m_builder.addVariable(*archive.variables, bound);
     return true;
 }
 
-bool VMArchiveLoader::manageSpacerTag(const Tag &tag, VMXMLArchive *archive)
+bool ArchiveReader::readSpacer(const Tag &tag, VMXMLArchive &archive)
 {
     VMIntVar spacer = generateSpacer();
     spacer.comment = readOnlyComment(tag);
-    archive->variables->addVar(spacer);
+    spacer.source = sourceOf(tag);
+    m_builder.addVariable(*archive.variables, spacer);
     return true;
 }
+
+} // namespace veldmap

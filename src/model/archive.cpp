@@ -9,14 +9,12 @@
 
 using namespace Qt::StringLiterals;
 
-VMTemplateManager::VMTemplateManager(VMXMLArchive *archive) : m_archive(archive) {}
+VMTemplateManager::VMTemplateManager(VMXMLArchive *) {}
 
 void VMTemplateManager::addTemplate(VMXMLElement *element, const QString &name)
 {
     emplace_back(element);
     element->typedefName = name;
-    if (VMRootArchive *root = m_archive->getRootArchive())
-        root->indexTemplate(m_archive, size() - 1);
 }
 
 VMXMLArchive::VMXMLArchive(VMRootArchive *root)

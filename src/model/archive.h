@@ -13,7 +13,8 @@ class VMRootArchive;
 /// One alternative of a conditional include.
 struct VELDMAP_EXPORT VMXMLIncludeCondition {
     QString headerName;
-    QString condition; ///< as written
+    QString condition;                ///< as written
+    veldmap::SourcePlace source = {}; ///< its tag
 };
 
 /// One include as the description wrote it, so that a header can repeat the choice for the C preprocessor.
@@ -21,18 +22,16 @@ struct VELDMAP_EXPORT VMXMLInclude {
     QString headerName; ///< the header of the unconditional or default file
     QString comment;
     QList<VMXMLIncludeCondition> conditions; ///< in document order
+    veldmap::SourcePlace source = {};        ///< its tag
 };
 
-/// The templates of an archive, in load order. Owns them.
+/// The templates of an archive, in load order. Owns them. The list is open to a host: lookups walk it.
 class VELDMAP_EXPORT VMTemplateManager : public std::vector<std::unique_ptr<VMXMLElement>> {
 public:
     explicit VMTemplateManager(VMXMLArchive *archive);
 
     /// Appends \a element under the type name \a name and takes ownership of it. Its parent is the archive already.
     void addTemplate(VMXMLElement *element, const QString &name);
-
-private:
-    VMXMLArchive *m_archive; // not owned
 };
 
 /// One loaded description file: its templates, variables and enums, its includes and its names.
@@ -96,10 +95,6 @@ public:
     QString vhdlPackage;      ///< the package's name where the description gives one
 
 private:
-    friend class VMRootArchive;
     /// \a fileName below the archive's own directory.
     QString besideDescription(const QString &fileName) const;
-
-    bool m_isInRoot = false;
-    std::size_t m_number = 0; // place among the archives of the root, by creation
 };

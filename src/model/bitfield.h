@@ -19,6 +19,7 @@ struct VELDMAP_EXPORT VMBitFieldOption {
     QString name;
     int value = 0;
     QString comment;
+    veldmap::SourcePlace source = {}; ///< its tag, or that of the enum's entry that it was taken from
 };
 
 /// The named values of a bitfield, and which macros a header gives the field besides.

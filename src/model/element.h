@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/source_place.h"
 #include "veldmap_export.h"
 
 #include <QMap>
@@ -144,13 +145,14 @@ public:
     XMLElementType type;
     VMXMLElement *parent = nullptr; ///< not owned
     std::uint32_t offset = 0;       ///< bytes from the parent's start; the address of a top-level instance
+    std::int32_t arrayNumber = -1;  ///< index in the enclosing array, -1 outside; 0 on an array's prototype
+    veldmap::SourcePlace source;    ///< the tag that declares it; a copy has that of what it was copied from
     QString category;
     mutable QString name; ///< mutable since a hole makes its name from its place whenever it is asked
     QString comment;
-    QString typedefName;           ///< the name as a template, empty on anonymous elements
-    QString declaredType;          ///< the type word as the description wrote it
-    std::int32_t arrayNumber = -1; ///< index in the enclosing array, -1 outside; 0 on an array's prototype
-    QStringList cKeywords;         ///< C qualifiers in front of the declaration
+    QString typedefName;   ///< the name as a template, empty on anonymous elements
+    QString declaredType;  ///< the type word as the description wrote it
+    QStringList cKeywords; ///< C qualifiers in front of the declaration
 
 protected:
     /// Copies all fields; a derived class copies what it owns.

@@ -103,7 +103,6 @@ void VMPointer::allocatePointedElement()
     element->remap(getValue());
     pointedElement = std::move(element);
     m_pointedSize = size;
-    noteChangedTypeWord();
 }
 
 bool VMPointer::hasRoomFor(veldmap::TreeSize size) const
@@ -120,18 +119,6 @@ bool VMPointer::hasRoomFor(veldmap::TreeSize size) const
 void VMPointer::deletePointedElement()
 {
     pointedElement.reset();
-    noteChangedTypeWord();
-}
-
-void VMPointer::noteChangedTypeWord() const
-{
-    // The word stands for a template or an instance when nothing but arrays lies between the pointer and the archive.
-    const VMXMLElement *outermost = this;
-    while (outermost->parent && outermost->parent->isArray())
-        outermost = outermost->parent;
-    VMRootArchive *root = outermost->parent && outermost->isRootElement() ? getRootArchive() : nullptr;
-    if (root)
-        root->typeWordChanged();
 }
 
 void VMPointer::pointTo(VMXMLElement *element)
@@ -141,7 +128,6 @@ void VMPointer::pointTo(VMXMLElement *element)
     pointerValue = element ? element->getBaseAddress() : 0;
     if (element)
         element->reparent(this);
-    noteChangedTypeWord();
 }
 
 void VMPointer::setInnerData(const unsigned char *data, int length)

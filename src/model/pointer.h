@@ -49,7 +49,6 @@ public:
 
 private:
     bool hasRoomFor(veldmap::TreeSize size) const;
-    void noteChangedTypeWord() const;
 
     veldmap::TreeSize m_pointedSize = {0, 0}; // of what allocatePointedElement made
 };

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -62,50 +63,31 @@ void VMRootArchive::addXMLArchive(VMXMLArchive *archive)
 {
     m_ownedArchives.emplace_back(archive);
     xmlArchives.append(archive);
-    archive->m_number = m_nextArchiveNumber++;
-    archive->m_isInRoot = true;
-    for (std::size_t position = 0; position < archive->templates.size(); ++position)
-        indexTemplate(archive, position);
 }
 
 void VMRootArchive::discardXMLArchive(VMXMLArchive *archive)
 {
-    ++m_discardedArchives;
     xmlArchives.removeAll(archive);
     for (VMXMLArchive *other : std::as_const(xmlArchives))
         other->includedArchives.removeAll(archive);
-    m_templates.removeArchive(archive->m_number);
-    m_files.clear();
-    m_indexedFiles = 0;
     std::erase_if(m_ownedArchives, [archive](const auto &owned) { return owned.get() == archive; });
 }
 
 VMXMLArchive *VMRootArchive::hasArchive(const QString &basePath, const QString &relativeFile) const
 {
-    for (; m_indexedFiles < xmlArchives.size(); ++m_indexedFiles) {
-        VMXMLArchive *archive = xmlArchives[m_indexedFiles];
-        const auto identity = std::make_pair(archive->basePath, archive->getRelativePath(true));
-        if (!m_files.contains(identity))
-            m_files.insert(identity, archive);
-    }
-    return m_files.value({basePath, relativeFile});
+    const auto known = std::ranges::find_if(xmlArchives, [&](const VMXMLArchive *archive) {
+        return archive->relativeFileName == relativeFile && archive->basePath == basePath;
+    });
+    return known == xmlArchives.end() ? nullptr : *known;
 }
 
 VMXMLElement *VMRootArchive::getTemplate(const QString &typeName) const
 {
-    return m_templates.findFirst(typeName);
-}
-
-void VMRootArchive::indexTemplate(VMXMLArchive *archive, std::size_t position)
-{
-    if (archive->m_isInRoot) // else addXMLArchive does it
-        m_templates.add({archive->m_number, position}, archive->templates[position].get(), true);
-}
-
-void VMRootArchive::typeWordChanged()
-{
-    m_templates.invalidate();
-    m_instances.invalidate();
+    for (const VMXMLArchive *archive : xmlArchives) {
+        if (VMXMLElement *element = archive->contains(typeName))
+            return element;
+    }
+    return nullptr;
 }
 
 const std::vector<std::unique_ptr<VMXMLElement>> &VMRootArchive::getInstanciatedTemplates() const
@@ -153,9 +135,12 @@ VMXMLElement *VMRootArchive::allocateElementFromTypeName(const QString &typeName
 VMXMLElement *VMRootArchive::instanciateTemplate(const QString &typeName, const QString &name, unsigned int address)
 {
     const VMXMLElement *known = getTemplate(typeName);
-    if (!known)
-        return nullptr;
-    instances.emplace_back(anonymousCopy(known));
+    return known ? addInstance(*known, name, address) : nullptr;
+}
+
+VMXMLElement *VMRootArchive::addInstance(const VMXMLElement &type, const QString &name, unsigned int address)
+{
+    instances.emplace_back(anonymousCopy(&type));
     VMXMLElement *instance = instances.back().get();
     instance->setName(name);
     instance->remap(address);
@@ -165,11 +150,11 @@ VMXMLElement *VMRootArchive::instanciateTemplate(const QString &typeName, const 
 
 QList<VMXMLElement *> VMRootArchive::matchingInstances(const VMXMLElement *element) const
 {
-    if (m_indexedInstances > instances.size()) { // a host has taken some away
-        m_instances.clear();
-        m_indexedInstances = 0;
+    const QString word = element->getTypeString();
+    QList<VMXMLElement *> matching;
+    for (const auto &instance : instances) {
+        if (instance->getTypeString() == word)
+            matching += instance.get();
     }
-    for (; m_indexedInstances < instances.size(); ++m_indexedInstances)
-        m_instances.add({0, m_indexedInstances}, instances[m_indexedInstances].get(), false);
-    return m_instances.findAll(element->getTypeString());
+    return matching;
 }

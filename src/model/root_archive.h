@@ -1,22 +1,18 @@
 #pragma once
 
 #include "model/element.h"
-#include "model/type_index.h"
 
-#include <QHash>
 #include <QList>
 
 #include <memory>
-#include <utility>
 #include <vector>
 
 class VMMemoryMap;
 
 /// The root of one loaded description: all files that belong to it, and the top-level instances.
 ///
-/// Owns the instances and the archives. The lists grow by the operations below, which keep their indexes; a host that
-/// takes archives or templates out of them itself must not look names up afterwards. Text: headers/assembly.cpp,
-/// docsite/menu.cpp.
+/// Owns the instances and the archives. Lookups walk the lists, so a host may change lists and names as it likes. Text:
+/// headers/assembly.cpp, docsite/menu.cpp.
 class VELDMAP_EXPORT VMRootArchive : public VMXMLElement {
 public:
     VMRootArchive(VMMemoryMap *map, const QString &name);
@@ -40,8 +36,6 @@ public:
     void addXMLArchive(VMXMLArchive *archive);
     /// Deletes \a archive, which failed to load, and forgets it wherever it was included.
     void discardXMLArchive(VMXMLArchive *archive);
-    /// How many archives were discarded so far.
-    int discardedArchives() const { return m_discardedArchives; }
     /// The first archive with that identity, or null.
     VMXMLArchive *hasArchive(const QString &basePath, const QString &relativeFile) const;
     /// The template of that name, or null. The earliest archive wins, whichever file asks.
@@ -53,13 +47,12 @@ public:
     /// Appends a copy of the template as an instance at the absolute \a address; null when there is no such template.
     /// The root archive owns the result.
     VMXMLElement *instanciateTemplate(const QString &typeName, const QString &name, unsigned int address);
+    /// The same for the template \a type itself.
+    VMXMLElement *addInstance(const VMXMLElement &type, const QString &name, unsigned int address);
 
     using VMXMLElement::treenode_serialize;
     /// The script of the documentation site's menu: its settings, its top, and the nodes of each instance.
     QString treenode_serialize() const;
-
-    /// A template or instance has another type word from now on.
-    void typeWordChanged();
 
     /// The base address macros of the instances of the template \a element.
     QString c_getMatchingInstancesBaseAddresses(const VMXMLElement *element) const;
@@ -74,17 +67,8 @@ public:
     VMMemoryMap *memoryMap; ///< not owned
 
 private:
-    friend class VMTemplateManager;
-    void indexTemplate(VMXMLArchive *archive, std::size_t position);
     /// The instances whose type word equals that of \a element, in load order.
     QList<VMXMLElement *> matchingInstances(const VMXMLElement *element) const;
 
     std::vector<std::unique_ptr<VMXMLArchive>> m_ownedArchives;
-    std::size_t m_nextArchiveNumber = 0;
-    int m_discardedArchives = 0;
-    veldmap::TypeIndex m_templates;
-    mutable veldmap::TypeIndex m_instances; // covers the first m_indexedInstances instances
-    mutable std::size_t m_indexedInstances = 0;
-    mutable QHash<std::pair<QString, QString>, VMXMLArchive *> m_files; // covers the first m_indexedFiles archives
-    mutable qsizetype m_indexedFiles = 0;
 };

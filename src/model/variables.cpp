@@ -1,22 +1,23 @@
 #include "model/variables.h"
 
-#include "text/literals.h"
 #include "expression/evaluator.h"
 #include "model/archive.h"
+#include "model/include_walk.h"
 #include "model/memory_map.h"
 #include "model/root_archive.h"
+#include "model/scope_index.h"
+#include "text/literals.h"
 
 #include <QSet>
 
 #include <algorithm>
+#include <atomic>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr QLatin1StringView kSpacerName = "VELDMAPSPACER"_L1;
-
-const QString kUnnamedExpression = u"____internal"_s;
 
 /// Whether \a expression is a plain decimal number that an int holds, as most positions are.
 bool isPlainNumber(const QString &expression)
@@ -26,73 +27,43 @@ bool isPlainNumber(const QString &expression)
 }
 
 /// The value of \a expression in \a context.
-int evaluate(cexev::CExEvCtx &context, const QString &name, const QString &expression, QString &errorMessage,
-             bool &error)
+veldmap::Evaluated evaluate(cexev::CExEvCtx &context, const QString &name, const QString &expression)
 {
-    error = false;
-    errorMessage.clear();
     if (isPlainNumber(expression))
-        return expression.toInt();
-
+        return {expression.toInt(), false, {}};
     cexev::CExEv evaluator(&context);
     variant::Variant value;
-    if (evaluator.evalExpression(hexadecimalPreparseExpression(expression).toUtf8().constData(), value) != 0) {
-        errorMessage = u"Error in expression of : %1"_s.arg(name);
-        error = true;
-        return -1;
-    }
+    if (evaluator.evalExpression(hexadecimalPreparseExpression(expression).toUtf8().constData(), value) != 0)
+        return {-1, true, u"Error in expression of : %1"_s.arg(name)};
     int number = 0; // what a text counts as
     value.asInt(number);
-    return number;
+    return {number, false, {}};
 }
 
-/// The global variables of the memory map that \a archive hangs on, or null.
-const VMVariableManager *globalVariablesOf(const VMXMLArchive &archive)
+/// Hands \a result to an operation's out-parameters.
+int handOver(const veldmap::Evaluated &result, QString &errorMessage, bool &error)
 {
-    const VMRootArchive *root = archive.getRootArchive();
-    return root && root->memoryMap ? root->memoryMap->globalVariables.get() : nullptr;
+    errorMessage = result.message;
+    error = result.failed;
+    return result.value;
 }
 
-/// How many archives the root of \a archive has deleted so far.
-int discardedArchivesOf(const VMXMLArchive &archive)
-{
-    const VMRootArchive *root = archive.getRootArchive();
-    return root ? root->discardedArchives() : 0;
-}
-
-/// Walks \a top and the archives that it includes, each archive once, so that the includes of an archive come before
-/// the archive itself. With \a lastFirst the includes are taken from the last to the first. Ends at the first archive
-/// for which \a visit holds. An archive that is still being walked is skipped, which keeps circular includes finite;
-/// one that was walked in vain would be so again.
-template <typename Visit>
-void walkIncludes(const VMXMLArchive &top, bool lastFirst, const Visit &visit)
-{
-    struct Step {
-        const VMXMLArchive *archive;
-        qsizetype taken = 0;
-    };
-    QSet<const VMXMLArchive *> walked = {&top};
-    std::vector<Step> way = {{&top}};
-    while (!way.empty()) {
-        Step &step = way.back();
-        const auto &includes = step.archive->includedArchives;
-        if (step.taken == includes.size()) {
-            if (visit(*step.archive))
-                return;
-            way.pop_back();
-            continue;
-        }
-        const VMXMLArchive *next = includes[lastFirst ? includes.size() - 1 - step.taken : step.taken];
-        ++step.taken;
-        if (next->includedArchives.isEmpty()) {
-            if (visit(*next))
-                return;
-        } else if (!walked.contains(next)) {
-            walked.insert(next);
-            way.push_back({next});
-        }
+/// A context in which names are what a function finds.
+class FoundContext final : public CXMLVarCtx {
+public:
+    explicit FoundContext(const veldmap::FindVariable &find) : m_find(find) {}
+    int getValue(const char *name, variant::Variant &result) override
+    {
+        const VMIntVar *variable = m_find(QString::fromUtf8(name));
+        if (!variable)
+            return CXMLVarCtx::getValue(name, result);
+        result.setInt(variable->leftValue);
+        return 1;
     }
-}
+
+private:
+    const veldmap::FindVariable &m_find;
+};
 
 /// Appends the table of \a archive and of all that it includes, each as often as there are ways to it. False once more
 /// tables have been added than anyone can use: diamonds of includes double their number at each level.
@@ -109,7 +80,7 @@ bool appendEveryTable(const VMXMLArchive &archive, QSet<const VMXMLArchive *> &o
             return false;
     }
     onTheWay.remove(&archive);
-    if (const VMVariableManager *globals = globalVariablesOf(archive))
+    if (const VMVariableManager *globals = veldmap::globalVariablesOf(archive))
         variables += *globals;
     return true;
 }
@@ -119,7 +90,7 @@ QList<VMIntVar> lastTables(const VMXMLArchive &archive)
 {
     QList<const VMXMLArchive *> lastToFirst;
     QSet<const VMXMLArchive *> listed;
-    walkIncludes(archive, true, [&](const VMXMLArchive &included) {
+    veldmap::walkIncludes(archive, true, [&](const VMXMLArchive &included) {
         if (!listed.contains(&included))
             lastToFirst += &included;
         listed.insert(&included);
@@ -128,7 +99,7 @@ QList<VMIntVar> lastTables(const VMXMLArchive &archive)
     QList<VMIntVar> variables;
     for (auto included = lastToFirst.crbegin(); included != lastToFirst.crend(); ++included)
         variables += *(*included)->variables;
-    if (const VMVariableManager *globals = globalVariablesOf(archive))
+    if (const VMVariableManager *globals = veldmap::globalVariablesOf(archive))
         variables += *globals;
     return variables;
 }
@@ -145,7 +116,7 @@ QList<VMIntVar> VMXMLArchive::getAllIncludedVariables() const
 
 VMIntVar generateSpacer()
 {
-    static int spacers = 0;
+    static std::atomic<int> spacers = 0; // one count for the process, in whatever thread
     VMIntVar spacer;
     spacer.name = kSpacerName + u'_' + QString::number(++spacers);
     return spacer;
@@ -163,10 +134,8 @@ void VMIntVarTable::addVar(const VMIntVar &variable)
 
 const VMIntVar *VMIntVarTable::findVariable(const QString &name) const
 {
-    for (; m_indexedRows < size(); ++m_indexedRows)
-        m_lastRows.insert(at(m_indexedRows).name, m_indexedRows);
-    const auto row = m_lastRows.constFind(name);
-    return row == m_lastRows.cend() ? nullptr : &at(*row);
+    const auto row = std::find_if(crbegin(), crend(), [&](const VMIntVar &variable) { return variable.name == name; });
+    return row == crend() ? nullptr : &*row;
 }
 
 QString VMEnum::getEntryName(int index) const
@@ -185,23 +154,18 @@ void VMVariableManager::addEnum(VMEnum *newEnum)
     enums.emplace_back(newEnum);
 }
 
-VMEnum *VMVariableManager::findOwnEnum(const QString &enumName) const
-{
-    for (; m_indexedEnums < enums.size(); ++m_indexedEnums) {
-        VMEnum *known = enums[m_indexedEnums].get();
-        if (!m_firstEnums.contains(known->name))
-            m_firstEnums.insert(known->name, known);
-    }
-    return m_firstEnums.value(enumName);
-}
-
 VMEnum *VMVariableManager::getEnumByName(const QString &enumName) const
 {
+    const auto ownEnum = [&enumName](const VMVariableManager &manager) -> VMEnum * {
+        const auto own =
+            std::ranges::find_if(manager.enums, [&](const auto &known) { return known->name == enumName; });
+        return own == manager.enums.end() ? nullptr : own->get();
+    };
     if (!archive)
-        return findOwnEnum(enumName);
+        return ownEnum(*this);
     VMEnum *found = nullptr;
-    walkIncludes(*archive, false, [&](const VMXMLArchive &included) {
-        found = included.variables->findOwnEnum(enumName);
+    veldmap::walkIncludes(*archive, false, [&](const VMXMLArchive &included) {
+        found = ownEnum(*included.variables);
         return found != nullptr;
     });
     return found;
@@ -211,56 +175,27 @@ const VMIntVar *VMVariableManager::getVisibleVariable(const QString &variableNam
 {
     if (!archive)
         return findVariable(variableName);
-    const VMVariableManager *globals = globalVariablesOf(*archive);
+    const VMVariableManager *globals = veldmap::globalVariablesOf(*archive);
     const VMIntVar *found = globals ? globals->findVariable(variableName) : nullptr;
     if (found)
         return found;
-    for (const VMVariableManager *table : searchedTables()) {
-        if (const VMIntVar *variable = table->findVariable(variableName))
-            return variable;
-    }
-    return nullptr;
-}
-
-bool VMVariableManager::isCurrent(const SearchOrder &order) const
-{
-    return !order.walked.isEmpty() && order.discardedArchives == discardedArchivesOf(*archive) &&
-           std::ranges::all_of(order.walked, [](const SearchOrder::Walked &step) {
-               return step.archive->includedArchives.size() == step.includes;
-           });
-}
-
-const QList<const VMVariableManager *> &VMVariableManager::searchedTables() const
-{
-    if (isCurrent(m_searchOrder))
-        return m_searchOrder.tables;
-    m_searchOrder = {};
-    m_searchOrder.discardedArchives = discardedArchivesOf(*archive);
-    QSet<const VMXMLArchive *> listed;
-    walkIncludes(*archive, true, [&](const VMXMLArchive &included) {
-        if (!listed.contains(&included)) {
-            listed.insert(&included);
-            m_searchOrder.walked.append({&included, included.includedArchives.size()});
-            m_searchOrder.tables += included.variables.get();
-        }
-        return false;
+    veldmap::walkIncludes(*archive, true, [&](const VMXMLArchive &included) {
+        found = included.variables->findVariable(variableName);
+        return found != nullptr;
     });
-    return m_searchOrder.tables;
+    return found;
 }
 
 int VMVariableManager::evalExpression(const QString &name, const QString &expression, QString &errorMessage,
                                       bool &error) const
 {
     veldmap::ScopeContext context(*this);
-    return evaluate(context, name, expression, errorMessage, error);
+    return handOver(evaluate(context, name, expression), errorMessage, error);
 }
 
 int VMVariableManager::evalExpression(const QString &expression, QString &errorMessage, bool &error) const
 {
-    const int value = evalExpression(kUnnamedExpression, expression, errorMessage, error);
-    if (error)
-        errorMessage.replace(kUnnamedExpression, expression);
-    return value;
+    return evalExpression(expression, expression, errorMessage, error);
 }
 
 int VMVariableManager::evalExpressionAndAddVar(const QString &name, const QString &expression, const QString &comment,
@@ -328,10 +263,22 @@ int evaluateExpressionWithVariables(const QList<VMIntVar> &variables, const QStr
     CXMLVarCtx context;
     for (const VMIntVar &variable : variables)
         context.values.insert(variable.name, variable.leftValue);
-    return evaluate(context, name, expression, errorMessage, error);
+    return handOver(evaluate(context, name, expression), errorMessage, error);
 }
 
 namespace veldmap {
+
+const VMVariableManager *globalVariablesOf(const VMXMLArchive &archive)
+{
+    const VMRootArchive *root = archive.getRootArchive();
+    return root && root->memoryMap ? root->memoryMap->globalVariables.get() : nullptr;
+}
+
+Evaluated evaluateExpression(const QString &expression, const FindVariable &find, const QString &name)
+{
+    FoundContext context(find);
+    return evaluate(context, name.isEmpty() ? expression : name, expression);
+}
 
 ScopeContext::ScopeContext(const VMVariableManager &manager) : m_manager(manager) {}
 

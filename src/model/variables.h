@@ -1,9 +1,9 @@
 #pragma once
 
 #include "expression/evaluation_context.h"
+#include "model/source_place.h"
 #include "veldmap_export.h"
 
-#include <QHash>
 #include <QList>
 #include <QMap>
 #include <QString>
@@ -31,6 +31,7 @@ struct VELDMAP_EXPORT VMIntVar {
     VMEnum *ownerEnum = nullptr; ///< the enum of which this is an entry; not owned
     QString name;
     QString comment;
+    veldmap::SourcePlace source = {}; ///< its tag
 };
 
 /// A new variable that marks a place in a variable list, where generators print an empty line. The counter in its name
@@ -51,10 +52,6 @@ public:
 
     /// The row added last under \a name, or null.
     const VMIntVar *findVariable(const QString &name) const;
-
-private:
-    mutable QHash<QString, qsizetype> m_lastRows; // covers the first m_indexedRows rows
-    mutable qsizetype m_indexedRows = 0;
 };
 
 /// An enumeration; its rows are the entries.
@@ -68,12 +65,14 @@ public:
     int lastValue = -1; ///< number of the last entry; an entry without a value follows it
     QString name;
     QString comment;
+    veldmap::SourcePlace source = {}; ///< its tag
 };
 
 /// The variables, ranges and enums of one archive, or, without an archive, the global variables of a memory map.
 ///
-/// Owns its enums. Tables only grow while a description loads. An expression sees the global variables first, then
-/// those of the included archives from the last to the first, then the own table.
+/// Owns its enums. Lookups walk the tables, so a host may change them as it likes; who looks up much in tables that
+/// stay as they are uses a ScopeIndex. An expression sees the global variables first, then those of the included
+/// archives from the last to the first, then the own table.
 class VELDMAP_EXPORT VMVariableManager : public VMIntVarTable {
 public:
     explicit VMVariableManager(VMXMLArchive *archive);
@@ -103,26 +102,6 @@ public:
 
     std::vector<std::unique_ptr<VMEnum>> enums; ///< in load order
     VMXMLArchive *archive;                      ///< not owned
-
-private:
-    VMEnum *findOwnEnum(const QString &enumName) const;
-
-    /// The order in which tables are searched, as long as no archive that it was made from has got another include.
-    struct SearchOrder {
-        struct Walked {
-            const VMXMLArchive *archive;
-            qsizetype includes;
-        };
-        QList<Walked> walked;
-        QList<const VMVariableManager *> tables;
-        int discardedArchives = 0;
-    };
-    const QList<const VMVariableManager *> &searchedTables() const;
-    bool isCurrent(const SearchOrder &order) const;
-
-    mutable QHash<QString, VMEnum *> m_firstEnums; // covers the first m_indexedEnums enums
-    mutable std::size_t m_indexedEnums = 0;
-    mutable SearchOrder m_searchOrder;
 };
 
 /// What the expressions of a description may name: variables by their value, the function exp2(n), which is 1 shifted

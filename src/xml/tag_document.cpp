@@ -1,7 +1,8 @@
 #include "xml/tag_document.h"
 
-#include "loading/document.h"
 #include "findings/limits.h"
+#include "xml/attribute_order.h"
+#include "xml/rules.h"
 
 #include <QDomElement>
 #include <QRegularExpression>
@@ -86,9 +87,9 @@ qsizetype endOfMarkup(QByteArrayView text, qsizetype begin)
     return begin + 1;
 }
 
-QString attributesError()
+Refusal attributesError()
 {
-    return u"A tag has more than %1 attributes."_s.arg(limits::kTagAttributes);
+    return {&rules::tooManyAttributes, {QString::number(limits::kTagAttributes)}};
 }
 
 /// The number of attributes of the tag that \a text begins with: its "=" outside quotes.
@@ -145,30 +146,32 @@ public:
 
     Error read(const QByteArray &bytes)
     {
-        if (Error tooMany = findTagOfManyAttributes(bytes); !tooMany.text.isEmpty())
+        if (const Error tooMany = findTagOfManyAttributes(bytes))
             return tooMany;
         while (!m_reader.atEnd()) {
             m_reader.readNext();
-            if (const QString refused = refusal(); !refused.isEmpty())
+            if (const Refusal refused = refusal())
                 return errorHere(refused);
             takeToken();
         }
-        return m_reader.hasError() ? errorHere(m_reader.errorString()) : Error();
+        return m_reader.hasError() ? errorHere(notWellFormed(m_reader.errorString())) : Error();
     }
 
 private:
     int depth() const { return static_cast<int>(m_document.m_open.size()); }
 
-    Error errorHere(const QString &text) const { return {text, m_reader.lineNumber(), m_reader.columnNumber()}; }
+    static Refusal notWellFormed(const QString &text) { return {&rules::notWellFormed, {text}}; }
 
-    /// Why the token can't be taken, empty when it can.
-    QString refusal()
+    Error errorHere(const Refusal &refused) const { return {refused, m_reader.lineNumber(), m_reader.columnNumber()}; }
+
+    /// Why the token can't be taken.
+    Refusal refusal()
     {
         switch (m_reader.tokenType()) {
         case QXmlStreamReader::StartElement:
             m_rootSeen = true;
             if (depth() >= limits::kTagDepth)
-                return u"Tags are nested more than %1 deep."_s.arg(limits::kTagDepth);
+                return {&rules::tagsTooDeep, {QString::number(limits::kTagDepth)}};
             m_attributes = m_reader.attributes();
             if (m_attributes.size() > limits::kTagAttributes) // a document type may add some
                 return attributesError();
@@ -178,17 +181,16 @@ private:
         case QXmlStreamReader::DTD:
             // The reader takes a document type anywhere; QDomDocument refuses it in these words.
             if (m_rootSeen)
-                return u"Unexpected token"_s;
+                return notWellFormed(u"Unexpected token"_s);
             if (std::exchange(m_documentTypeSeen, true))
-                return u"Multiple DTD sections are not allowed"_s;
+                return notWellFormed(u"Multiple DTD sections are not allowed"_s);
             break;
         default:
             m_charactersLeft -= m_reader.text().size();
             break;
         }
-        return m_charactersLeft >= 0
-                   ? QString()
-                   : u"The entities of the document grow beyond %1 characters."_s.arg(limits::kEntityCharacters);
+        return m_charactersLeft >= 0 ? Refusal()
+                                     : Refusal{&rules::entitiesTooLarge, {QString::number(limits::kEntityCharacters)}};
     }
 
     void takeToken()
@@ -364,14 +366,11 @@ QStringView Tag::plainText() const
 //     <comment>see <b id="1" class="x">this</b>
 //     </comment>
 
-namespace {
-
-/// Whether no line feed stands in front of a node: text, and CDATA, which is text of another kind.
-constexpr auto kIsText = [](const auto *node, auto text, auto cdata) {
-    return node && (node->kind == text || node->kind == cdata);
-};
-
-} // namespace
+/// Whether \a node is text, in front of which no line feed stands; CDATA is text of another kind.
+bool TagDocument::isText(const Node *node)
+{
+    return node && (node->kind == Kind::Text || node->kind == Kind::CData);
+}
 
 QString Tag::serialized() const
 {
@@ -396,7 +395,7 @@ void Tag::appendSerialized(int index, QString &text) const
         break;
     case Kind::Comment:
         text += "<!--"_L1 + item.text.toString() + (item.text.endsWith(u'-') ? " -->"_L1 : "-->"_L1);
-        if (!kIsText(nodeAt(item.nextSibling), Kind::Text, Kind::CData))
+        if (!TagDocument::isText(nodeAt(item.nextSibling)))
             text += u'\n';
         break;
     case Kind::Instruction:
@@ -410,7 +409,6 @@ void Tag::appendSerialized(int index, QString &text) const
 
 void Tag::appendElement(const TagDocument::Node &element, QString &text) const
 {
-    using Kind = TagDocument::Kind;
     text += u'<';
     text += element.name;
     for (int at = 0; at < element.attributeCount; ++at) {
@@ -424,7 +422,7 @@ void Tag::appendElement(const TagDocument::Node &element, QString &text) const
         text += "/>"_L1;
     } else {
         text += u'>';
-        if (!kIsText(nodeAt(element.firstChild), Kind::Text, Kind::CData))
+        if (!TagDocument::isText(nodeAt(element.firstChild)))
             text += u'\n';
         for (int child = element.firstChild; child != TagDocument::kNone; child = nodeAt(child)->nextSibling)
             appendSerialized(child, text);
@@ -433,7 +431,7 @@ void Tag::appendElement(const TagDocument::Node &element, QString &text) const
         text += u'>';
     }
     const bool isRoot = &element == &m_document->m_nodes.front();
-    if (isRoot ? !m_document->m_rootBeforeText : !kIsText(nodeAt(element.nextSibling), Kind::Text, Kind::CData))
+    if (isRoot ? !m_document->m_rootBeforeText : !TagDocument::isText(nodeAt(element.nextSibling)))
         text += u'\n';
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "findings/refusal.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -21,9 +23,11 @@ class TagDocument {
 public:
     /// What is wrong with a document, and where.
     struct Error {
-        QString text; ///< empty when nothing is
+        Refusal refusal; ///< false when nothing is
         qint64 line = 0;
         qint64 column = 0;
+
+        explicit operator bool() const { return bool(refusal); }
     };
 
     TagDocument() = default;
@@ -66,6 +70,7 @@ private:
     };
 
     class Reader;
+    static bool isText(const Node *node);
     int appendNode(Kind kind, QStringView name, QStringView text);
     void openElement(QStringView name, int line, int column);
     void appendAttribute(QStringView name, QStringView value);

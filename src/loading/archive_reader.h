@@ -1,0 +1,163 @@
+#pragma once
+
+#include "findings/finding.h"
+#include "loading/description_files.h"
+#include "loading/document.h"
+#include "loading/tree_builder.h"
+#include "model/bitfield.h"
+#include "xml/tag_attributes.h"
+
+#include <memory>
+
+class VMStruct;
+class VMValuable;
+
+namespace veldmap {
+
+/// Reads the tags of a description into the tree. One reader serves a load with all its files.
+///
+/// Each operation reads one tag with all below it, in the order of the document. False, null or XMDOpenInvalid mean
+/// that the tag was refused, which the sink has heard by then; what was made of it is gone. A refused tag is passed up:
+/// it fails its archive, and so the load.
+class ArchiveReader {
+public:
+    using Element = std::unique_ptr<VMXMLElement>;
+
+    /// A file to include, as a tag names it.
+    struct IncludedFile {
+        QString file;
+        QString condition; ///< as written, empty where there is none
+        bool isOptional = false;
+        SourcePlace source = {};
+    };
+
+    /// All three must outlive the reader.
+    ArchiveReader(TreeBuilder &builder, DescriptionFiles &files, Sink &sink)
+        : m_builder(builder), m_files(files), m_sink(sink)
+    {
+    }
+    ArchiveReader(const ArchiveReader &) = delete;
+    ArchiveReader &operator=(const ArchiveReader &) = delete;
+
+    // archive_tags.cpp
+    /// Reads the file at \a filePath, which is known as \a relativeFile below \a basePath: its archive, or the one of
+    /// that name that is there already, with status 2.
+    VMXMLArchive *readFile(const QString &filePath, const QString &relativeFile, const QString &basePath,
+                           bool isMandatory, XMDOpenError &status);
+    VMXMLArchive *readArchive(const Tag &tag, const QString &relativeFile, const QString &basePath);
+
+    // include_tags.cpp
+    XMDOpenError readInclude(const Tag &tag, VMXMLArchive &archive);
+    /// Records one alternative in \a include and, with \a load, reads its file.
+    XMDOpenError readIncludedFile(VMXMLArchive &archive, VMXMLInclude &include, const IncludedFile &included,
+                                  bool load);
+
+    // variable_tags.cpp
+    bool readVariable(const Tag &tag, VMXMLArchive &archive);
+    bool readRange(const Tag &tag, VMXMLArchive &archive);
+    bool readEnum(const Tag &tag, VMXMLArchive &archive);
+    bool readEnumEntry(const Tag &tag, VMEnum &owner, VMXMLArchive &archive);
+    bool readEnumBound(const Tag &tag, const VMEnum &owner, VMXMLArchive &archive);
+    bool readSpacer(const Tag &tag, VMXMLArchive &archive);
+
+    // module_tags.cpp
+    /// The template, which the archive owns: the new one, or the one of that name that is there already.
+    VMXMLElement *readType(const Tag &tag, VMXMLArchive &archive);
+    bool readTypeChildren(const Tag &tag, VMStruct &module, VMXMLArchive &archive);
+    Element readStruct(const Tag &tag, VMXMLArchive &archive, const QString &parentName);
+    Element readHole(const Tag &tag, VMXMLArchive &archive, const QString &parentName);
+    bool readAlias(const Tag &tag, VMXMLArchive &archive);
+
+    // instance_tags.cpp
+    /// A top-level instance, which the root archive owns.
+    VMXMLElement *readInstance(const Tag &tag, VMXMLArchive &archive);
+    Element readInnerInstance(const Tag &tag, VMXMLArchive &archive, const QString &parentName);
+    Element readMemory(const Tag &tag, VMXMLArchive &archive, const QString &parentName);
+    Element readPointer(const Tag &tag, VMXMLArchive &archive, const QString &parentName);
+
+    // valuable_tags.cpp
+    /// \a tagName decides the class.
+    Element readValuable(const Tag &tag, VMXMLArchive &archive, const QString &parentName, const QString &tagName);
+
+    // bits_tags.cpp
+    bool readBits(const Tag &tag, VMValuable &valuable, VMXMLArchive &archive);
+
+    // field_detail_tags.cpp
+    bool readBitgroup(const Tag &tag, VMValuable &valuable, VMXMLArchive &archive);
+    bool readBitgroupEntry(const Tag &tag, VMBitGroup &group, VMXMLArchive &archive);
+    bool readOptions(const Tag &tag, VMBitField &field, VMXMLArchive &archive);
+    bool readOption(const Tag &tag, VMBitFieldOptions &options, VMXMLArchive &archive);
+
+private:
+    struct BitsAttributes;
+    struct BitPosition;
+    struct BitsCut;
+
+    /// A tag that makes a member of a structure, and the places besides a struct where it may stand.
+    struct MemberTag {
+        using Read = Element (ArchiveReader::*)(const Tag &, VMXMLArchive &, const QString &parentName);
+        QLatin1StringView tag;
+        Read read; ///< null for a valuable
+        bool inModule;
+        bool inAlias;
+    };
+    /// The row of the tags that may stand in a structure, null for any other.
+    static const MemberTag *findMemberTag(QStringView tagName);
+    Element readMember(const MemberTag &row, const Tag &tag, VMXMLArchive &archive, const QString &parentName);
+
+    VMXMLArchive *readBigArchive(const Tag &tag, const QString &filePath, const QString &relativeFile,
+                                 const QString &basePath, XMDOpenError &status);
+    VMXMLArchive *readBareModule(const Tag &tag, const QString &filePath, const QString &relativeFile,
+                                 const QString &basePath, XMDOpenError &status);
+    bool readArchiveChild(const Tag &tag, VMXMLArchive &archive);
+    IncludedFile includedFileOf(const Tag &tag) const;
+    bool readValuableChild(const Tag &child, VMValuable &valuable, VMXMLArchive &archive, const QString &tagName);
+
+    // Tells what is wrong at a tag; always false.
+    bool fail(const Tag &tag, const VMXMLArchive &archive, const Rule &rule, const QStringList &arguments = {}) const;
+    bool fail(const Tag &tag, const VMXMLArchive &archive, const Refusal &refused) const;
+    void tell(const Rule &rule, const Place &place, const QStringList &arguments = {}) const;
+
+    Evaluated evaluate(const QString &expression, const VMXMLArchive &archive);
+
+    /// A size or count is evaluated here and nowhere else: \a value is the number of \a expression. What does not
+    /// evaluate is told as \a rule with \a arguments.
+    bool evaluateSize(const QString &expression, int &value, const Tag &tag, const VMXMLArchive &archive,
+                      const Rule &rule, const QStringList &arguments);
+    /// The count of an array of registers, integers or pointers, which may not be negative.
+    bool evaluateArrayCount(Count &count, const Tag &tag, const VMXMLArchive &archive, const QString &parentName,
+                            const QString &type, const QString &name);
+    /// \a element, or with a count an array of it under \a name; null when the array is too large.
+    Element arrayOf(Element element, const Count &count, const QString &name, const Tag &tag,
+                    const VMXMLArchive &archive);
+
+    bool readPosition(const BitsAttributes &attributes, const Tag &tag, const VMValuable &valuable,
+                      const VMXMLArchive &archive, BitPosition &position);
+    bool evaluatePosition(BitPosition &position, const QString &name, const Tag &tag, const VMValuable &valuable,
+                          const VMXMLArchive &archive);
+    bool readCut(const BitsAttributes &attributes, const Tag &tag, const VMValuable &valuable,
+                 const VMXMLArchive &archive, BitsCut &cut);
+    bool readBitsChildren(const Tag &tag, const QString &name, VMBitField &field, VMXMLArchive &archive);
+    /// Hands the field to the valuable, followed by the other pieces of a cut one.
+    bool addPieces(std::unique_ptr<VMBitField> first, std::unique_ptr<VMBitGroup> group, const BitsCut &cut,
+                   const QString &name, const Tag &tag, VMValuable &valuable, const VMXMLArchive &archive);
+
+    /// The place of \a tag for what is made of it.
+    SourcePlace sourceOf(const Tag &tag) const;
+
+    TreeBuilder &m_builder;
+    DescriptionFiles &m_files;
+    Sink &m_sink;
+    SourceFile m_file; ///< that is being read
+    int m_includeDepth = 0;
+};
+
+/// "bin", "hex", or anything else for decimal.
+inline DisplayType displayOf(QStringView word)
+{
+    if (word == QLatin1StringView("bin"))
+        return DISPLAY_BIN;
+    return word == QLatin1StringView("hex") ? DISPLAY_HEX : DISPLAY_DEC;
+}
+
+} // namespace veldmap

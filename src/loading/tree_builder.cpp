@@ -1,0 +1,181 @@
+#include "loading/tree_builder.h"
+
+#include "findings/limits.h"
+#include "loading/rules.h"
+#include "model/aggregates.h"
+#include "model/include_walk.h"
+#include "model/memory_map.h"
+#include "model/root_archive.h"
+#include "model/tree_size.h"
+
+namespace veldmap {
+
+VMXMLArchive &TreeBuilder::addArchive(const QString &relativeFile, const QString &basePath)
+{
+    learnTree();
+    auto created = std::make_unique<VMXMLArchive>(m_root);
+    VMXMLArchive &archive = *created;
+    archive.relativeFileName = relativeFile;
+    archive.basePath = basePath;
+    m_root->addXMLArchive(created.release());
+    m_numbers.insert(&archive, m_numbers.size());
+    const Identity identity = {basePath, relativeFile};
+    if (!m_files.contains(identity))
+        m_files.insert(identity, &archive);
+    return archive;
+}
+
+/// A failed archive fails its load, so what was known is not worth keeping.
+void TreeBuilder::discardArchive(VMXMLArchive &archive)
+{
+    m_root->discardXMLArchive(&archive);
+    m_knowsTree = false;
+    m_numbers.clear();
+    m_files.clear();
+    m_types = {};
+    m_names = {};
+    m_scopeArchive = nullptr;
+    m_scope.reset();
+}
+
+VMXMLArchive *TreeBuilder::findArchive(const QString &basePath, const QString &relativeFile)
+{
+    learnTree();
+    return m_files.value({basePath, relativeFile});
+}
+
+void TreeBuilder::addInclude(VMXMLArchive &archive, VMXMLArchive &included)
+{
+    archive.includedArchives.append(&included);
+    m_scopeArchive = nullptr;
+}
+
+VMXMLElement *TreeBuilder::findType(const QString &name, const VMXMLArchive &archive)
+{
+    learnTree();
+    VMXMLElement *known = m_types.find(name);
+    return known || m_numbers.contains(&archive) ? known : archive.contains(name);
+}
+
+VMXMLElement &TreeBuilder::addTemplate(VMXMLArchive &archive, std::unique_ptr<VMXMLElement> element,
+                                       const QString &name)
+{
+    learnTree();
+    VMXMLElement &added = *element;
+    added.reparent(&archive);
+    archive.templates.addTemplate(element.release(), name);
+    const auto number = m_numbers.constFind(&archive);
+    if (number != m_numbers.cend())
+        m_types.add({*number, archive.templates.size() - 1}, added);
+    return added;
+}
+
+Evaluated TreeBuilder::evaluate(const QString &expression, const VMVariableManager &manager, const QString &name)
+{
+    const auto find = [this, &manager](const QString &variable) {
+        if (manager.archive)
+            return scopeOf(*manager.archive).findVariable(variable);
+        m_names.update(manager);
+        return m_names.findVariable(manager, variable);
+    };
+    return evaluateExpression(expression, find, name);
+}
+
+const VMEnum *TreeBuilder::findEnum(const QString &name, const VMXMLArchive &archive)
+{
+    return scopeOf(archive).findEnum(name);
+}
+
+void TreeBuilder::addVariable(VMVariableManager &manager, const VMIntVar &variable)
+{
+    manager.addVar(variable);
+    m_names.update(manager);
+}
+
+const VMEnum &TreeBuilder::addEnum(VMVariableManager &manager, std::unique_ptr<VMEnum> newEnum)
+{
+    const VMEnum &added = *newEnum;
+    manager.addEnum(newEnum.release());
+    m_names.update(manager);
+    return added;
+}
+
+VMVariableManager &TreeBuilder::globalManagerOf(VMXMLArchive &archive)
+{
+    const VMRootArchive *root = archive.getRootArchive();
+    return root && root->memoryMap ? *root->memoryMap->globalVariables : *archive.variables;
+}
+
+Refusal TreeBuilder::countCopies(qint64 elements)
+{
+    m_copiedElements += elements;
+    if (m_copiedElements <= copiesAllowed())
+        return {};
+    return {&rules::tooManyCopies, {QString::number(copiesAllowed())}};
+}
+
+Refusal TreeBuilder::countText(qint64 characters)
+{
+    constexpr qint64 kCharactersPerElement = 200; // of the same size in memory
+    return countCopies(characters / kCharactersPerElement);
+}
+
+Refusal TreeBuilder::countCopyOf(const VMXMLElement &element)
+{
+    const TreeSize size = treeSizeOf(element);
+    if (size.depth > limits::kTypeDepth)
+        return {&rules::typesTooDeep, {QString::number(limits::kTypeDepth)}};
+    return countCopies(size.elements);
+}
+
+Refusal TreeBuilder::makeArray(std::unique_ptr<VMXMLElement> &element, const QString &name, int count,
+                               const QString &countExpression)
+{
+    const qint64 elements = treeSizeOf(*element).elements * qMax(count, 0);
+    if (elements > limits::kArrayElements)
+        return {&rules::arrayTooLarge, {name, QString::number(elements), QString::number(limits::kArrayElements)}};
+    if (Refusal refused = countCopies(elements))
+        return refused;
+    auto array = std::make_unique<VMArray>(name, element.get(), count, countExpression);
+    array->source = element->source;
+    element = std::move(array);
+    return {};
+}
+
+/// Takes up what the root holds already, as it does when a host adds to a tree of its own.
+void TreeBuilder::learnTree()
+{
+    if (std::exchange(m_knowsTree, true) || !m_root)
+        return;
+    for (VMXMLArchive *archive : std::as_const(m_root->xmlArchives)) {
+        const std::size_t number = m_numbers.size();
+        m_numbers.insert(archive, number);
+        const Identity identity = {archive->basePath, archive->relativeFileName};
+        if (!m_files.contains(identity))
+            m_files.insert(identity, archive);
+        for (std::size_t position = 0; position < archive->templates.size(); ++position)
+            m_types.add({number, position}, *archive->templates[position]);
+    }
+}
+
+const Scope &TreeBuilder::scopeOf(const VMXMLArchive &archive)
+{
+    if (m_scopeArchive != &archive) {
+        if (const VMVariableManager *globals = globalVariablesOf(archive))
+            m_names.update(*globals);
+        walkIncludes(archive, true, [this](const VMXMLArchive &included) {
+            m_names.update(*included.variables);
+            return false;
+        });
+        m_scope.emplace(m_names, archive);
+        m_scopeArchive = &archive;
+    }
+    return *m_scope;
+}
+
+qint64 TreeBuilder::copiesAllowed() const
+{
+    return limits::kCopiedElements + limits::kCopiesPerElement * m_declaredElements;
+}
+
+} // namespace veldmap

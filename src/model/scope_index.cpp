@@ -1,0 +1,85 @@
+#include "model/scope_index.h"
+
+#include "model/archive.h"
+#include "model/include_walk.h"
+#include "model/memory_map.h"
+#include "model/root_archive.h"
+
+namespace veldmap {
+
+ScopeIndex::ScopeIndex(const VMRootArchive &root)
+{
+    for (const VMXMLArchive *archive : root.xmlArchives)
+        update(*archive->variables);
+    if (root.memoryMap)
+        update(*root.memoryMap->globalVariables);
+}
+
+void ScopeIndex::update(const VMVariableManager &table)
+{
+    Names &names = m_tables[&table];
+    for (; names.rows < table.size(); ++names.rows)
+        names.lastRows.insert(table.at(names.rows).name, names.rows);
+    for (; names.enums < table.enums.size(); ++names.enums) {
+        const QString &name = table.enums[names.enums]->name;
+        if (!names.firstEnums.contains(name))
+            names.firstEnums.insert(name, names.enums);
+    }
+}
+
+const VMIntVar *ScopeIndex::findVariable(const VMVariableManager &table, const QString &name) const
+{
+    const auto names = m_tables.constFind(&table);
+    if (names == m_tables.cend())
+        return nullptr;
+    const auto row = names->lastRows.constFind(name);
+    return row == names->lastRows.cend() ? nullptr : &table.at(*row);
+}
+
+VMEnum *ScopeIndex::findEnum(const VMVariableManager &table, const QString &name) const
+{
+    const auto names = m_tables.constFind(&table);
+    if (names == m_tables.cend())
+        return nullptr;
+    const auto number = names->firstEnums.constFind(name);
+    return number == names->firstEnums.cend() ? nullptr : table.enums[*number].get();
+}
+
+Scope::Scope(const ScopeIndex &index, const VMXMLArchive &archive) : m_index(&index)
+{
+    if (const VMVariableManager *globals = globalVariablesOf(archive))
+        m_variableTables += globals;
+    // A table that was searched in vain would be so again.
+    const auto tablesOf = [&](bool lastFirst, QList<const VMVariableManager *> &tables) {
+        QSet<const VMXMLArchive *> listed;
+        walkIncludes(archive, lastFirst, [&](const VMXMLArchive &included) {
+            if (!listed.contains(&included)) {
+                listed.insert(&included);
+                tables += included.variables.get();
+            }
+            return false;
+        });
+    };
+    tablesOf(true, m_variableTables);
+    tablesOf(false, m_enumTables);
+}
+
+const VMIntVar *Scope::findVariable(const QString &name) const
+{
+    for (const VMVariableManager *table : m_variableTables) {
+        if (const VMIntVar *variable = m_index->findVariable(*table, name))
+            return variable;
+    }
+    return nullptr;
+}
+
+VMEnum *Scope::findEnum(const QString &name) const
+{
+    for (const VMVariableManager *table : m_enumTables) {
+        if (VMEnum *found = m_index->findEnum(*table, name))
+            return found;
+    }
+    return nullptr;
+}
+
+} // namespace veldmap
