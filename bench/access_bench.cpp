@@ -74,11 +74,14 @@ void complete(benchmark::State &state, const QString &directory)
 }
 
 const bool areRegistered = [] {
-    const QDir descriptions(QStringLiteral(DESCRIPTIONS_DIRECTORY));
-    for (const QString &chip : descriptions.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name)) {
-        const QString directory = descriptions.filePath(chip);
-        benchmark::RegisterBenchmark(("LookUp/" + chip.toStdString()).c_str(), lookUp, directory);
-        benchmark::RegisterBenchmark(("Complete/" + chip.toStdString()).c_str(), complete, directory);
+    for (const QString &folder : QStringLiteral(CHIP_DIRECTORIES).split(u':', Qt::SkipEmptyParts)) {
+        for (const QString &chip : QDir(folder).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name)) {
+            const QString directory = QDir(folder).filePath(chip);
+            if (!QFile::exists(directory + u"/facts.json"_s))
+                continue;
+            benchmark::RegisterBenchmark(("LookUp/" + chip.toStdString()).c_str(), lookUp, directory);
+            benchmark::RegisterBenchmark(("Complete/" + chip.toStdString()).c_str(), complete, directory);
+        }
     }
     return true;
 }();

@@ -10,15 +10,12 @@ What comments hold is markup of the description, and only has to be balanced.
 
 import html.parser
 import json
-import os
 import re
-import unittest
 from pathlib import Path
 
 import support
-from support import options, run
+from support import run
 
-HERE = Path(__file__).resolve().parent
 VOID = {"br", "hr", "link"}
 MARGIN = re.compile(r"margin-left:(\d+)px")
 STRUCTURES = ("struct", "array")
@@ -250,21 +247,15 @@ class Site(support.Case):
 
 
 def find_sites():
-    """Makes the test classes. The folder of the real chips comes from the command line, the environment or its usual
-    place."""
-    examples = HERE.parents[1] / "examples"
-    roots = {"example_chip": ("--chip", examples / "soc.xml"), "example_soft": ("--soft", examples / "firmware.xml")}
-    folder = options.descriptions or os.environ.get("VELDMAP_DESCRIPTIONS") or HERE.parents[2] / "shared/descriptions"
-    chips = sorted(path.parent for path in Path(folder).glob("*/facts.json"))
-    for chip in chips:
-        roots[chip.name] = ("--chip", chip.resolve() / json.loads((chip / "facts.json").read_text())["root"])
+    """Makes the test classes."""
+    roots = {"example_chip": ("--chip", support.EXAMPLES / "soc.xml"),
+             "example_soft": ("--soft", support.EXAMPLES / "firmware.xml")}
+    for chip in support.chips():
+        roots[chip.name] = ("--chip", chip / json.loads((chip / "facts.json").read_text())["root"])
     for name, root in roots.items():
         globals()[name] = type(name, (Site,), {"root": root, "__module__": "__main__"})
     globals().pop("Site")                       # the pattern for the others is no test itself
-    if not chips:
-        globals()["real_chips"] = unittest.skip(f"no descriptions of real chips in {folder}")(
-            type("real_chips", (support.Case,), {"test_links": lambda self: None, "__module__": "__main__"}))
 
 
 if __name__ == "__main__":
-    support.main(__doc__.splitlines()[0], [("--descriptions", {"metavar": "DIR"})], find_sites)
+    support.main(__doc__.splitlines()[0], prepare=find_sites)

@@ -372,15 +372,11 @@ class Chip(support.Case):
 
 
 def find_chips():
-    """Makes the test classes. The folder comes from the command line, the environment or its usual place."""
-    folder = options.descriptions or os.environ.get("VELDMAP_DESCRIPTIONS") or HERE.parents[2] / "shared/descriptions"
-    chips = sorted(path.parent for path in Path(folder).glob("*/facts.json"))
-    if not chips:
-        support.skip(f"no descriptions of real chips in {folder}")
-    for chip in chips:
-        globals()[chip.name] = type(chip.name, (Chip,), {"folder_of_chip": chip.resolve(), "__module__": "__main__"})
+    """Makes the test classes."""
+    for chip in support.chips():
+        globals()[chip.name] = type(chip.name, (Chip,), {"folder_of_chip": chip, "__module__": "__main__"})
     globals().pop("Chip")                       # the pattern for the others is no test itself
 
 
 if __name__ == "__main__":
-    support.main(__doc__.splitlines()[0], [("--descriptions", {"metavar": "DIR"})], find_chips)
+    support.main(__doc__.splitlines()[0], prepare=find_chips)

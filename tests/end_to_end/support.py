@@ -17,6 +17,8 @@ from typing import NamedTuple
 SKIPPED = 77                                    # what the test driver takes as "not run"
 MESSAGE = re.compile(r"(.+:\d+:\d+: )?(error|warning): .+")
 
+EXAMPLES = Path(__file__).resolve().parents[2] / "examples"
+
 options = argparse.Namespace()                  # the command line of the test, filled in by main()
 
 
@@ -44,6 +46,13 @@ def run(*arguments, give_up=300, environment=None, program=None, folder=None):
         out.seek(0)
         err.seek(0)
         return Run(process.returncode, out.read().decode(), err.read().decode(), seconds, usage.ru_maxrss / 1024)
+
+
+def chips():
+    """The folders that hold a real chip and facts about it: the one among the examples, and those of --descriptions."""
+    folders = [EXAMPLES, *([Path(options.descriptions)] if options.descriptions else [])]
+    found = {path.parent.name: path.parent.resolve() for folder in folders for path in folder.glob("*/facts.json")}
+    return [found[name] for name in sorted(found)]
 
 
 def archive(*lines):
@@ -116,6 +125,7 @@ def main(description, arguments=(), prepare=lambda: None):
     """Reads the command line into options, runs the tests of the calling file, and leaves with their status."""
     parser = argparse.ArgumentParser(description=description)
     parser.add_argument("--veldmap", required=True, metavar="PATH", help="the program under test")
+    parser.add_argument("--descriptions", metavar="DIR", help="further real chips, with facts beside them")
     for name, settings in arguments:
         parser.add_argument(name, **settings)
     _, rest = parser.parse_known_args(namespace=options)
