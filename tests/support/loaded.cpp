@@ -51,5 +51,21 @@ void expectGolden(const QString &name, const QString &text)
     const QString path = QStringLiteral(GOLDEN_DIRECTORY "/") + name;
     if (qEnvironmentVariableIsSet("UPDATE_GOLDEN"))
         writeFile(path, text.toUtf8());
-    EXPECT_EQ(readFile(path), text) << "in " << path.toStdString();
+    EXPECT_EQ(readFile(path).toStdString(), text.toStdString()) << "in " << path.toStdString();
+}
+
+void expectCases(const QString &name, const Answer &answer, const QString &frame)
+{
+    QStringList cases = readFile(QStringLiteral(GOLDEN_DIRECTORY "/") + name).split(u"\n----------\n"_s);
+    for (QString &text : cases) {
+        const QStringList parts = text.split(u"\n=> "_s);
+        const Loaded soc = Loaded::archive(frame.arg(parts.first()));
+        text = parts.first();
+        for (const QString &part : parts.sliced(1)) {
+            const QString question = part.section(u'\n', 0, 0);
+            text += u"\n=> "_s + question + u'\n' +
+                    (soc.isLoaded() ? answer(soc, question.split(u' ')) : soc.errors.join(u'\n'));
+        }
+    }
+    expectGolden(name, cases.join(u"\n----------\n"_s));
 }

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <ostream>
 #include <utility>
 #include <vector>
@@ -63,3 +64,11 @@ QString readFile(const QString &path);
 
 /// Expects \a text to equal the golden file \a name; UPDATE_GOLDEN=1 writes it instead.
 void expectGolden(const QString &name, const QString &text);
+
+/// The answer to a question, in words, about a description.
+using Answer = std::function<QString(const Loaded &soc, const QStringList &words)>;
+
+/// Expects of each case in the golden file \a name that its questions have the answers that stand there. A case is the
+/// content of an archive, or what replaces %1 in \a frame; a question is a line behind "=> ", and a line of dashes ends
+/// a case. UPDATE_GOLDEN=1 writes the answers anew.
+void expectCases(const QString &name, const Answer &answer, const QString &frame = QStringLiteral("%1"));
