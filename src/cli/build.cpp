@@ -2,33 +2,30 @@
 #include "cli/description.h"
 #include "cli/docs.h"
 #include "cli/headers.h"
-#include "cli/messages.h"
+#include "cli/program_rules.h"
+#include "cli/session.h"
 #include "cli/vhdl.h"
-#include "model/memory_map.h"
-
-using namespace Qt::StringLiterals;
 
 namespace veldmap::cli {
 
-ExitStatus build(const Options &options)
+ExitStatus build(const Options &options, Session &session)
 {
     if (options.headersDirectory.isEmpty() && options.vhdlDirectory.isEmpty() && options.docsDirectory.isEmpty()) {
-        printError(u"Nothing is asked for: name directories with --headers, --vhdl or --docs."_s);
+        session.messages.tell(rules::kNothingAsked);
         return kWrongUsage;
     }
-    if (!options.vhdlDirectory.isEmpty() && !requireChip(options))
+    if (!options.vhdlDirectory.isEmpty() && !requireChip(options, session.messages))
         return kWrongUsage;
-    VMMemoryMap &map = processMemoryMap();
-    if (!loadDescriptions(options, map))
+    if (!loadDescriptions(options, session))
         return kFailed;
     // What can be written is, also when something before it could not be.
     bool written = true;
     if (!options.headersDirectory.isEmpty())
-        written = writeAllHeaders(map, options.headersDirectory) && written;
+        written = writeAllHeaders(session, options.headersDirectory) && written;
     if (!options.vhdlDirectory.isEmpty())
-        written = writePackages(map, options.vhdlDirectory) && written;
+        written = writePackages(session, options.vhdlDirectory) && written;
     if (!options.docsDirectory.isEmpty())
-        written = writeSites(map, options.docsDirectory) && written;
+        written = writeSites(session, options.docsDirectory) && written;
     return written ? kDone : kFailed;
 }
 

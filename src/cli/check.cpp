@@ -1,13 +1,11 @@
 #include "cli/commands.h"
 #include "cli/description.h"
-#include "model/memory_map.h"
 
 namespace veldmap::cli {
 
-ExitStatus check(const Options &options)
+ExitStatus check(const Options &options, Session &session)
 {
-    VMMemoryMap &map = processMemoryMap();
-    return loadDescriptions(options, map) ? kDone : kFailed;
+    return loadDescriptions(options, session) ? kDone : kFailed;
 }
 
 } // namespace veldmap::cli

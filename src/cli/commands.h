@@ -5,16 +5,18 @@
 /// One function for each command: it loads what it needs, calls one operation of the library, and reports.
 namespace veldmap::cli {
 
-ExitStatus check(const Options &options);
-ExitStatus headers(const Options &options);
-ExitStatus docs(const Options &options);
-ExitStatus vhdl(const Options &options);
-ExitStatus build(const Options &options);
-ExitStatus tree(const Options &options);
-ExitStatus show(const Options &options);
-ExitStatus write(const Options &options);
-ExitStatus complete(const Options &options);
-ExitStatus eval(const Options &options);
-ExitStatus encrypt(const Options &options);
+struct Session;
+
+ExitStatus check(const Options &options, Session &session);
+ExitStatus headers(const Options &options, Session &session);
+ExitStatus docs(const Options &options, Session &session);
+ExitStatus vhdl(const Options &options, Session &session);
+ExitStatus build(const Options &options, Session &session);
+ExitStatus tree(const Options &options, Session &session);
+ExitStatus show(const Options &options, Session &session);
+ExitStatus write(const Options &options, Session &session);
+ExitStatus complete(const Options &options, Session &session);
+ExitStatus eval(const Options &options, Session &session);
+ExitStatus encrypt(const Options &options, Session &session);
 
 } // namespace veldmap::cli

@@ -1,8 +1,7 @@
 #include "access/completion.h"
 #include "cli/commands.h"
 #include "cli/description.h"
-#include "cli/messages.h"
-#include "model/memory_map.h"
+#include "cli/session.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -36,18 +35,18 @@ QJsonObject jsonOfEntry(const CXMLCompletionEntry &entry)
 
 } // namespace
 
-ExitStatus complete(const Options &options)
+ExitStatus complete(const Options &options, Session &session)
 {
-    VMMemoryMap &map = processMemoryMap();
-    if (!loadDescriptions(options, map))
+    if (!loadDescriptions(options, session))
         return kFailed;
     QString lines;
     QJsonArray objects;
-    for (const CXMLCompletionEntry &entry : map.getCompletionListFromPath(options.words.first())) {
+    for (const CXMLCompletionEntry &entry : session.map.getCompletionListFromPath(options.words.first())) {
         lines += lineOfEntry(entry);
         objects.append(jsonOfEntry(entry));
     }
-    return printResult(options.json ? QString::fromUtf8(QJsonDocument(objects).toJson()) : lines) ? kDone : kFailed;
+    const QByteArray text = options.json ? QJsonDocument(objects).toJson() : lines.toUtf8();
+    return printResult(text, session.messages) ? kDone : kFailed;
 }
 
 } // namespace veldmap::cli

@@ -1,8 +1,9 @@
 #include "cli/description.h"
 
-#include "cli/messages.h"
+#include "cli/library_messages.h"
+#include "cli/program_rules.h"
+#include "cli/session.h"
 #include "loading/memory_map_loader.h"
-#include "model/memory_map.h"
 
 using namespace Qt::StringLiterals;
 
@@ -10,31 +11,28 @@ namespace veldmap::cli {
 
 namespace {
 
-VMRootArchive *load(VMMemoryMap &map, const QString &path, bool chip)
+VMRootArchive *load(Session &session, const QString &path, bool chip)
 {
-    const int errorsBefore = errorCount();
-    VMRootArchive *root = VMMemoryMapLoader().loadRootArchiveFromFile(&map, path, onLog, onError, onWarning, chip);
+    const LibraryMessages library(session.messages);
+    const int errorsBefore = session.messages.errorCount();
+    VMRootArchive *root = VMMemoryMapLoader().loadRootArchiveFromFile(&session.map, path, library.onLog,
+                                                                      library.onError, library.onWarning, chip);
     // A file that can't be opened is only a warning of the library, and -q hides it.
-    if (!root && errorCount() == errorsBefore)
-        printError(u"%1 did not load."_s.arg(path));
+    if (!root && session.messages.errorCount() == errorsBefore)
+        session.messages.tell(rules::kNotLoaded, {path});
     return root;
 }
 
 } // namespace
 
-VMMemoryMap &processMemoryMap()
+bool loadDescriptions(const Options &options, Session &session)
 {
-    static VMMemoryMap *const map = std::make_unique<VMMemoryMap>().release();
-    return *map;
-}
-
-bool loadDescriptions(const Options &options, VMMemoryMap &map)
-{
+    VMMemoryMap &map = session.map;
     if (!options.chip.isEmpty())
-        map.chipRootArchive = load(map, options.chip, true);
+        map.chipRootArchive = load(session, options.chip, true);
     if (!options.soft.isEmpty())
-        map.softRootArchive = load(map, options.soft, false);
-    clearProgress();
+        map.softRootArchive = load(session, options.soft, false);
+    session.messages.clearProgress();
     return (options.chip.isEmpty() || map.chipRootArchive) && (options.soft.isEmpty() || map.softRootArchive);
 }
 

@@ -2,9 +2,9 @@
 
 #include "cli/commands.h"
 #include "cli/description.h"
-#include "cli/messages.h"
+#include "cli/program_rules.h"
+#include "cli/session.h"
 #include "docsite/site.h"
-#include "model/memory_map.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -41,41 +41,41 @@ QString poolDirectory()
 }
 
 /// Writes the site of one root; false when a file could not be written.
-bool writeSite(const VMMemoryMap &map, const QString &directory, bool chip)
+bool writeSite(Session &session, const QString &directory, bool chip)
 {
     if (!QDir().mkpath(directory)) {
-        printError(u"The directory %1 can't be made."_s.arg(directory));
+        session.messages.tell(rules::kNoDirectory, {directory});
         return false;
     }
     const QString pool = poolDirectory();
-    const SiteReport report = writeDocumentation(
-        map, directory, chip, pool, [](const QString &file) { showProgress(u"Writing %1..."_s.arg(file)); });
-    clearProgress();
+    const SiteReport report = writeDocumentation(session.map, directory, chip, pool, [&](const QString &file) {
+        session.messages.showProgress(u"Writing %1..."_s.arg(file));
+    });
+    session.messages.clearProgress();
     for (const QString &name : report.overwritten)
-        printWarning(u"%1/%2.html shows the last of several instances of that name."_s.arg(directory, name));
+        session.messages.tell(rules::kOverwritten, {directory, name});
     if (!report.missing.isEmpty())
-        printError(u"%1 is not complete, since %2 lacks: %3"_s.arg(directory, pool, report.missing.join(", "_L1)));
+        session.messages.tell(rules::kIncomplete, {directory, pool, report.missing.join(", "_L1)});
     for (const FailedFile &file : report.failed)
-        printError(u"%1 can't be written: %2"_s.arg(file.path, file.reason));
+        session.messages.tell(rules::kNotWritten, {file.path, file.reason});
     if (!report.unreached.isEmpty())
-        printError(u"The pages behind it are not written: %1"_s.arg(report.unreached.join(", "_L1)));
+        session.messages.tell(rules::kUnreached, {report.unreached.join(", "_L1)});
     return report.failed.isEmpty() && report.missing.isEmpty();
 }
 
 } // namespace
 
-bool writeSites(const VMMemoryMap &map, const QString &directory)
+bool writeSites(Session &session, const QString &directory)
 {
-    return writeEachRoot(map, directory,
-                         [&map](const QString &ofRoot, bool chip) { return writeSite(map, ofRoot, chip); });
+    return writeEachRoot(session.map, directory,
+                         [&session](const QString &ofRoot, bool chip) { return writeSite(session, ofRoot, chip); });
 }
 
-ExitStatus docs(const Options &options)
+ExitStatus docs(const Options &options, Session &session)
 {
-    VMMemoryMap &map = processMemoryMap();
-    if (!loadDescriptions(options, map))
+    if (!loadDescriptions(options, session))
         return kFailed;
-    return writeSites(map, options.outputDirectory) ? kDone : kFailed;
+    return writeSites(session, options.outputDirectory) ? kDone : kFailed;
 }
 
 } // namespace veldmap::cli

@@ -1,19 +1,18 @@
 #include "cli/commands.h"
-#include "cli/messages.h"
+#include "cli/library_messages.h"
+#include "cli/program_rules.h"
+#include "cli/session.h"
 #include "container/container.h"
-
-using namespace Qt::StringLiterals;
 
 namespace veldmap::cli {
 
-ExitStatus encrypt(const Options &options)
+ExitStatus encrypt(const Options &options, Session &session)
 {
-    if (!encryptXMLDocument(options.source, options.destination, onLog, onError, onWarning))
+    const LibraryMessages library(session.messages);
+    if (!encryptXMLDocument(options.source, options.destination, library.onLog, library.onError, library.onWarning))
         return kFailed;
     if (usesDevelopmentKey())
-        printWarning(
-            u"%1 keeps nothing secret: this veldmap was built with the development key, which everybody has."_s.arg(
-                options.destination));
+        session.messages.tell(rules::kDevelopmentKey, {options.destination});
     return kDone;
 }
 

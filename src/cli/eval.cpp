@@ -1,11 +1,11 @@
 #include "cli/commands.h"
 #include "cli/description.h"
-#include "cli/messages.h"
-#include "text/literals.h"
+#include "cli/session.h"
 #include "expression/evaluator.h"
 #include "model/archive.h"
-#include "model/memory_map.h"
+#include "model/evaluation_errors.h"
 #include "model/root_archive.h"
+#include "text/literals.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -16,27 +16,6 @@ using namespace Qt::StringLiterals;
 namespace veldmap::cli {
 
 namespace {
-
-/// What an error code of the evaluator means to its user.
-QString errorText(int code)
-{
-    switch (code) {
-    case cexev::CExEv::kErrorToken:
-        return u"a character or literal that has no meaning here"_s;
-    case cexev::CExEv::kErrorMemory:
-        return u"out of memory"_s;
-    case cexev::CExEv::kErrorIdentifier:
-        return u"a name that is not known"_s;
-    case cexev::CExEv::kErrorSyntax:
-        return u"something stands where it may not stand"_s;
-    case cexev::CExEv::kErrorCall:
-    case cexev::CExEv::kErrorUnary:
-        return u"an operation that these values do not allow"_s;
-    case cexev::CExEv::kErrorParenthesis:
-        return u"a parenthesis is left open"_s;
-    }
-    return u"error %1"_s.arg(code);
-}
 
 QJsonObject jsonOf(const variant::Variant &value)
 {
@@ -62,7 +41,7 @@ QJsonObject jsonOf(const variant::Variant &value)
 /// Evaluates expressions and gathers their values for printing.
 class Evaluation {
 public:
-    explicit Evaluation(cexev::CExEvCtx &context) : m_evaluator(&context) {}
+    Evaluation(cexev::CExEvCtx &context, Messages &messages) : m_evaluator(&context), m_messages(messages) {}
 
     void evaluate(const QString &expression)
     {
@@ -70,7 +49,7 @@ public:
         const int error =
             m_evaluator.evalExpression(hexadecimalPreparseExpression(expression).toUtf8().constData(), value);
         if (error != 0) {
-            printError(u"'%1' has no value: %2"_s.arg(expression, errorText(error)));
+            m_messages.take(evaluationError(expression, error));
             m_values.append(QJsonObject{{u"error"_s, error}});
             m_complete = false;
             return;
@@ -83,13 +62,14 @@ public:
 
     bool print(bool json) const
     {
-        return printResult(json ? QString::fromUtf8(QJsonDocument(m_values).toJson()) : m_lines);
+        return printResult(json ? QJsonDocument(m_values).toJson() : m_lines.toUtf8(), m_messages);
     }
 
     bool isComplete() const { return m_complete; }
 
 private:
     cexev::CExEv m_evaluator;
+    Messages &m_messages;
     QJsonArray m_values;
     QString m_lines;
     bool m_complete = true;
@@ -97,15 +77,15 @@ private:
 
 } // namespace
 
-ExitStatus eval(const Options &options)
+ExitStatus eval(const Options &options, Session &session)
 {
-    VMMemoryMap &map = processMemoryMap();
-    if (!loadDescriptions(options, map))
+    if (!loadDescriptions(options, session))
         return kFailed;
+    const VMMemoryMap &map = session.map;
     CXMLVarCtx plainContext;
     const VMRootArchive *root = map.chipRootArchive ? map.chipRootArchive : map.softRootArchive;
     ScopeContext scope(root ? *root->xmlArchives.first()->variables : *map.globalVariables);
-    Evaluation evaluation(root ? static_cast<cexev::CExEvCtx &>(scope) : plainContext);
+    Evaluation evaluation(root ? static_cast<cexev::CExEvCtx &>(scope) : plainContext, session.messages);
     for (const QString &expression : options.words)
         evaluation.evaluate(expression);
     const bool printed = evaluation.print(options.json);

@@ -2,10 +2,10 @@
 
 #include "cli/commands.h"
 #include "cli/description.h"
-#include "cli/messages.h"
+#include "cli/program_rules.h"
+#include "cli/session.h"
 #include "headers/header_files.h"
 #include "headers/trace.h"
-#include "model/memory_map.h"
 
 #include <QDir>
 
@@ -16,39 +16,38 @@ namespace veldmap::cli {
 namespace {
 
 /// Writes the headers of one root; false when a file could not be written.
-bool writeHeaders(const VMMemoryMap &map, const QString &directory, bool chip)
+bool writeHeaders(Session &session, const QString &directory, bool chip)
 {
     if (!QDir().mkpath(directory)) {
-        printError(u"The directory %1 can't be made."_s.arg(directory));
+        session.messages.tell(rules::kNoDirectory, {directory});
         return false;
     }
-    const GenerationReport report =
-        writeCHeaders(map, directory, chip, [](const QString &file) { showProgress(u"Writing %1..."_s.arg(file)); });
-    clearProgress();
+    const GenerationReport report = writeCHeaders(session.map, directory, chip, [&](const QString &file) {
+        session.messages.showProgress(u"Writing %1..."_s.arg(file));
+    });
+    session.messages.clearProgress();
     for (const QString &file : report.outside)
-        printWarning(
-            u"%1 lies outside %2, as its description lies outside the directory of the root."_s.arg(file, directory));
+        session.messages.tell(rules::kOutside, {file, directory});
     for (const FailedFile &file : report.failed)
-        printError(u"%1 can't be written: %2"_s.arg(file.path, file.reason));
+        session.messages.tell(rules::kNotWritten, {file.path, file.reason});
     return report.failed.isEmpty();
 }
 
 } // namespace
 
-bool writeAllHeaders(const VMMemoryMap &map, const QString &directory)
+bool writeAllHeaders(Session &session, const QString &directory)
 {
     const TraceRedirection noTrace(nullptr);
-    return writeEachRoot(map, directory,
-                         [&map](const QString &ofRoot, bool chip) { return writeHeaders(map, ofRoot, chip); });
+    return writeEachRoot(session.map, directory,
+                         [&session](const QString &ofRoot, bool chip) { return writeHeaders(session, ofRoot, chip); });
 }
 
-ExitStatus headers(const Options &options)
+ExitStatus headers(const Options &options, Session &session)
 {
-    VMMemoryMap &map = processMemoryMap();
-    map.skipUpToDate = options.skipUpToDate;
-    if (!loadDescriptions(options, map))
+    session.map.skipUpToDate = options.skipUpToDate;
+    if (!loadDescriptions(options, session))
         return kFailed;
-    return writeAllHeaders(map, options.outputDirectory) ? kDone : kFailed;
+    return writeAllHeaders(session, options.outputDirectory) ? kDone : kFailed;
 }
 
 } // namespace veldmap::cli

@@ -1,6 +1,7 @@
 #include "cli/options.h"
+#include "cli/session.h"
 
-#include <cstdlib> // says whether the C library is glibc
+#include <cstdlib> // also says whether the C library is glibc
 
 #ifdef __GLIBC__
 #include <malloc.h>
@@ -25,5 +26,7 @@ void keepFreedMemory()
 int main(int argc, char **argv)
 {
     keepFreedMemory();
-    return veldmap::cli::runCommandLine(argc, argv);
+    veldmap::cli::Session session;
+    // The tree ends with the process: to take a million elements apart would only delay it.
+    std::exit(veldmap::cli::runCommandLine(argc, argv, session));
 }

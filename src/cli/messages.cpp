@@ -1,7 +1,6 @@
 #include "cli/messages.h"
 
-#include <QElapsedTimer>
-#include <QRegularExpression>
+#include "cli/program_rules.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -15,30 +14,8 @@ namespace veldmap::cli {
 
 namespace {
 
-struct Level {
-    QLatin1StringView word;
-    QLatin1StringView colour; // as an escape sequence of terminals
-};
-constexpr Level kError = {"error"_L1, "\x1b[1;31m"_L1};
-constexpr Level kWarning = {"warning"_L1, "\x1b[1;35m"_L1};
-constexpr Level kLog = {"note"_L1, "\x1b[1;36m"_L1};
 constexpr QLatin1StringView kColourEnd = "\x1b[0m"_L1;
-
-Verbosity verbosity = Verbosity::Normal;
-bool progressShown = false;
-int errors = 0;
-
-bool onTerminal()
-{
-    static const bool isTerminal = isatty(STDERR_FILENO) != 0;
-    return isTerminal;
-}
-
-bool useColours()
-{
-    static const char *const refused = std::getenv("NO_COLOR");
-    return onTerminal() && (!refused || *refused == '\0');
-}
+constexpr QLatin1StringView kLineClear = "\r\x1b[K"_L1;
 
 void writeError(const QString &text)
 {
@@ -46,97 +23,92 @@ void writeError(const QString &text)
     std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stderr);
 }
 
-void print(const Level &level, QString text)
+bool areColoursRefused()
 {
-    // soc.xml:3:17:Unvalid tag : 'reg' has a place, "Unable to open file soc.xml" has none.
-    static const QRegularExpression placed(u"^(.+?:\\d+:\\d+):(.*)$"_s, QRegularExpression::DotMatchesEverythingOption);
-    if (text.endsWith(u'\n'))
-        text.chop(1);
-    const QRegularExpressionMatch place = placed.match(text);
-    const QString word = useColours() ? level.colour + QString(level.word) + u':' + kColourEnd : level.word + u':';
-    clearProgress();
-    writeError(place.hasMatch() ? place.captured(1) + ": "_L1 + word + u' ' + place.captured(2) + u'\n'
-                                : word + u' ' + text + u'\n');
+    const char *const refused = std::getenv("NO_COLOR");
+    return refused && *refused != '\0';
 }
 
 } // namespace
 
-void setVerbosity(Verbosity newVerbosity)
+struct Messages::Level {
+    QLatin1StringView word;
+    QLatin1StringView colour; // as an escape sequence of terminals
+};
+
+Messages::Messages() : m_isTerminal(isatty(STDERR_FILENO) != 0), m_useColours(m_isTerminal && !areColoursRefused())
 {
-    verbosity = newVerbosity;
+    m_sinceStart.start();
 }
 
-void onLog(const char *text)
+void Messages::take(const Finding &finding)
 {
-    if (verbosity == Verbosity::Verbose)
-        print(kLog, QString::fromUtf8(text));
-    else
-        showProgress(QString::fromUtf8(text));
+    static constexpr Level kError = {"error"_L1, "\x1b[1;31m"_L1};
+    static constexpr Level kWarning = {"warning"_L1, "\x1b[1;35m"_L1};
+    static constexpr Level kNote = {"note"_L1, "\x1b[1;36m"_L1};
+    switch (finding.severity) {
+    case Severity::Error:
+        ++m_errors;
+        print(kError, finding);
+        break;
+    case Severity::Warning:
+        if (m_verbosity != Verbosity::Quiet)
+            print(kWarning, finding);
+        break;
+    case Severity::Note:
+        if (m_verbosity == Verbosity::Verbose)
+            print(kNote, finding);
+        else
+            showProgress(placedText(finding));
+        break;
+    }
 }
 
-void onError(const char *text)
+void Messages::print(const Level &level, const Finding &finding)
 {
-    printError(QString::fromUtf8(text));
+    QString text = finding.text();
+    if (text.endsWith(u'\n'))
+        text.chop(1);
+    const QString word = m_useColours ? level.colour + QString(level.word) + u':' + kColourEnd : level.word + u':';
+    const Place &place = finding.place;
+    const QString where = place.isNull() ? QString()
+                                         : place.file + u':' + QString::number(place.line) + u':' +
+                                               QString::number(place.column) + ": "_L1;
+    clearProgress();
+    writeError(where + word + u' ' + text + u'\n');
 }
 
-void onWarning(const char *text)
-{
-    printWarning(QString::fromUtf8(text));
-}
-
-void printError(const QString &text)
-{
-    ++errors;
-    print(kError, text);
-}
-
-void printWarning(const QString &text)
-{
-    if (verbosity != Verbosity::Quiet)
-        print(kWarning, text);
-}
-
-int errorCount()
-{
-    return errors;
-}
-
-void showProgress(const QString &text)
+void Messages::showProgress(const QString &text)
 {
     constexpr qint64 kLongJob = 500; // milliseconds
-    static const QElapsedTimer sinceStart = [] {
-        QElapsedTimer timer;
-        timer.start();
-        return timer;
-    }();
-    if (!onTerminal() || verbosity != Verbosity::Normal || sinceStart.elapsed() < kLongJob)
+    if (!m_isTerminal || m_verbosity != Verbosity::Normal || m_sinceStart.elapsed() < kLongJob)
         return;
     constexpr qsizetype kLineWidth = 79; // a longer line would not be gone at the end
-    writeError(u"\r\x1b[K"_s + text.left(kLineWidth));
+    writeError(kLineClear + text.left(kLineWidth));
     std::fflush(stderr);
-    progressShown = true;
+    m_isProgressShown = true;
 }
 
-void clearProgress()
+void Messages::clearProgress()
 {
-    if (progressShown)
-        writeError(u"\r\x1b[K"_s);
-    progressShown = false;
+    if (m_isProgressShown)
+        writeError(kLineClear);
+    m_isProgressShown = false;
 }
 
-bool printResult(const QString &text)
+bool printResult(const QString &text, Messages &messages)
 {
-    return printResult(text.toUtf8());
+    return printResult(text.toUtf8(), messages);
 }
 
-bool printResult(const QByteArray &bytes)
+bool printResult(const QByteArray &bytes, Messages &messages)
 {
-    clearProgress();
+    messages.clearProgress();
     const bool written = std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stdout) ==
                              static_cast<std::size_t>(bytes.size()) &&
                          std::fflush(stdout) == 0;
     if (!written)
-        printError(u"The standard output can't be written: %1"_s.arg(QString::fromLocal8Bit(std::strerror(errno))));
+        messages.tell(rules::kOutput, {QString::fromLocal8Bit(std::strerror(errno))});
     return written;
 }
 

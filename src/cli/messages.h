@@ -1,32 +1,50 @@
 #pragma once
 
+#include "findings/finding.h"
+
+#include <QElapsedTimer>
 #include <QString>
 
-/// Everything that the program tells its user beside its results, on the standard error.
 namespace veldmap::cli {
 
 /// How much is told: errors only, warnings too, or the log as well.
 enum class Verbosity { Quiet, Normal, Verbose };
-void setVerbosity(Verbosity verbosity);
 
-// The callbacks of a load. A message "FILE:LINE:COLUMN:TEXT" is printed as compilers do, "FILE:LINE:COLUMN: error:
-// TEXT"; one without a place as "error: TEXT".
-void onLog(const char *text);
-void onError(const char *text);
-void onWarning(const char *text);
+/// Everything that the program tells its user beside its results, on the standard error.
+///
+/// A finding is printed as compilers do, "FILE:LINE:COLUMN: error: TEXT"; one without a place as "error: TEXT". Notes
+/// are what a long job is doing at the moment.
+class Messages final : public Sink {
+public:
+    Messages();
 
-void printError(const QString &text);
-void printWarning(const QString &text);
-/// How many errors were told so far.
-int errorCount();
+    void setVerbosity(Verbosity verbosity) { m_verbosity = verbosity; }
 
-/// Shows \a text as the state of a long job in one line of a terminal, which the next message or clearProgress() takes
-/// away. Elsewhere, and in a short job, nothing is shown.
-void showProgress(const QString &text);
-void clearProgress();
+    void take(const Finding &finding) override;
+    /// Takes a finding of \a rule that has no place.
+    void tell(const Rule &rule, const QStringList &arguments = {}) { take(Finding(rule, {}, arguments)); }
+    /// How many errors were told so far.
+    int errorCount() const { return m_errors; }
 
-/// Writes \a text to the standard output; false, with an error told, when it can't be written.
-[[nodiscard]] bool printResult(const QString &text);
-[[nodiscard]] bool printResult(const QByteArray &text);
+    /// Shows \a text as the state of a long job in one line of a terminal, which the next message or clearProgress()
+    /// takes away. Elsewhere, and in a short job, nothing is shown.
+    void showProgress(const QString &text);
+    void clearProgress();
+
+private:
+    struct Level;
+    void print(const Level &level, const Finding &finding);
+
+    QElapsedTimer m_sinceStart;
+    bool m_isTerminal;
+    bool m_useColours;
+    Verbosity m_verbosity = Verbosity::Normal;
+    bool m_isProgressShown = false;
+    int m_errors = 0;
+};
+
+/// Writes \a text to the standard output; false, with an error told to \a messages, when it can't be written.
+[[nodiscard]] bool printResult(const QString &text, Messages &messages);
+[[nodiscard]] bool printResult(const QByteArray &text, Messages &messages);
 
 } // namespace veldmap::cli

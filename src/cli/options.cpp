@@ -1,8 +1,9 @@
 #include "cli/options.h"
 
 #include "cli/commands.h"
-#include "cli/messages.h"
-#include "cli/numbers.h"
+#include "cli/program_rules.h"
+#include "cli/session.h"
+#include "text/literals.h"
 
 #include <CLI/CLI.hpp>
 
@@ -62,18 +63,18 @@ Options optionsOf(const Arguments &arguments)
 }
 
 /// Reads the image's address into \a options; false, with an error told, when it is no address.
-bool takeImage(const Arguments &arguments, Options &options)
+bool takeImage(const Arguments &arguments, Options &options, Messages &messages)
 {
     if (!arguments.imageFile)
         return true;
     if (arguments.imageFile->empty()) {
-        printError(u"The image has no name: --image takes a file."_s);
+        messages.tell(rules::kNoImageName);
         return false;
     }
     const QString address = QString::fromStdString(arguments.imageAddress);
     const std::optional<qint64> number = numberOf(address);
     if (!number || *number < 0 || *number > 0xFFFFFFFF) {
-        printError(u"'%1' is no address: --at takes a number of 32 bits."_s.arg(address));
+        messages.tell(rules::kNoAddress, {address});
         return false;
     }
     options.image = {QString::fromStdString(*arguments.imageFile), static_cast<quint32>(*number)};
@@ -91,7 +92,7 @@ constexpr qsizetype kAnyNumber = std::numeric_limits<qsizetype>::max();
 /// A command, and what it needs.
 struct Command {
     CLI::App *app;
-    ExitStatus (*run)(const Options &options);
+    ExitStatus (*run)(const Options &options, Session &session);
     bool needsRoot;
     Words words = kNoWords;
 };
@@ -263,47 +264,48 @@ bool isUnknownOption(const QString &word)
 
 /// Takes over the words that no option of \a command has taken. They are taken as they are; an option of CLI11 would
 /// read [1,2] as two values, and -(2) as options.
-bool takeWords(const Command &command, const std::vector<std::string> &words, Options &options)
+bool takeWords(const Command &command, const std::vector<std::string> &words, Options &options, Messages &messages)
 {
     for (const std::string &bytes : words) {
         const QString word = QString::fromStdString(bytes);
         if (options.words.size() == command.words.most || isUnknownOption(word)) {
-            printError(u"The argument %1 is not expected; 'veldmap %2 --help' shows which are."_s.arg(
-                word, QString::fromStdString(command.app->get_name())));
+            messages.tell(rules::kUnexpected, {word, QString::fromStdString(command.app->get_name())});
             return false;
         }
         options.words += word;
     }
     const bool isMissing = command.words.most > 0 && options.words.isEmpty();
     if (isMissing)
-        printError(u"No %1 is given."_s.arg(command.words.noun));
+        messages.tell(rules::kNoWord, {command.words.noun});
     return !isMissing;
 }
 
 ExitStatus runCommand(const std::vector<Command> &commands, const Arguments &arguments,
-                      const std::vector<std::string> &words)
+                      const std::vector<std::string> &words, Session &session)
 {
+    Messages &messages = session.messages;
     for (const Command &command : commands) {
         if (!command.app->parsed())
             continue;
         Options options = optionsOf(arguments);
-        if (!takeWords(command, words, options) || !takeImage(arguments, options))
+        if (!takeWords(command, words, options, messages) || !takeImage(arguments, options, messages))
             return kWrongUsage;
         if (command.needsRoot && !options.hasRoot()) {
-            printError(u"No description is given: name one with --chip FILE or --soft FILE."_s);
+            messages.tell(rules::kNoRoot);
             return kWrongUsage;
         }
-        return command.run(options);
+        return command.run(options, session);
     }
-    printError(words.empty() ? u"No command is given; 'veldmap --help' shows which there are."_s
-                             : u"There is no command %1; 'veldmap --help' shows which there are."_s.arg(
-                                   QString::fromStdString(words.front())));
+    if (words.empty())
+        messages.tell(rules::kNoCommand);
+    else
+        messages.tell(rules::kUnknownCommand, {QString::fromStdString(words.front())});
     return kWrongUsage;
 }
 
 } // namespace
 
-int runCommandLine(int argc, char **argv)
+int runCommandLine(int argc, char **argv, Session &session)
 {
     Arguments arguments;
     CLI::App app("From one description of a chip's registers and memory map, or of software data structures, to\n"
@@ -345,8 +347,8 @@ int runCommandLine(int argc, char **argv)
         return app.exit(end) == 0 ? kDone : kWrongUsage;
     }
     if (arguments.verbose || arguments.quiet)
-        setVerbosity(arguments.verbose ? Verbosity::Verbose : Verbosity::Quiet);
-    return runCommand(commands, arguments, app.remaining(true));
+        session.messages.setVerbosity(arguments.verbose ? Verbosity::Verbose : Verbosity::Quiet);
+    return runCommand(commands, arguments, app.remaining(true), session);
 }
 
 } // namespace veldmap::cli

@@ -7,6 +7,8 @@
 
 namespace veldmap::cli {
 
+struct Session;
+
 /// The exit status of the program.
 enum ExitStatus {
     kDone = 0,
@@ -42,6 +44,6 @@ struct Options {
 };
 
 /// Reads the command line and runs the command that it names; the exit status.
-int runCommandLine(int argc, char **argv);
+int runCommandLine(int argc, char **argv, Session &session);
 
 } // namespace veldmap::cli

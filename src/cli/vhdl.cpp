@@ -2,8 +2,8 @@
 
 #include "cli/commands.h"
 #include "cli/description.h"
-#include "cli/messages.h"
-#include "model/memory_map.h"
+#include "cli/program_rules.h"
+#include "cli/session.h"
 #include "vhdl/packages.h"
 
 #include <QDir>
@@ -12,37 +12,37 @@ using namespace Qt::StringLiterals;
 
 namespace veldmap::cli {
 
-bool requireChip(const Options &options)
+bool requireChip(const Options &options, Messages &messages)
 {
     if (options.chip.isEmpty())
-        printError(u"VHDL packages are those of a chip: name its description with --chip FILE."_s);
+        messages.tell(rules::kNoChip);
     return !options.chip.isEmpty();
 }
 
-bool writePackages(const VMMemoryMap &map, const QString &directory)
+bool writePackages(Session &session, const QString &directory)
 {
     if (!QDir().mkpath(directory)) {
-        printError(u"The directory %1 can't be made."_s.arg(directory));
+        session.messages.tell(rules::kNoDirectory, {directory});
         return false;
     }
-    const VhdlReport report =
-        writeVhdlPackages(map, directory, [](const QString &file) { showProgress(u"Writing %1..."_s.arg(file)); });
-    clearProgress();
+    const VhdlReport report = writeVhdlPackages(session.map, directory, [&](const QString &file) {
+        session.messages.showProgress(u"Writing %1..."_s.arg(file));
+    });
+    session.messages.clearProgress();
     for (const VhdlFinding &finding : report.findings)
-        printWarning(u"%1:0:0:%2"_s.arg(finding.file, finding.text)); // the tree knows no lines
+        session.messages.take(Finding(rules::kVhdl, {finding.file}, {finding.text}));
     for (const FailedFile &file : report.failed)
-        printError(u"%1 can't be written: %2"_s.arg(file.path, file.reason));
+        session.messages.tell(rules::kNotWritten, {file.path, file.reason});
     return report.failed.isEmpty();
 }
 
-ExitStatus vhdl(const Options &options)
+ExitStatus vhdl(const Options &options, Session &session)
 {
-    if (!requireChip(options))
+    if (!requireChip(options, session.messages))
         return kWrongUsage;
-    VMMemoryMap &map = processMemoryMap();
-    if (!loadDescriptions(options, map))
+    if (!loadDescriptions(options, session))
         return kFailed;
-    return writePackages(map, options.outputDirectory) ? kDone : kFailed;
+    return writePackages(session, options.outputDirectory) ? kDone : kFailed;
 }
 
 } // namespace veldmap::cli

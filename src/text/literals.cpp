@@ -1,8 +1,21 @@
 #include "text/literals.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
+
+struct Notation {
+    QLatin1StringView prefix;
+    int base;
+    bool (*isDigit)(QChar character);
+};
+constexpr Notation kNotations[] = {
+    {"0x"_L1, 16, veldmap::isHexDigit},
+    {"0b"_L1, 2, veldmap::isBinaryDigit},
+    {""_L1, 10, [](QChar character) { return character >= u'0' && character <= u'9'; }},
+};
 
 /// The number that a hexadecimal digit stands for.
 quint64 digitValue(QChar digit)
@@ -24,6 +37,20 @@ bool isHexDigit(QChar character)
 bool isBinaryDigit(QChar character)
 {
     return character == u'0' || character == u'1';
+}
+
+std::optional<qint64> numberOf(const QString &text)
+{
+    const bool isNegative = text.startsWith(u'-');
+    const QStringView unsignedText = QStringView(text).sliced(isNegative ? 1 : 0);
+    const auto notation = std::ranges::find_if(
+        kNotations, [&](const Notation &row) { return unsignedText.startsWith(row.prefix, Qt::CaseInsensitive); });
+    const QStringView digits = unsignedText.sliced(notation->prefix.size());
+    bool isNumber = std::ranges::all_of(digits, notation->isDigit); // toLongLong also takes prefixes and blanks
+    const qint64 number = isNumber ? digits.toLongLong(&isNumber, notation->base) : 0;
+    if (!isNumber)
+        return std::nullopt;
+    return isNegative ? -number : number;
 }
 
 qsizetype literalLength(QStringView text, qsizetype start, char16_t letter, bool (*isDigit)(QChar))

@@ -6,6 +6,8 @@
 
 #include <QString>
 
+#include <optional>
+
 /// Number literals of expressions. No text makes any of these fail.
 
 /// \a expression with its hexadecimal (0x1F) and binary (0b101) literals as decimal numbers, which are all that the
@@ -23,6 +25,10 @@ namespace veldmap {
 /// the digits of the notation that follow. A literal that continues a name or a number stays.
 template <typename Replacement>
 QString replaceLiterals(const QString &text, char16_t letter, bool (*isDigit)(QChar), const Replacement &replacement);
+
+/// The number that \a text is where people write one by hand: decimal, 0x hexadecimal or 0b binary, with a "-" in front
+/// if it is negative. Nothing when it is none, or beyond 64 bits.
+VELDMAP_EXPORT std::optional<qint64> numberOf(const QString &text);
 
 VELDMAP_EXPORT bool isHexDigit(QChar character);
 VELDMAP_EXPORT bool isBinaryDigit(QChar character);

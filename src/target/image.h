@@ -1,5 +1,7 @@
 #pragma once
 
+#include "veldmap_export.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -8,26 +10,31 @@
 class VMValuable;
 class VMXMLElement;
 
-namespace veldmap::cli {
+namespace veldmap {
+
+class Sink;
 
 /// The bytes of a file, as the target's memory from an address on. What lies beyond the 32-bit address space is never
-/// reached.
-class TargetImage {
+/// reached. Values are stored in the tree; the file changes with save() alone.
+class VELDMAP_EXPORT TargetImage {
 public:
-    /// The image in the file \a path. Nothing, with an error told, when it can't be read.
-    static std::optional<TargetImage> open(const QString &path, quint32 address);
+    /// The image in the file \a path. Nothing when it can't be read; \a sink then hears why.
+    static std::optional<TargetImage> open(const QString &path, quint32 address, Sink &sink);
 
     /// Whether all bytes of \a element lie in the image.
     bool holds(const VMXMLElement &element) const;
     /// Takes the value of \a valuable from the image. False, and its read error set, when it does not lie there whole.
     bool read(VMValuable &valuable) const;
+    /// Takes the values of \a element and of all that it holds, behind the pointers that lead to it. What does not lie
+    /// in the image has a read error afterwards; all has one when a pointer on the way does not lie there.
+    void readAll(VMXMLElement &element) const;
     /// Puts the value of \a valuable, which the image holds, into it.
     void write(const VMValuable &valuable);
     /// Reads the pointers by which \a element is reached, the outermost first, so that it gets its address. False when
     /// one of them does not lie in the image: nobody knows then where the element is.
     bool followPointersTo(const VMXMLElement &element) const;
-    /// Puts the bytes in the place of the file in one step; false, with an error told, when that is not possible.
-    [[nodiscard]] bool save() const;
+    /// Puts the bytes in the place of the file in one step. False when that is not possible; \a sink then hears why.
+    [[nodiscard]] bool save(Sink &sink) const;
 
     /// The image as messages name it: its file and addresses.
     QString description() const;
@@ -40,4 +47,4 @@ private:
     QByteArray m_bytes;
 };
 
-} // namespace veldmap::cli
+} // namespace veldmap

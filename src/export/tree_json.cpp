@@ -1,10 +1,7 @@
-#include "cli/tree_json.h"
+#include "export/tree_json.h"
 
-#include "model/aggregates.h"
-#include "model/archive.h"
 #include "model/memory_map.h"
-#include "model/pointer.h"
-#include "model/root_archive.h"
+#include "model/visit.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -14,7 +11,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace veldmap::cli {
+namespace veldmap {
 
 namespace {
 
@@ -122,34 +119,35 @@ private:
     bool m_isFirst = true;
 };
 
-void addValuable(QJsonObject &object, const VMValuable &valuable)
-{
-    object[u"access"_s] = valuable.getProtectString();
-    object[u"display"_s] = displayWord(valuable.displayType);
-    object[u"enumTemplate"_s] = valuable.enumTemplate;
-    object[u"low"_s] = valuable.lowName;
-    object[u"high"_s] = valuable.highName;
-    object[u"physicalName"_s] = valuable.physicalName;
-    object[u"bitFields"_s] = listOf(valuable.bitFields, [](const auto &field) { return plainFieldJson(*field); });
-    object[u"bitGroups"_s] = listOf(valuable.bitGroups, [](const auto &group) { return groupJson(*group); });
-}
+/// Adds what elements of one kind have beside the others, but for the elements inside.
+struct KindDetails {
+    QJsonObject &object;
 
-/// Adds what elements of the kind of \a element have beside the others, but for the elements inside.
-void addKindDetails(QJsonObject &object, const VMXMLElement &element)
-{
-    if (const auto *valuable = elementCast<VMValuable>(&element))
-        addValuable(object, *valuable);
-    if (const auto *pointer = elementCast<VMPointer>(&element))
-        object[u"pointedType"_s] = pointer->pointedType;
-    if (const auto *structure = elementCast<VMStruct>(&element))
-        object[u"isTypedef"_s] = structure->isTypedef != 0;
-    if (const auto *array = elementCast<VMArray>(&element)) {
-        object[u"count"_s] = array->declaredCount;
-        object[u"countExpression"_s] = array->countExpression;
+    void operator()(const VMValuable &valuable) const
+    {
+        object[u"access"_s] = valuable.getProtectString();
+        object[u"display"_s] = displayWord(valuable.displayType);
+        object[u"enumTemplate"_s] = valuable.enumTemplate;
+        object[u"low"_s] = valuable.lowName;
+        object[u"high"_s] = valuable.highName;
+        object[u"physicalName"_s] = valuable.physicalName;
+        object[u"bitFields"_s] = listOf(valuable.bitFields, [](const auto &field) { return plainFieldJson(*field); });
+        object[u"bitGroups"_s] = listOf(valuable.bitGroups, [](const auto &group) { return groupJson(*group); });
     }
-    if (const auto *hole = elementCast<VMHole>(&element))
-        object[u"bits"_s] = hole->holeBits;
-}
+    void operator()(const VMPointer &pointer) const
+    {
+        (*this)(static_cast<const VMValuable &>(pointer));
+        object[u"pointedType"_s] = pointer.pointedType;
+    }
+    void operator()(const VMStruct &structure) const { object[u"isTypedef"_s] = structure.isTypedef != 0; }
+    void operator()(const VMArray &array) const
+    {
+        object[u"count"_s] = array.declaredCount;
+        object[u"countExpression"_s] = array.countExpression;
+    }
+    void operator()(const VMHole &hole) const { object[u"bits"_s] = hole.holeBits; }
+    void operator()(const VMXMLElement &) const {}
+};
 
 QJsonObject plainElementJson(const VMXMLElement &element)
 {
@@ -168,7 +166,7 @@ QJsonObject plainElementJson(const VMXMLElement &element)
         {u"size"_s, unsignedNumber(element.sizeOf())},
         {u"align"_s, unsignedNumber(element.getAlignConstraint())},
     };
-    addKindDetails(object, element);
+    visit(element, KindDetails{object});
     return object;
 }
 
@@ -176,13 +174,15 @@ void writeElement(const VMXMLElement &element, JsonWriter &json)
 {
     json.open(plainElementJson(element));
     const auto writeMember = [&](const auto &member) { writeElement(*member, json); };
-    if (const auto *structure = elementCast<VMStruct>(&element))
-        json.list("members", structure->memberList, writeMember);
-    if (const auto *array = elementCast<VMArray>(&element)) {
-        json.key("prototype");
-        writeElement(*array->prototype, json);
-        json.list("members", array->memberList, writeMember);
-    }
+    visit(element, Overloads{
+                       [&](const VMStruct &structure) { json.list("members", structure.memberList, writeMember); },
+                       [&](const VMArray &array) {
+                           json.key("prototype");
+                           writeElement(*array.prototype, json);
+                           json.list("members", array.memberList, writeMember);
+                       },
+                       [](const VMXMLElement &) {},
+                   });
     json.close();
 }
 
@@ -251,20 +251,23 @@ void writeRoot(const VMRootArchive *root, JsonWriter &json)
 
 QJsonObject elementJson(const VMXMLElement &element)
 {
-    const auto *field = elementCast<VMBitField>(&element);
-    if (!field) {
-        QJsonObject object = plainElementJson(element);
-        if (const auto *array = elementCast<VMArray>(&element))
-            object[u"prototype"_s] = elementJson(*array->prototype);
-        return object;
-    }
-    QJsonObject object = plainFieldJson(*field);
-    object[u"path"_s] = field->getPath();
-    object[u"address"_s] = unsignedNumber(field->getBaseAddress());
-    return object;
+    return visit(element, Overloads{
+                              [](const VMBitField &field) {
+                                  QJsonObject object = plainFieldJson(field);
+                                  object[u"path"_s] = field.getPath();
+                                  object[u"address"_s] = unsignedNumber(field.getBaseAddress());
+                                  return object;
+                              },
+                              [](const VMArray &array) {
+                                  QJsonObject object = plainElementJson(array);
+                                  object[u"prototype"_s] = elementJson(*array.prototype);
+                                  return object;
+                              },
+                              [](const VMXMLElement &plain) { return plainElementJson(plain); },
+                          });
 }
 
-QByteArray jsonOf(const VMMemoryMap &map)
+QByteArray treeJson(const VMMemoryMap &map)
 {
     JsonWriter json;
     json.open({{u"globals"_s, listOf(*map.globalVariables, variableJson)}});
@@ -290,4 +293,4 @@ QString kindOf(const VMXMLElement &element)
     return kKinds[element.getType()];
 }
 
-} // namespace veldmap::cli
+} // namespace veldmap

@@ -1,9 +1,10 @@
-#include "cli/target_image.h"
+#include "target/image.h"
 
-#include "cli/messages.h"
 #include "files/file_writer.h"
+#include "findings/finding.h"
+#include "model/visit.h"
+#include "target/target_rules.h"
 #include "text/lines.h"
-#include "model/pointer.h"
 
 #include <QFile>
 #include <QList>
@@ -12,11 +13,28 @@
 
 using namespace Qt::StringLiterals;
 
-namespace veldmap::cli {
+namespace veldmap {
 
 namespace {
 
 constexpr qint64 kAddressSpace = Q_INT64_C(1) << 32; // bytes
+
+/// Reads all values of an element and of what it holds.
+struct ValueReader {
+    const TargetImage &image;
+
+    void operator()(VMValuable &valuable) const { image.read(valuable); }
+    void operator()(VMStruct &structure) const { readMembers(structure.memberList); }
+    void operator()(VMArray &array) const { readMembers(array.memberList); }
+    void operator()(VMXMLElement &) const {}
+
+    template <typename Members>
+    void readMembers(Members &members) const
+    {
+        for (auto &member : members)
+            visit(*member, *this);
+    }
+};
 
 } // namespace
 
@@ -25,14 +43,14 @@ TargetImage::TargetImage(const QString &path, quint32 address, QByteArray bytes)
 {
 }
 
-std::optional<TargetImage> TargetImage::open(const QString &path, quint32 address)
+std::optional<TargetImage> TargetImage::open(const QString &path, quint32 address, Sink &sink)
 {
     QFile file(path);
     QByteArray bytes;
     if (file.open(QIODevice::ReadOnly))
         bytes = file.readAll();
     if (file.error() != QFile::NoError) {
-        printError(u"%1 can't be read: %2"_s.arg(path, file.errorString()));
+        sink.take(Finding(target_rules::kUnreadable, {}, {path, file.errorString()}));
         return std::nullopt;
     }
     return TargetImage(path, address, std::move(bytes));
@@ -57,6 +75,15 @@ bool TargetImage::read(VMValuable &valuable) const
     return isHeld;
 }
 
+void TargetImage::readAll(VMXMLElement &element) const
+{
+    VMXMLElement &holder = elementCast<VMBitField>(&element) ? *element.parent : element;
+    if (followPointersTo(holder))
+        visit(holder, ValueReader{*this});
+    else
+        holder.setReadError(true);
+}
+
 void TargetImage::write(const VMValuable &valuable)
 {
     valuable.memGet(reinterpret_cast<unsigned char *>(m_bytes.data()) + (valuable.getBaseAddress() - m_address));
@@ -72,12 +99,12 @@ bool TargetImage::followPointersTo(const VMXMLElement &element) const
     return std::all_of(pointers.rbegin(), pointers.rend(), [this](VMPointer *pointer) { return read(*pointer); });
 }
 
-bool TargetImage::save() const
+bool TargetImage::save(Sink &sink) const
 {
     QString reason;
     const bool isWritten = writeWholeFile(m_path, m_bytes, reason);
     if (!isWritten)
-        printError(u"%1 can't be written: %2"_s.arg(m_path, reason));
+        sink.take(Finding(target_rules::kUnwritable, {}, {m_path, reason}));
     return isWritten;
 }
 
@@ -86,4 +113,4 @@ QString TargetImage::description() const
     return u"%1, which has %2 bytes from 0x%3 on"_s.arg(m_path, QString::number(m_bytes.size()), hex8(m_address));
 }
 
-} // namespace veldmap::cli
+} // namespace veldmap

@@ -1,16 +1,22 @@
-#include "cli/element_text.h"
+#include "export/tree_text.h"
 
+#include "model/memory_map.h"
+#include "model/visit.h"
 #include "text/lines.h"
-#include "model/aggregates.h"
-#include "model/valuable.h"
 
 using namespace Qt::StringLiterals;
 
-// UART0                                   0x40034000 uart, 20 bytes
-//   ctrl                                  0x40034000 Reg32 rw, 4 bytes
-//     speed                               3:1        rw reset 0
+// The tree as an engineer reads it:
+//
+//     chip soc
+//       file periph/uart.xml: UART
+//         UART_NB_CHAN = 2
+//         type uart, 20 bytes
+//       UART0                             0x40034000 uart, 20 bytes
+//         ctrl                            0x40034000 Reg32 rw, 4 bytes
+//           speed                         3:1        rw reset 0
 
-namespace veldmap::cli {
+namespace veldmap {
 
 namespace {
 
@@ -53,6 +59,37 @@ void appendNoted(QString &text, const QString &line, const QString &note)
         appendLine(text, line);
     else
         appendLine(text, line, Column{kNoteColumn}, note);
+}
+
+void appendVariable(const VMIntVar &variable, int level, QString &text)
+{
+    const QString right = variable.isRange ? " .. "_L1 + QString::number(variable.rightValue) : QString();
+    const bool isPlain = variable.leftExpression == QString::number(variable.leftValue);
+    text += lineOf(margin(level), variable.name, " = "_L1, variable.leftValue, right,
+                   isPlain || variable.isRange ? QString() : " ("_L1 + variable.leftExpression + u')');
+}
+
+void appendArchive(const VMXMLArchive &archive, QString &text)
+{
+    text += lineOf(margin(1), "file "_L1, archive.relativeFileName, archive.archiveComment.isEmpty() ? ""_L1 : ": "_L1,
+                   archive.archiveComment);
+    for (const VMIntVar &variable : *archive.variables) {
+        if (!variable.leftExpression.isEmpty())
+            appendVariable(variable, 2, text);
+    }
+    for (const auto &element : archive.templates)
+        text += lineOf(margin(2), "type "_L1, element->typedefName, ", "_L1, element->sizeOf(), " bytes"_L1);
+}
+
+void appendRoot(const VMRootArchive *root, QLatin1StringView word, QString &text)
+{
+    if (!root)
+        return;
+    text += lineOf(word, u" ", root->getName());
+    for (const VMXMLArchive *archive : root->xmlArchives)
+        appendArchive(*archive, text);
+    for (const auto &instance : root->instances)
+        appendElement(text, *instance, instance->getName(), 1, kAllLevels, OptionNotes());
 }
 
 } // namespace
@@ -103,14 +140,25 @@ void appendElement(QString &text, const VMXMLElement &element, const QString &na
         for (const auto &member : members)
             appendElement(text, *member, member->getName(), level + 1, depth - 1, notes);
     };
-    if (const auto *valuable = elementCast<VMValuable>(&element)) {
-        for (const auto &field : valuable->bitFields)
-            appendField(text, *field, level + 1, notes);
-    } else if (const auto *structure = elementCast<VMStruct>(&element)) {
-        appendMembers(structure->memberList);
-    } else if (const auto *array = elementCast<VMArray>(&element)) {
-        appendMembers(array->memberList);
-    }
+    visit(element, Overloads{
+                       [&](const VMValuable &valuable) {
+                           for (const auto &field : valuable.bitFields)
+                               appendField(text, *field, level + 1, notes);
+                       },
+                       [&](const VMStruct &structure) { appendMembers(structure.memberList); },
+                       [&](const VMArray &array) { appendMembers(array.memberList); },
+                       [](const VMXMLElement &) {},
+                   });
 }
 
-} // namespace veldmap::cli
+QString treeText(const VMMemoryMap &map)
+{
+    QString text;
+    for (const VMIntVar &variable : *map.globalVariables)
+        appendVariable(variable, 0, text);
+    appendRoot(map.chipRootArchive, "chip"_L1, text);
+    appendRoot(map.softRootArchive, "soft"_L1, text);
+    return text;
+}
+
+} // namespace veldmap

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "findings/rule.h"
+
+/// What the program itself has to say, beside what the library finds.
+namespace veldmap::cli::rules {
+
+using namespace Qt::StringLiterals;
+
+// of the command line
+inline constexpr Rule kNoCommand = {"no-command"_L1, Severity::Error,
+                                    u"No command is given; 'veldmap --help' shows which there are."};
+inline constexpr Rule kUnknownCommand = {"unknown-command"_L1, Severity::Error,
+                                         u"There is no command %1; 'veldmap --help' shows which there are."};
+inline constexpr Rule kUnexpected = {"unexpected-argument"_L1, Severity::Error,
+                                     u"The argument %1 is not expected; 'veldmap %2 --help' shows which are."};
+inline constexpr Rule kNoWord = {"missing-argument"_L1, Severity::Error, u"No %1 is given."};
+inline constexpr Rule kNoRoot = {"no-description"_L1, Severity::Error,
+                                 u"No description is given: name one with --chip FILE or --soft FILE."};
+inline constexpr Rule kNoChip = {"no-chip"_L1, Severity::Error,
+                                 u"VHDL packages are those of a chip: name its description with --chip FILE."};
+inline constexpr Rule kNothingAsked = {"nothing-asked"_L1, Severity::Error,
+                                       u"Nothing is asked for: name directories with --headers, --vhdl or --docs."};
+inline constexpr Rule kNoImageName = {"image-without-name"_L1, Severity::Error,
+                                      u"The image has no name: --image takes a file."};
+inline constexpr Rule kNoAddress = {"no-address"_L1, Severity::Error,
+                                    u"'%1' is no address: --at takes a number of 32 bits."};
+inline constexpr Rule kNoAssignment = {"no-assignment"_L1, Severity::Error,
+                                       u"'%1' does not say what to write: PATH=VALUE."};
+
+// of the run
+inline constexpr Rule kNotLoaded = {"not-loaded"_L1, Severity::Error, u"%1 did not load."};
+inline constexpr Rule kNoDirectory = {"no-directory"_L1, Severity::Error, u"The directory %1 can't be made."};
+inline constexpr Rule kOutput = {"output-unwritable"_L1, Severity::Error, u"The standard output can't be written: %1"};
+inline constexpr Rule kDevelopmentKey = {
+    "development-key"_L1, Severity::Warning,
+    u"%1 keeps nothing secret: this veldmap was built with the development key, which everybody has."};
+
+// of what is written
+inline constexpr Rule kNotWritten = {"not-written"_L1, Severity::Error, u"%1 can't be written: %2"};
+inline constexpr Rule kOutside = {"outside-directory"_L1, Severity::Warning,
+                                  u"%1 lies outside %2, as its description lies outside the directory of the root."};
+inline constexpr Rule kOverwritten = {"page-overwritten"_L1, Severity::Warning,
+                                      u"%1/%2.html shows the last of several instances of that name."};
+inline constexpr Rule kIncomplete = {"site-incomplete"_L1, Severity::Error, u"%1 is not complete, since %2 lacks: %3"};
+inline constexpr Rule kUnreached = {"pages-unreached"_L1, Severity::Error, u"The pages behind it are not written: %1"};
+inline constexpr Rule kVhdl = {"vhdl"_L1, Severity::Warning, u"%1"};
+
+} // namespace veldmap::cli::rules

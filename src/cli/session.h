@@ -1,0 +1,14 @@
+#pragma once
+
+#include "cli/messages.h"
+#include "model/memory_map.h"
+
+namespace veldmap::cli {
+
+/// One run of the program: what it loads and what it tells.
+struct Session {
+    Messages messages;
+    VMMemoryMap map;
+};
+
+} // namespace veldmap::cli
