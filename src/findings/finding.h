@@ -23,6 +23,8 @@ struct Finding {
     {
     }
 
+    explicit Finding(const Rule &&, const Place & = {}, const QStringList & = {}) = delete; // it would not live
+
     /// The rule's words with the arguments in their places; inserted text is not scanned again.
     VELDMAP_EXPORT QString text() const;
 };

@@ -37,8 +37,9 @@ constexpr Rule kOtherError = {"expression-error"_L1, Severity::Error, u"'%1' has
 Finding evaluationError(const QString &expression, int error)
 {
     const auto row = std::ranges::find(kEvaluationRules, error, &EvaluationRule::error);
-    return row == std::end(kEvaluationRules) ? Finding(kOtherError, {}, {expression, QString::number(error)})
-                                             : Finding(row->rule, {}, {expression});
+    if (row == std::end(kEvaluationRules))
+        return Finding(kOtherError, {}, {expression, QString::number(error)});
+    return Finding(row->rule, {}, {expression});
 }
 
 } // namespace veldmap
