@@ -1,5 +1,6 @@
 #include "export/tree_json.h"
 
+#include "model/kinds.h"
 #include "model/memory_map.h"
 #include "model/visit.h"
 
@@ -281,16 +282,7 @@ QByteArray treeJson(const VMMemoryMap &map)
 
 QString kindOf(const VMXMLElement &element)
 {
-    static constexpr QLatin1StringView kKinds[] = {
-        "hole"_L1,           "valuable"_L1,      "register32"_L1,
-        "register16"_L1,     "register8"_L1,     "internal_register8"_L1,
-        "bitfield"_L1,       "pointer"_L1,       "int32"_L1,
-        "int16"_L1,          "int8"_L1,          "unsigned_int32"_L1,
-        "unsigned_int16"_L1, "unsigned_int8"_L1, "boolean"_L1,
-        "struct"_L1,         "array"_L1,         "memory"_L1,
-        "archive"_L1,        "root_archive"_L1,  "void"_L1,
-    };
-    return kKinds[element.getType()];
+    return kindWordOf(element.getType());
 }
 
 } // namespace veldmap

@@ -1,6 +1,6 @@
 #include "headers/c_names.h"
 
-#include <QStringList>
+#include "model/kinds.h"
 
 #include <algorithm>
 
@@ -19,6 +19,19 @@ QString withWordBorders(const QString &name)
         result += c;
     }
     return result;
+}
+
+/// Whether C code has a type of that name, whatever its case.
+bool isCType(const QString &name)
+{
+    const auto isName = [&](QLatin1StringView word) {
+        return word.size() == name.size() && name.compare(word, Qt::CaseInsensitive) == 0;
+    };
+    return isName(veldmap::kMemoryWord) || std::ranges::any_of(veldmap::scalarKinds(), [&](const auto &kind) {
+               return std::ranges::any_of(kind.words, [&](const veldmap::KindWord &word) {
+                   return (word.uses & veldmap::kCType) != 0 && isName(word.word);
+               });
+           });
 }
 
 } // namespace
@@ -72,14 +85,8 @@ QString ESDRConvert(const QString &name)
 
 QString ESDRTypeConvert(const QString &name)
 {
-    static const QStringList builtInWords = {u"uint"_s,  u"uint32"_s, u"uint16"_s, u"uint8"_s,  u"int"_s,
-                                             u"int32"_s, u"int16"_s,  u"int8"_s,   u"memory"_s, u"void"_s,
-                                             u"bool"_s,  u"reg32"_s,  u"reg16"_s,  u"reg8"_s};
     QString upper = name.toUpper();
-    const bool isBuiltIn = std::ranges::any_of(builtInWords, [&](const QString &word) {
-        return word.size() == name.size() && word.compare(name, Qt::CaseInsensitive) == 0;
-    });
-    if (!isBuiltIn && !name.endsWith("_T"_L1))
+    if (!isCType(name) && !name.endsWith("_T"_L1))
         upper += "_T"_L1;
     return upper;
 }

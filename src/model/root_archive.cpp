@@ -2,10 +2,10 @@
 
 #include "model/aggregates.h"
 #include "model/archive.h"
-#include "model/scalars.h"
+#include "model/kinds.h"
+#include "model/valuable.h"
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -97,32 +97,11 @@ const std::vector<std::unique_ptr<VMXMLElement>> &VMRootArchive::getInstanciated
 
 VMXMLElement *VMRootArchive::allocateElementFromTypeName(const QString &typeName, const QString &name) const
 {
-    using Make = std::unique_ptr<VMXMLElement> (*)(const QString &);
-    struct BuiltInRow {
-        QLatin1StringView word;
-        Make make;
-    };
-    constexpr auto make = []<typename T>(std::type_identity<T>) -> Make {
-        return [](const QString &n) -> std::unique_ptr<VMXMLElement> { return std::make_unique<T>(n); };
-    };
-    static const BuiltInRow kBuiltIns[] = {
-        {"uint"_L1, make(std::type_identity<VMUnsignedInt32>())},
-        {"uint32"_L1, make(std::type_identity<VMUnsignedInt32>())},
-        {"uint16"_L1, make(std::type_identity<VMUnsignedInt16>())},
-        {"uint8"_L1, make(std::type_identity<VMUnsignedInt8>())},
-        {"bool"_L1, make(std::type_identity<VMBoolean>())},
-        {"void"_L1, make(std::type_identity<VMVoid>())},
-        {"int"_L1, make(std::type_identity<VMInt32>())},
-        {"int32"_L1, make(std::type_identity<VMInt32>())},
-        {"int16"_L1, make(std::type_identity<VMInt16>())},
-        {"int8"_L1, make(std::type_identity<VMInt8>())},
-        {"memory"_L1,
-         [](const QString &n) -> std::unique_ptr<VMXMLElement> { return std::make_unique<VMMemory>(n, 0); }},
-    };
-    const auto row = std::ranges::find_if(kBuiltIns, [&](const BuiltInRow &r) { return r.word == typeName; });
     std::unique_ptr<VMXMLElement> element;
-    if (row != std::end(kBuiltIns)) {
-        element = row->make(name);
+    if (const veldmap::ScalarKind *kind = veldmap::scalarKindNamed(typeName, veldmap::kPointedType)) {
+        element = kind->make(name, true, true);
+    } else if (typeName == veldmap::kMemoryWord) {
+        element = std::make_unique<VMMemory>(name, 0);
     } else if (const VMXMLElement *known = getTemplate(typeName)) {
         element.reset(anonymousCopy(known));
         element->setName(name);

@@ -9,9 +9,11 @@ VELDMAP_EXPORT QString scalarTypeWord(VMXMLElement::XMLElementType type);
 
 /// What the scalars share: a value of the width and signedness of Storage. A typedef's name takes the place of the
 /// built-in type word.
-template <typename Storage>
+template <typename Word>
 class VMScalar : public VMValuable {
 public:
+    using Storage = Word;
+
     int sizeOf() const override { return static_cast<int>(sizeof(Storage)); }
     QString getTypeString() const override { return typedefName.isEmpty() ? scalarTypeWord(type) : typedefName; }
     unsigned int getValue() const override { return static_cast<unsigned int>(m_value); }
