@@ -1,7 +1,5 @@
 #include "docsite/site_text.h"
-#include "model/aggregates.h"
-#include "model/root_archive.h"
-#include "model/valuable.h"
+#include "model/visit.h"
 
 using namespace Qt::StringLiterals;
 using veldmap::Blanks;
@@ -28,21 +26,38 @@ public:
 
     void write(const VMXMLElement &element, int level)
     {
-        if (const auto *valuable = elementCast<VMValuable>(&element))
-            writeValuable(*valuable, level);
-        else if (const auto *structure = elementCast<VMStruct>(&element))
-            writeHolder(*structure, structure->memberList, level);
-        else if (const auto *array = elementCast<VMArray>(&element))
-            writeHolder(*array, array->memberList, level);
-        else if (elementCast<VMBitField>(&element))
-            writeDocument(element, level, "bitfield.png"_L1);
-        else if (elementCast<VMHole>(&element))
-            writeDocument(element, level, "hole.png"_L1);
-        else if (elementCast<VMMemory>(&element))
-            writeDocument(element, level, "memory.png"_L1);
+        veldmap::visit(element, [&](const auto &it) { writeKind(it, level); });
     }
 
 private:
+    /// A register without bitfields is a folder too.
+    void writeKind(const VMValuable &valuable, int level)
+    {
+        writeFolder(valuable, level);
+        const int bits = valuable.getBitSize();
+        const int iconBits = bits == 8 || bits == 16 ? bits : 32;
+        for (const QLatin1StringView property : {".iconSrc"_L1, ".iconSrcClosed"_L1}) {
+            writeVariable(level);
+            m_text.append(property, " = \"reg"_L1, iconBits, ".png\"\n"_L1);
+        }
+        for (const auto &field : valuable.bitFields)
+            write(*field, level + 1);
+    }
+
+    void writeKind(const VMStruct &structure, int level) { writeHolder(structure, structure.memberList, level); }
+    void writeKind(const VMArray &array, int level) { writeHolder(array, array.memberList, level); }
+    void writeKind(const VMBitField &field, int level) { writeLeaf(field, level, "bitfield.png"_L1); }
+    void writeKind(const VMHole &hole, int level) { writeLeaf(hole, level, "hole.png"_L1); }
+    void writeKind(const VMMemory &memory, int level) { writeLeaf(memory, level, "memory.png"_L1); }
+    void writeKind(const VMXMLElement &, int) {}
+
+    void writeHolder(const VMXMLElement &holder, const std::vector<std::unique_ptr<VMXMLElement>> &members, int level)
+    {
+        writeFolder(holder, level);
+        for (const auto &member : members)
+            write(*member, level + 1);
+    }
+
     void writeFolder(const VMXMLElement &element, int level)
     {
         writeVariable(level);
@@ -50,7 +65,7 @@ private:
         writeLink(element);
     }
 
-    void writeDocument(const VMXMLElement &element, int level, QLatin1StringView icon)
+    void writeLeaf(const VMXMLElement &element, int level, QLatin1StringView icon)
     {
         writeVariable(level);
         m_text.append("=insDoc(i"_L1, level - 1, ",gLnk(\"R\","_L1);
@@ -70,37 +85,9 @@ private:
         m_text.append("\"))\n"_L1);
     }
 
-    /// A register without bitfields is a folder too.
-    void writeValuable(const VMValuable &valuable, int level)
-    {
-        writeFolder(valuable, level);
-        const int bits = valuable.getBitSize();
-        const int iconBits = bits == 8 || bits == 16 ? bits : 32;
-        for (const QLatin1StringView property : {".iconSrc"_L1, ".iconSrcClosed"_L1}) {
-            writeVariable(level);
-            m_text.append(property, " = \"reg"_L1, iconBits, ".png\"\n"_L1);
-        }
-        for (const auto &field : valuable.bitFields)
-            write(*field, level + 1);
-    }
-
-    void writeHolder(const VMXMLElement &holder, const std::vector<std::unique_ptr<VMXMLElement>> &members, int level)
-    {
-        writeFolder(holder, level);
-        for (const auto &member : members)
-            write(*member, level + 1);
-    }
-
     SiteText &m_text;
     const QString &m_page;
 };
-
-QString nodesOf(const VMXMLElement &element, int level, const QString &page)
-{
-    SiteText text;
-    NodeWriter(text, page).write(element, level);
-    return text.toString();
-}
 
 } // namespace
 
@@ -123,37 +110,9 @@ QString VMRootArchive::treenode_serialize() const
     return text.toString();
 }
 
-QString VMXMLElement::treenode_serialize(int, const QString &) const
+QString VMXMLElement::treenode_serialize(int level, const QString &page) const
 {
-    return {};
-}
-
-QString VMValuable::treenode_serialize(int level, const QString &page) const
-{
-    return nodesOf(*this, level, page);
-}
-
-QString VMBitField::treenode_serialize(int level, const QString &page) const
-{
-    return nodesOf(*this, level, page);
-}
-
-QString VMStruct::treenode_serialize(int level, const QString &page) const
-{
-    return nodesOf(*this, level, page);
-}
-
-QString VMArray::treenode_serialize(int level, const QString &page) const
-{
-    return nodesOf(*this, level, page);
-}
-
-QString VMHole::treenode_serialize(int level, const QString &page) const
-{
-    return nodesOf(*this, level, page);
-}
-
-QString VMMemory::treenode_serialize(int level, const QString &page) const
-{
-    return nodesOf(*this, level, page);
+    SiteText text;
+    NodeWriter(text, page).write(*this, level);
+    return text.toString();
 }

@@ -1,7 +1,6 @@
-#include "text/lines.h"
 #include "docsite/site_text.h"
-#include "model/aggregates.h"
-#include "model/valuable.h"
+#include "model/visit.h"
+#include "text/lines.h"
 
 #include <algorithm>
 
@@ -53,13 +52,6 @@ void appendPosition(SiteText &text, const VMBitField &field, QLatin1StringView s
     if (field.upPos != field.downPos)
         text.append(field.upPos, separator);
     text.append(field.downPos);
-}
-
-void appendFieldAnchor(SiteText &text, const VMBitField &field)
-{
-    text.append("b"_L1);
-    appendPosition(text, field, "-"_L1);
-    text.append(field.getAccessString());
 }
 
 /// Adjacent bits of a register that the same fields cover.
@@ -151,16 +143,7 @@ public:
 
     void write(const VMXMLElement &element, int level)
     {
-        if (const auto *valuable = elementCast<VMValuable>(&element))
-            writeValuable(*valuable, level);
-        else if (const auto *structure = elementCast<VMStruct>(&element))
-            writeStruct(*structure, level);
-        else if (const auto *array = elementCast<VMArray>(&element))
-            writeArray(*array, level);
-        else if (const auto *memory = elementCast<VMMemory>(&element))
-            writeMemory(*memory, level);
-        else if (elementCast<VMHole>(&element))
-            writeHole(element, level);
+        veldmap::visit(element, [&](const auto &it) { writeKind(it, level); });
     }
 
     void writeCommentBox(QLatin1StringView boxClass, const QString &comment, int level)
@@ -190,13 +173,13 @@ private:
         m_text.append("<hr class='"_L1, classes.rule, "' style='margin-left:"_L1, marginOf(level), "px'/>"_L1);
     }
 
-    void writeHole(const VMXMLElement &hole, int level)
+    void writeKind(const VMHole &hole, int level)
     {
         writeHeading(hole, kHoleBar, hole.getName(), level);
         writeRule(kHoleBar, level);
     }
 
-    void writeMemory(const VMMemory &memory, int level)
+    void writeKind(const VMMemory &memory, int level)
     {
         writeHeading(memory, kBlockBar, memory.getName() + sizeWording(memory.sizeOf()), level);
         if (!memory.comment.isEmpty()) {
@@ -207,7 +190,7 @@ private:
     }
 
     /// A top-level instance and its members stand at the margin.
-    void writeStruct(const VMStruct &structure, int level)
+    void writeKind(const VMStruct &structure, int level)
     {
         const bool isInstance = structure.isInstance();
         if (isInstance)
@@ -218,7 +201,7 @@ private:
         writeRule(kStructBar, level);
     }
 
-    void writeArray(const VMArray &array, int level)
+    void writeKind(const VMArray &array, int level)
     {
         const BarClasses &classes = array.prototype->isStruct() ? kBlockBar : kRegisterBar;
         writeHeading(array, classes, array.name + " (size=="_L1 + QString::number(array.count()) + u')', level);
@@ -233,7 +216,7 @@ private:
     }
 
     /// The members of an array behind the first bear the class po, and none shows a comment: the array does.
-    void writeValuable(const VMValuable &valuable, int level)
+    void writeKind(const VMValuable &valuable, int level)
     {
         const bool isRepeated = valuable.arrayNumber > 0;
         const QLatin1StringView lineBreak = isRepeated ? "<br class='po'>"_L1 : "<br>"_L1;
@@ -256,6 +239,9 @@ private:
         }
         writeRule(kRegisterBar, level);
     }
+
+    /// Bitfields stand with their register, and archives on no page.
+    void writeKind(const VMXMLElement &, int) {}
 
     void writeDiagram(const VMValuable &valuable)
     {
@@ -293,39 +279,31 @@ private:
     SiteText &m_text;
 };
 
-QString pageTextOf(const VMXMLElement &element, int level)
-{
-    SiteText text;
-    PageWriter(text).write(element, level);
-    return text.toString();
-}
+/// What stands behind the address in an anchor: the kind of an element, since an array and its first member share an
+/// address. A field has the address of its register, and 0 without one.
+struct AnchorSuffix {
+    SiteText &text;
 
-QString anchorOf(const VMXMLElement &element)
-{
-    SiteText text;
-    veldmap::appendAnchor(text, element);
-    return text.toString();
-}
+    void operator()(const VMValuable &valuable) const { text.append("r"_L1, valuable.getProtectString()); }
+    void operator()(const VMBitField &field) const
+    {
+        text.append("b"_L1);
+        appendPosition(text, field, "-"_L1);
+        text.append(field.getAccessString());
+    }
+    void operator()(const VMStruct &) const { text.append("m"_L1); }
+    void operator()(const VMArray &) const { text.append("ra"_L1); }
+    void operator()(const VMHole &) const { text.append("h"_L1); }
+    void operator()(const VMMemory &) const { text.append("mem"_L1); }
+    void operator()(const VMXMLElement &) const {}
+};
 
 } // namespace
 
-/// The suffix tells the kind of an element, since an array and its first member share an address. A field has that of
-/// its register, and 0 without one.
 void veldmap::appendAnchor(SiteText &text, const VMXMLElement &element)
 {
     text.append(Hex8{element.getBaseAddress()});
-    if (const auto *valuable = elementCast<VMValuable>(&element))
-        text.append("r"_L1, valuable->getProtectString());
-    else if (const auto *field = elementCast<VMBitField>(&element))
-        appendFieldAnchor(text, *field);
-    else if (element.isStruct())
-        text.append("m"_L1);
-    else if (element.isArray())
-        text.append("ra"_L1);
-    else if (elementCast<VMHole>(&element))
-        text.append("h"_L1);
-    else if (elementCast<VMMemory>(&element))
-        text.append("mem"_L1);
+    visit(element, AnchorSuffix{text});
 }
 
 void veldmap::appendPageText(SiteText &text, const VMXMLElement &element, int level)
@@ -335,67 +313,16 @@ void veldmap::appendPageText(SiteText &text, const VMXMLElement &element, int le
 
 QString VMXMLElement::getHrefName() const
 {
-    return veldmap::hex8(getBaseAddress());
+    SiteText text;
+    veldmap::appendAnchor(text, *this);
+    return text.toString();
 }
 
-QString VMValuable::getHrefName() const
+QString VMXMLElement::html_serialize(int level) const
 {
-    return anchorOf(*this);
-}
-
-QString VMBitField::getHrefName() const
-{
-    return anchorOf(*this);
-}
-
-QString VMStruct::getHrefName() const
-{
-    return anchorOf(*this);
-}
-
-QString VMArray::getHrefName() const
-{
-    return anchorOf(*this);
-}
-
-QString VMHole::getHrefName() const
-{
-    return anchorOf(*this);
-}
-
-QString VMMemory::getHrefName() const
-{
-    return anchorOf(*this);
-}
-
-QString VMXMLElement::html_serialize(int) const
-{
-    return {};
-}
-
-QString VMValuable::html_serialize(int level) const
-{
-    return pageTextOf(*this, level);
-}
-
-QString VMStruct::html_serialize(int level) const
-{
-    return pageTextOf(*this, level);
-}
-
-QString VMArray::html_serialize(int level) const
-{
-    return pageTextOf(*this, level);
-}
-
-QString VMHole::html_serialize(int level) const
-{
-    return pageTextOf(*this, level);
-}
-
-QString VMMemory::html_serialize(int level) const
-{
-    return pageTextOf(*this, level);
+    SiteText text;
+    veldmap::appendPageText(text, *this, level);
+    return text.toString();
 }
 
 QString VMXMLElement::html_comment_serialize(int level) const

@@ -28,14 +28,11 @@ public:
     void memSet(unsigned char *image) override;
     void getReadMask(unsigned char *mask) const override;
     void memGet(unsigned char *image) const override;
-    QString getHrefName() const override;
     QString vhdl_serialize(int indent, QStringList &seen) const override;
     QString c_typedefSerialize() const override;
     QString c_serialize(int level) const override;
     /// The block of a module in a VHDL package. Text: vhdl/packages.cpp.
     QString vhdl_content() const override;
-    QString html_serialize(int level) const override;
-    QString treenode_serialize(int level, const QString &page) const override;
     QString asm_serialize(const QString &prefix, const QString &base) const override;
     QString macro_serialize(const QString &prefix, QStringList &usedNames) const override;
     QMap<QString, CXMLCompletionEntry> getCompletionListFromTokens(const QStringList &tokens) override;
@@ -84,12 +81,9 @@ public:
     void memSet(unsigned char *image) override;
     void getReadMask(unsigned char *mask) const override;
     void memGet(unsigned char *image) const override;
-    QString getHrefName() const override;
     QString vhdl_serialize(int indent, QStringList &seen) const override;
     QString c_typedefSerialize() const override;
     QString c_serialize(int level) const override;
-    QString html_serialize(int level) const override;
-    QString treenode_serialize(int level, const QString &page) const override;
     QString asm_serialize(const QString &prefix, const QString &base) const override;
     QString macro_serialize(const QString &prefix, QStringList &usedNames) const override;
     VMXMLElement *getElementFromPathTokens(const QStringList &tokens) override;
@@ -130,11 +124,8 @@ public:
     void memSet(unsigned char *image) override;
     void getReadMask(unsigned char *mask) const override;
     void memGet(unsigned char *image) const override;
-    QString getHrefName() const override;
     QString vhdl_serialize(int indent, QStringList &seen) const override;
     QString c_serialize(int level) const override;
-    QString html_serialize(int level) const override;
-    QString treenode_serialize(int level, const QString &page) const override;
 
     int holeBits;
 };
@@ -154,10 +145,7 @@ public:
     void memSet(unsigned char *image) override;
     void getReadMask(unsigned char *mask) const override;
     void memGet(unsigned char *image) const override;
-    QString getHrefName() const override;
     QString c_serialize(int level) const override;
-    QString html_serialize(int level) const override;
-    QString treenode_serialize(int level, const QString &page) const override;
 
     int memorySize;
 };

@@ -54,8 +54,6 @@ public:
     void memSet(unsigned char *image) override;
     void getReadMask(unsigned char *mask) const override;
     void memGet(unsigned char *image) const override;
-    QString getHrefName() const override;
-    QString treenode_serialize(int level, const QString &page) const override;
     QString asm_serialize(const QString &prefix, const QString &base) const override;
     QString macro_serialize(const QString &prefix, QStringList &usedNames) const override;
     QMap<QString, CXMLCompletionEntry> getCompletionListFromTokens(const QStringList &tokens) override;
