@@ -28,11 +28,8 @@ public:
     void memSet(unsigned char *image) override;
     void getReadMask(unsigned char *mask) const override;
     void memGet(unsigned char *image) const override;
-    QString vhdl_serialize(int indent, QStringList &seen) const override;
     QString c_typedefSerialize() const override;
     QString c_serialize(int level) const override;
-    /// The block of a module in a VHDL package. Text: vhdl/packages.cpp.
-    QString vhdl_content() const override;
     QString asm_serialize(const QString &prefix, const QString &base) const override;
     QString macro_serialize(const QString &prefix, QStringList &usedNames) const override;
     QMap<QString, CXMLCompletionEntry> getCompletionListFromTokens(const QStringList &tokens) override;
@@ -81,7 +78,6 @@ public:
     void memSet(unsigned char *image) override;
     void getReadMask(unsigned char *mask) const override;
     void memGet(unsigned char *image) const override;
-    QString vhdl_serialize(int indent, QStringList &seen) const override;
     QString c_typedefSerialize() const override;
     QString c_serialize(int level) const override;
     QString asm_serialize(const QString &prefix, const QString &base) const override;
@@ -124,7 +120,6 @@ public:
     void memSet(unsigned char *image) override;
     void getReadMask(unsigned char *mask) const override;
     void memGet(unsigned char *image) const override;
-    QString vhdl_serialize(int indent, QStringList &seen) const override;
     QString c_serialize(int level) const override;
 
     int holeBits;

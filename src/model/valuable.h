@@ -26,7 +26,6 @@ public:
     void memSet(unsigned char *image) override;
     void getReadMask(unsigned char *mask) const override;
     void memGet(unsigned char *image) const override;
-    QString vhdl_serialize(int indent, QStringList &seen) const override;
     QString c_typedefSerialize() const override;
     QString c_serialize(int level) const override;
     QString asm_serialize(const QString &prefix, const QString &base) const override;

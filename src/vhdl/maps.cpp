@@ -1,9 +1,8 @@
 #include "vhdl/maps.h"
 
+#include "model/kinds.h"
+#include "model/visit.h"
 #include "text/lines.h"
-#include "model/aggregates.h"
-#include "model/archive.h"
-#include "model/valuable.h"
 #include "vhdl/notation.h"
 
 #include <utility>
@@ -37,11 +36,11 @@ QString vhdlExpression(const QString &expression)
     return vhdl_clean_expr(expression.toUpper());
 }
 
-bool isRegister(const VMXMLElement &element)
+/// Whether an array of \a element is one of vectors.
+bool isBusRegister(const VMXMLElement &element)
 {
-    const VMXMLElement::XMLElementType type = element.getType();
-    return type == VMXMLElement::XML_REGISTER32 || type == VMXMLElement::XML_REGISTER16 ||
-           type == VMXMLElement::XML_REGISTER8;
+    const ScalarKind *kind = scalarKindOf(element.getType());
+    return kind && kind->isBusRegister;
 }
 
 } // namespace
@@ -63,15 +62,10 @@ MapWriter::MapWriter(QStringList &seen, DeclarationListener *listener)
 
 void MapWriter::write(const VMXMLElement &element, int level)
 {
-    if (const auto *valuable = elementCast<VMValuable>(&element))
-        writeValuable(*valuable, level);
-    else if (const auto *structure = elementCast<VMStruct>(&element))
-        writeStruct(*structure, level);
-    else if (const auto *array = elementCast<VMArray>(&element))
-        writeArray(*array, level);
+    visit(element, [&](const auto &it) { writeKind(it, level); });
 }
 
-void MapWriter::writeStruct(const VMStruct &structure, int level)
+void MapWriter::writeKind(const VMStruct &structure, int level)
 {
     for (const auto &member : structure.memberList)
         write(*member, level + 1);
@@ -79,12 +73,12 @@ void MapWriter::writeStruct(const VMStruct &structure, int level)
 
 /// The prototype stands for all elements: it writes their maps, under the array's name. Registers get an address each,
 /// and a type for as many vectors.
-void MapWriter::writeArray(const VMArray &array, int level)
+void MapWriter::writeKind(const VMArray &array, int level)
 {
     if (array.count() == 0)
         return;
     write(*array.prototype, level);
-    if (!isRegister(*array.prototype))
+    if (!isBusRegister(*array.prototype))
         return;
     const QString &name = array.getName();
     const QString upperName = name.toUpper();
@@ -105,7 +99,7 @@ void MapWriter::writeArray(const VMArray &array, int level)
     }
 }
 
-void MapWriter::writeValuable(const VMValuable &valuable, int level)
+void MapWriter::writeKind(const VMValuable &valuable, int level)
 {
     const bool isElement = valuable.arrayNumber != -1 && valuable.parent;
     const QString &name = isElement ? valuable.parent->getName() : valuable.getName();
@@ -229,29 +223,9 @@ QString partOf(QStringList &seen, const Write &write)
 
 } // namespace
 
-QString VMXMLElement::vhdl_serialize(int, QStringList &) const
-{
-    return {};
-}
-
-QString VMValuable::vhdl_serialize(int indent, QStringList &seen) const
+QString VMXMLElement::vhdl_serialize(int indent, QStringList &seen) const
 {
     return partOf(seen, [&](veldmap::MapWriter &writer) { writer.write(*this, indent); });
-}
-
-QString VMStruct::vhdl_serialize(int indent, QStringList &seen) const
-{
-    return partOf(seen, [&](veldmap::MapWriter &writer) { writer.write(*this, indent); });
-}
-
-QString VMArray::vhdl_serialize(int indent, QStringList &seen) const
-{
-    return partOf(seen, [&](veldmap::MapWriter &writer) { writer.write(*this, indent); });
-}
-
-QString VMHole::vhdl_serialize(int, QStringList &) const
-{
-    return {};
 }
 
 QString VMBitField::vhdl_logical_serialize(int indent, QStringList &seen) const

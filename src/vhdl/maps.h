@@ -45,9 +45,10 @@ public:
 private:
     struct Definition;
 
-    void writeStruct(const VMStruct &structure, int level);
-    void writeArray(const VMArray &array, int level);
-    void writeValuable(const VMValuable &valuable, int level);
+    void writeKind(const VMStruct &structure, int level);
+    void writeKind(const VMArray &array, int level);
+    void writeKind(const VMValuable &valuable, int level);
+    void writeKind(const VMXMLElement &, int) {} // gaps and memories have no words
     void writeAddress(const VMXMLElement &element, const QString &name, int level);
     void writeDefinition(const Definition &definition, int level);
 

@@ -197,12 +197,8 @@ void VMMemoryMap::generateVHDL(const QString &outputDirectory)
 
 QString VMXMLElement::vhdl_content() const
 {
-    return {};
-}
-
-QString VMStruct::vhdl_content() const
-{
     QString text;
-    appendModule(text, *this, nullptr);
+    if (const auto *module = elementCast<VMStruct>(this))
+        appendModule(text, *module, nullptr);
     return text;
 }
