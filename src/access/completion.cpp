@@ -1,14 +1,13 @@
 #include "access/completion.h"
 
 #include "access/path_segments.h"
-#include "model/aggregates.h"
 #include "model/memory_map.h"
-#include "model/pointer.h"
-#include "model/root_archive.h"
+#include "model/visit.h"
 
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 using veldmap::Segments;
@@ -138,50 +137,23 @@ void addOperations(CompletionList &list, const std::array<Operation<T>, count> &
     }
 }
 
-/// How an element of \a type stands in a list; nothing for one that is not offered.
-std::optional<CXMLCompletionEntry::CompletionEntryType> entryTypeOf(VMXMLElement::XMLElementType type)
-{
-    switch (type) {
-    case VMXMLElement::XML_REGISTER32:
-        return CXMLCompletionEntry::COMPLETION_REGISTER32;
-    case VMXMLElement::XML_REGISTER16:
-        return CXMLCompletionEntry::COMPLETION_REGISTER16;
-    case VMXMLElement::XML_REGISTER8:
-        return CXMLCompletionEntry::COMPLETION_REGISTER8;
-    case VMXMLElement::XML_INTERNAL_REGISTER8:
-        return CXMLCompletionEntry::COMPLETION_INTERNAL_REGISTER8;
-    case VMXMLElement::XML_POINTER:
-        return CXMLCompletionEntry::COMPLETION_POINTER;
-    case VMXMLElement::XML_INT32:
-        return CXMLCompletionEntry::COMPLETION_INT32;
-    case VMXMLElement::XML_INT16:
-        return CXMLCompletionEntry::COMPLETION_INT16;
-    case VMXMLElement::XML_INT8:
-        return CXMLCompletionEntry::COMPLETION_INT8;
-    case VMXMLElement::XML_UNSIGNED_INT32:
-        return CXMLCompletionEntry::COMPLETION_UNSIGNED_INT32;
-    case VMXMLElement::XML_UNSIGNED_INT16:
-        return CXMLCompletionEntry::COMPLETION_UNSIGNED_INT16;
-    case VMXMLElement::XML_UNSIGNED_INT8:
-        return CXMLCompletionEntry::COMPLETION_UNSIGNED_INT8;
-    case VMXMLElement::XML_BOOLEAN:
-        return CXMLCompletionEntry::COMPLETION_BOOLEAN;
-    case VMXMLElement::XML_STRUCT:
-        return CXMLCompletionEntry::COMPLETION_STRUCT;
-    case VMXMLElement::XML_ARRAY:
-        return CXMLCompletionEntry::COMPLETION_ARRAY;
-    case VMXMLElement::XML_VOID:
-        return CXMLCompletionEntry::COMPLETION_NONE;
-    case VMXMLElement::XML_HOLE:
-    case VMXMLElement::XML_VALUABLE:
-    case VMXMLElement::XML_BITFIELD:
-    case VMXMLElement::XML_MEMORY:
-    case VMXMLElement::XML_ARCHIVE:
-    case VMXMLElement::XML_ROOT_ARCHIVE:
-        break;
-    }
-    return std::nullopt;
-}
+/// How an element stands in a list; nothing for one that is not offered. The numbers of completion are those of the
+/// kinds without that of an unfinished valuable.
+struct EntryTypeOf {
+    using EntryType = CXMLCompletionEntry::CompletionEntryType;
+
+    std::optional<EntryType> operator()(const VMVoid &) const { return CXMLCompletionEntry::COMPLETION_NONE; }
+    std::optional<EntryType> operator()(const VMValuable &valuable) const { return numberOf(valuable); }
+    std::optional<EntryType> operator()(const VMStruct &structure) const { return numberOf(structure); }
+    std::optional<EntryType> operator()(const VMArray &array) const { return numberOf(array); }
+    std::optional<EntryType> operator()(const VMXMLElement &) const { return std::nullopt; }
+
+    static EntryType numberOf(const VMXMLElement &element) { return static_cast<EntryType>(element.getType() - 1); }
+};
+static_assert(VMXMLElement::XML_REGISTER32 - 1 == CXMLCompletionEntry::COMPLETION_REGISTER32);
+static_assert(VMXMLElement::XML_POINTER - 1 == CXMLCompletionEntry::COMPLETION_POINTER);
+static_assert(VMXMLElement::XML_BOOLEAN - 1 == CXMLCompletionEntry::COMPLETION_BOOLEAN);
+static_assert(VMXMLElement::XML_ARRAY - 1 == CXMLCompletionEntry::COMPLETION_ARRAY);
 
 void addInstances(CompletionList &list, const VMRootArchive *root)
 {
@@ -229,76 +201,87 @@ VMXMLElement *matchOf(VMXMLElement &member, QStringView name)
     return index && *index < array->memberList.size() ? array->memberList[*index].get() : nullptr;
 }
 
-CompletionList listOf(VMXMLElement &element, Segments segments);
+/// The element that a segment names behind another one, null when it names none. May make the one behind a pointer.
+struct StepTo {
+    QStringView segment;
 
-CompletionList listOfField(const VMBitField &field, Segments segments)
-{
-    CompletionList list;
-    if (segments.size() == 1)
-        addOperations(list, fieldOperations(), field);
-    return list;
-}
+    VMXMLElement *operator()(VMStruct &structure) const
+    {
+        for (const auto &member : structure.memberList) {
+            if (VMXMLElement *match = matchOf(*member, segment))
+                return match;
+        }
+        return nullptr;
+    }
 
-CompletionList listOfValuable(VMValuable &valuable, Segments segments)
-{
-    CompletionList list;
-    if (segments.size() == 1) {
+    VMXMLElement *operator()(VMValuable &valuable) const
+    {
+        const auto isNamed = [&](const auto &field) { return field->getName() == segment; };
+        const auto field = std::ranges::find_if(valuable.bitFields, isNamed);
+        return field == valuable.bitFields.end() ? nullptr : field->get();
+    }
+
+    VMXMLElement *operator()(VMPointer &pointer) const
+    {
+        if (VMXMLElement *field = (*this)(static_cast<VMValuable &>(pointer)))
+            return field;
+        if (segment != u'>')
+            return nullptr;
+        pointer.allocatePointedElement();
+        return pointer.pointedElement.get();
+    }
+
+    VMXMLElement *operator()(VMXMLElement &) const { return nullptr; }
+};
+
+/// All that may stand directly behind an element.
+struct ListOf {
+    CompletionList operator()(const VMStruct &structure) const
+    {
+        CompletionList list;
+        for (const auto &member : structure.memberList) {
+            const CXMLCompletionEntry entry = getCompletionEntryFromElement(member.get());
+            if (!entry.name.isEmpty())
+                list.insert(entry.name, entry);
+        }
+        return list;
+    }
+
+    CompletionList operator()(const VMValuable &valuable) const
+    {
+        CompletionList list;
         for (const auto &field : valuable.bitFields)
             list.insert(field->getName(),
                         {field->getName(), {}, {}, field->getComment(), CXMLCompletionEntry::COMPLETION_BITFIELD});
         addOperations(list, valuableOperations(), valuable);
         return list;
     }
-    const auto isNamed = [&](const auto &field) { return field->getName() == segments.front(); };
-    const auto field = std::ranges::find_if(valuable.bitFields, isNamed);
-    if (field != valuable.bitFields.end())
-        return listOfField(**field, segments.subspan(1));
-    auto *pointer = elementCast<VMPointer>(&valuable);
-    if (!pointer || segments.front() != u'>')
+
+    CompletionList operator()(const VMBitField &field) const
+    {
+        CompletionList list;
+        addOperations(list, fieldOperations(), field);
         return list;
-    pointer->allocatePointedElement();
-    return pointer->pointedElement ? listOf(*pointer->pointedElement, segments.subspan(1)) : list;
-}
-
-CompletionList listOfStruct(const VMStruct &structure, Segments segments)
-{
-    CompletionList list;
-    for (const auto &member : structure.memberList) {
-        if (segments.size() == 1) {
-            const CXMLCompletionEntry entry = getCompletionEntryFromElement(member.get());
-            if (!entry.name.isEmpty())
-                list.insert(entry.name, entry);
-        } else if (VMXMLElement *match = matchOf(*member, segments.front())) {
-            return listOf(*match, segments.subspan(1));
-        }
     }
-    return list;
-}
 
-/// What may stand behind \a element, in the place of the last of \a segments.
-CompletionList listOf(VMXMLElement &element, Segments segments)
-{
-    if (segments.empty())
-        return {};
-    if (auto *valuable = elementCast<VMValuable>(&element))
-        return listOfValuable(*valuable, segments);
-    if (const auto *structure = elementCast<VMStruct>(&element))
-        return listOfStruct(*structure, segments);
-    if (const auto *field = elementCast<VMBitField>(&element))
-        return listOfField(*field, segments);
-    return {};
-}
+    CompletionList operator()(const VMXMLElement &) const { return {}; }
+};
 
-CompletionList listOf(VMXMLElement &element, const QStringList &tokens)
+/// What may stand behind \a first in the place of the last of \a segments. A loop, since chains of pointers may be
+/// followed for thousands of segments.
+CompletionList listBehind(VMXMLElement &first, Segments segments)
 {
-    return listOf(element, veldmap::segmentsOf(tokens));
+    VMXMLElement *element = &first;
+    for (; element && segments.size() > 1; segments = segments.subspan(1))
+        element = veldmap::visit(*element, StepTo{segments.front()});
+    return element && !segments.empty() ? veldmap::visit(std::as_const(*element), ListOf()) : CompletionList();
 }
 
 } // namespace
 
 CXMLCompletionEntry getCompletionEntryFromElement(const VMXMLElement *element)
 {
-    const auto type = element ? entryTypeOf(element->getType()) : std::nullopt;
+    const auto type = element ? veldmap::visit(*element, EntryTypeOf()) : std::nullopt;
     if (!type)
         return {};
     return {element->getName(), {}, {}, element->getComment(), *type};
@@ -321,27 +304,12 @@ CompletionList VMMemoryMap::getCompletionListFromPath(const QString &path) const
         const auto &instances = root->getInstanciatedTemplates();
         const auto found = std::ranges::find_if(instances, [name](const auto &i) { return i->getName() == name; });
         if (found != instances.end())
-            list = listOf(**found, Segments(segments).subspan(1));
+            list = listBehind(**found, Segments(segments).subspan(1));
     }
     return list;
 }
 
-CompletionList VMXMLElement::getCompletionListFromTokens(const QStringList &)
+CompletionList VMXMLElement::getCompletionListFromTokens(const QStringList &tokens)
 {
-    return {};
-}
-
-CompletionList VMBitField::getCompletionListFromTokens(const QStringList &tokens)
-{
-    return listOf(*this, tokens);
-}
-
-CompletionList VMValuable::getCompletionListFromTokens(const QStringList &tokens)
-{
-    return listOf(*this, tokens);
-}
-
-CompletionList VMStruct::getCompletionListFromTokens(const QStringList &tokens)
-{
-    return listOf(*this, tokens);
+    return listBehind(*this, veldmap::segmentsOf(tokens));
 }

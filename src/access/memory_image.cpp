@@ -1,8 +1,4 @@
-#include "model/aggregates.h"
-#include "model/archive.h"
-#include "model/bitfield.h"
-#include "model/root_archive.h"
-#include "model/valuable.h"
+#include "model/visit.h"
 
 #include <cstring>
 
@@ -11,35 +7,49 @@
 
 namespace {
 
-/// Calls \a operation on each member with \a buffer moved on to the member's place. Members that a gap of negative
-/// size, or sizes beyond 32 bits, have put outside their holder take no part: the buffer ends with the holder.
-template <typename Members, typename Byte, typename Operation>
-void forEachMember(const VMXMLElement &holder, const Members &members, Byte *buffer, const Operation &operation)
-{
-    const qint64 size = holder.sizeOf();
-    for (const auto &member : members) {
-        const qint64 place = holder.offsetOf(member.get());
-        if (place + qMax(member->sizeOf(), 0) <= size)
-            operation(*member, buffer + place);
+/// Goes through what lies in an element and gives each valuable, gap and memory its bytes of the element's image.
+///
+/// The image ends with the element: sizeOf() bytes are all that its owner has promised. Gaps of negative size, sizes
+/// beyond 32 bits and hosts that move members put some of them outside, where they take no part. It is the image's end
+/// that counts: a member that has left its own structure, but lies in the image of the one that is served, has its
+/// bytes there.
+template <typename Byte, typename Serve>
+class ImageWalk {
+public:
+    ImageWalk(Byte *image, const VMXMLElement &element, const Serve &serve)
+        : m_image(image), m_size(element.sizeOf()), m_serve(serve)
+    {
     }
-}
 
-template <typename Holder>
-void setMembers(Holder &holder, unsigned char *image)
-{
-    forEachMember(holder, holder.memberList, image, [](auto &member, auto *place) { member.memSet(place); });
-}
+    /// Serves \a element, which lies \a place bytes behind the begin of the image, in the wrapping arithmetic of
+    /// addresses.
+    template <typename Element>
+    void walk(Element &element, quint32 place)
+    {
+        veldmap::visit(element, [&](auto &it) { walkInto<Element>(it, place); });
+    }
 
-template <typename Holder>
-void getMembers(const Holder &holder, unsigned char *image)
-{
-    forEachMember(holder, holder.memberList, image, [](const auto &member, auto *place) { member.memGet(place); });
-}
+private:
+    template <typename Element, typename Kind>
+    void walkInto(Kind &element, quint32 place)
+    {
+        if constexpr (std::is_base_of_v<VMStruct, Kind> || std::is_base_of_v<VMArray, Kind>) {
+            for (const auto &member : element.memberList)
+                walk(static_cast<Element &>(*member), place + element.offsetOf(member.get()));
+        } else if (qint64(place) + qMax(element.sizeOf(), 0) <= m_size) {
+            m_serve(element, m_image + place);
+        }
+    }
 
-template <typename Holder>
-void maskMembers(const Holder &holder, unsigned char *mask)
+    Byte *m_image;
+    qint64 m_size;
+    const Serve &m_serve;
+};
+
+template <typename Element, typename Byte, typename Serve>
+void serveImage(Element &element, Byte *image, const Serve &serve)
 {
-    forEachMember(holder, holder.memberList, mask, [](const auto &member, auto *place) { member.getReadMask(place); });
+    ImageWalk(image, element, serve).walk(element, 0);
 }
 
 template <typename Word>
@@ -68,100 +78,59 @@ void fill(unsigned char *buffer, int size, unsigned char byte)
         std::memset(buffer, byte, static_cast<std::size_t>(size));
 }
 
+/// The value of a valuable comes from its bytes.
+struct TakeValue {
+    void operator()(VMValuable &valuable, const unsigned char *image) const
+    {
+        switch (valuable.getBitSize()) {
+        case 32:
+            valuable.setValue(readWord<std::uint32_t>(image));
+            break;
+        case 16:
+            valuable.setValue(readWord<std::uint16_t>(image));
+            break;
+        case 8:
+            valuable.setValue(readWord<std::uint8_t>(image));
+            break;
+        }
+    }
+    void operator()(VMXMLElement &, const unsigned char *) const {}
+};
+
+/// The bytes of a valuable become its value, those of a gap all ones. What a memory holds is not known.
+struct GiveValue {
+    void operator()(const VMValuable &valuable, unsigned char *image) const
+    {
+        writeWord(image, valuable.getValue(), valuable.getBitSize());
+    }
+    void operator()(const VMHole &hole, unsigned char *image) const { fill(image, hole.sizeOf(), 0xFF); }
+    void operator()(const VMXMLElement &, unsigned char *) const {}
+};
+
+/// Gaps and memories can't be read.
+struct GiveReadMask {
+    void operator()(const VMValuable &valuable, unsigned char *mask) const
+    {
+        writeWord(mask, valuable.readable ? 0xFFFFFFFFu : 0u, valuable.getBitSize());
+    }
+    void operator()(const VMHole &hole, unsigned char *mask) const { fill(mask, hole.sizeOf(), 0); }
+    void operator()(const VMMemory &memory, unsigned char *mask) const { fill(mask, memory.sizeOf(), 0); }
+    void operator()(const VMXMLElement &, unsigned char *) const {}
+};
+
 } // namespace
 
-void VMValuable::memSet(unsigned char *image)
+void VMXMLElement::memSet(unsigned char *image)
 {
-    switch (getBitSize()) {
-    case 32:
-        setValue(readWord<std::uint32_t>(image));
-        break;
-    case 16:
-        setValue(readWord<std::uint16_t>(image));
-        break;
-    case 8:
-        setValue(readWord<std::uint8_t>(image));
-        break;
-    }
+    serveImage(*this, image, TakeValue());
 }
 
-void VMValuable::memGet(unsigned char *image) const
+void VMXMLElement::memGet(unsigned char *image) const
 {
-    writeWord(image, getValue(), getBitSize());
+    serveImage(*this, image, GiveValue());
 }
 
-void VMValuable::getReadMask(unsigned char *mask) const
+void VMXMLElement::getReadMask(unsigned char *mask) const
 {
-    writeWord(mask, readable ? 0xFFFFFFFFu : 0u, getBitSize());
+    serveImage(*this, mask, GiveReadMask());
 }
-
-void VMStruct::memSet(unsigned char *image)
-{
-    setMembers(*this, image);
-}
-
-void VMStruct::memGet(unsigned char *image) const
-{
-    getMembers(*this, image);
-}
-
-void VMStruct::getReadMask(unsigned char *mask) const
-{
-    maskMembers(*this, mask);
-}
-
-void VMArray::memSet(unsigned char *image)
-{
-    setMembers(*this, image);
-}
-
-void VMArray::memGet(unsigned char *image) const
-{
-    getMembers(*this, image);
-}
-
-void VMArray::getReadMask(unsigned char *mask) const
-{
-    maskMembers(*this, mask);
-}
-
-void VMHole::memSet(unsigned char *) {}
-
-void VMHole::memGet(unsigned char *image) const
-{
-    fill(image, sizeOf(), 0xFF);
-}
-
-void VMHole::getReadMask(unsigned char *mask) const
-{
-    fill(mask, sizeOf(), 0);
-}
-
-void VMMemory::memSet(unsigned char *) {}
-
-void VMMemory::memGet(unsigned char *) const {}
-
-void VMMemory::getReadMask(unsigned char *mask) const
-{
-    fill(mask, sizeOf(), 0);
-}
-
-// The bits of a field lie in its valuable; archives take no place in memory.
-
-void VMBitField::memSet(unsigned char *) {}
-
-void VMBitField::memGet(unsigned char *) const {}
-
-void VMBitField::getReadMask(unsigned char *) const {}
-
-void VMXMLArchive::memSet(unsigned char *) {}
-
-void VMXMLArchive::memGet(unsigned char *) const {}
-
-void VMXMLArchive::getReadMask(unsigned char *) const {}
-
-void VMRootArchive::memSet(unsigned char *) {}
-
-void VMRootArchive::memGet(unsigned char *) const {}
-
-void VMRootArchive::getReadMask(unsigned char *) const {}

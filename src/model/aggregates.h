@@ -25,15 +25,10 @@ public:
     bool isStruct() const override;
     /// The typedef's name, empty for an inner struct.
     QString getTypeString() const override;
-    void memSet(unsigned char *image) override;
-    void getReadMask(unsigned char *mask) const override;
-    void memGet(unsigned char *image) const override;
     QString c_typedefSerialize() const override;
     QString c_serialize(int level) const override;
     QString asm_serialize(const QString &prefix, const QString &base) const override;
     QString macro_serialize(const QString &prefix, QStringList &usedNames) const override;
-    QMap<QString, CXMLCompletionEntry> getCompletionListFromTokens(const QStringList &tokens) override;
-    VMXMLElement *getElementFromPathTokens(const QStringList &tokens) override;
     void setReadError(bool failed) override;
     int dumpInfo(int level) const override;
 
@@ -75,14 +70,10 @@ public:
     QString getTypeString() const override;
     /// Renames the array, and its members to name[0], name[1], ...
     void setName(const QString &newName) override;
-    void memSet(unsigned char *image) override;
-    void getReadMask(unsigned char *mask) const override;
-    void memGet(unsigned char *image) const override;
     QString c_typedefSerialize() const override;
     QString c_serialize(int level) const override;
     QString asm_serialize(const QString &prefix, const QString &base) const override;
     QString macro_serialize(const QString &prefix, QStringList &usedNames) const override;
-    VMXMLElement *getElementFromPathTokens(const QStringList &tokens) override;
     void setReadError(bool failed) override;
     int dumpInfo(int level) const override;
 
@@ -117,9 +108,6 @@ public:
     QString getRubyPrefix() const override;
     QString getPath() const override;
     QString getTypeString() const override;
-    void memSet(unsigned char *image) override;
-    void getReadMask(unsigned char *mask) const override;
-    void memGet(unsigned char *image) const override;
     QString c_serialize(int level) const override;
 
     int holeBits;
@@ -137,9 +125,6 @@ public:
     QString getRubyClassName() const override;
     QString getRubyPrefix() const override;
     QString getTypeString() const override;
-    void memSet(unsigned char *image) override;
-    void getReadMask(unsigned char *mask) const override;
-    void memGet(unsigned char *image) const override;
     QString c_serialize(int level) const override;
 
     int memorySize;

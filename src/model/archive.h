@@ -52,9 +52,6 @@ public:
     QString getRubyClassName() const override;
     QString getRubyPrefix() const override;
     QString getTypeString() const override;
-    void memSet(unsigned char *image) override;
-    void getReadMask(unsigned char *mask) const override;
-    void memGet(unsigned char *image) const override;
     /// The whole C header.
     QString c_content() const override;
     /// The whole assembly header.

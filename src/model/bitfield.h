@@ -51,12 +51,8 @@ public:
     unsigned int getBaseAddress() const override;
     QString getPath() const override;
     QString getTypeString() const override;
-    void memSet(unsigned char *image) override;
-    void getReadMask(unsigned char *mask) const override;
-    void memGet(unsigned char *image) const override;
     QString asm_serialize(const QString &prefix, const QString &base) const override;
     QString macro_serialize(const QString &prefix, QStringList &usedNames) const override;
-    QMap<QString, CXMLCompletionEntry> getCompletionListFromTokens(const QStringList &tokens) override;
     int dumpInfo(int level) const override;
 
     virtual QString vhdl_logical_serialize(int indent, QStringList &seen) const;

@@ -83,11 +83,11 @@ public:
     virtual QString getTypeString() const = 0;
     virtual void setName(const QString &newName);
     /// Takes the value from \a image, whose byte 0 is the element's own address; at least sizeOf() bytes.
-    virtual void memSet(unsigned char *image) = 0;
+    virtual void memSet(unsigned char *image);
     /// Writes into \a mask, of at least sizeOf() bytes, all ones where bytes can be read and zeros where not.
-    virtual void getReadMask(unsigned char *mask) const = 0;
+    virtual void getReadMask(unsigned char *mask) const;
     /// Writes the value into \a image, of at least sizeOf() bytes.
-    virtual void memGet(unsigned char *image) const = 0;
+    virtual void memGet(unsigned char *image) const;
     /// "0x" and the address in eight upper-case hexadecimal digits.
     virtual QString getAddressString() const;
     /// The name of the element's anchor in the documentation site.

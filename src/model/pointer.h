@@ -23,7 +23,6 @@ public:
     QString getCTypeString() const override;
     QString getTypeString() const override;
     QString c_typedefSerialize() const override;
-    VMXMLElement *getElementFromPathTokens(const QStringList &tokens) override;
     void setReadError(bool failed) override;
     int dumpInfo(int level) const override;
     unsigned int getValue() const override;

@@ -27,9 +27,6 @@ public:
     QString getRubyClassName() const override;
     QString getRubyPrefix() const override;
     QString getTypeString() const override;
-    void memSet(unsigned char *image) override;
-    void getReadMask(unsigned char *mask) const override;
-    void memGet(unsigned char *image) const override;
     int dumpInfo(int level) const override;
 
     /// Appends \a archive and takes ownership of it.
