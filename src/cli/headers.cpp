@@ -5,7 +5,6 @@
 #include "cli/program_rules.h"
 #include "cli/session.h"
 #include "headers/header_files.h"
-#include "headers/trace.h"
 
 #include <QDir>
 
@@ -22,7 +21,7 @@ bool writeHeaders(Session &session, const QString &directory, bool chip)
         session.messages.tell(rules::kNoDirectory, {directory});
         return false;
     }
-    const GenerationReport report = writeCHeaders(session.map, directory, chip, [&](const QString &file) {
+    const GenerationReport report = writeCHeaders(session.map, directory, chip, HeaderTrace::None, [&](const QString &file) {
         session.messages.showProgress(u"Writing %1..."_s.arg(file));
     });
     session.messages.clearProgress();
@@ -37,7 +36,6 @@ bool writeHeaders(Session &session, const QString &directory, bool chip)
 
 bool writeAllHeaders(Session &session, const QString &directory)
 {
-    const TraceRedirection noTrace(nullptr);
     return writeEachRoot(session.map, directory,
                          [&session](const QString &ofRoot, bool chip) { return writeHeaders(session, ofRoot, chip); });
 }

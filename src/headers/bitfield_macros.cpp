@@ -1,7 +1,6 @@
-#include "text/lines.h"
 #include "headers/template_macros.h"
-#include "model/aggregates.h"
-#include "model/valuable.h"
+#include "model/visit.h"
+#include "text/lines.h"
 
 #include <QSet>
 
@@ -52,19 +51,18 @@ public:
 private:
     void write(const VMXMLElement &element)
     {
-        if (const auto *structure = elementCast<VMStruct>(&element)) {
-            for (const auto &member : structure->memberList)
-                write(*member);
-        } else if (const auto *array = elementCast<VMArray>(&element)) {
-            write(*array->prototype);
-        } else if (const auto *valuable = elementCast<VMValuable>(&element)) {
-            writeValuable(*valuable);
-        } else if (const auto *field = elementCast<VMBitField>(&element)) {
-            writeField(*field);
-        }
+        veldmap::visit(element, [this](const auto &it) { writeKind(it); });
     }
 
-    void writeValuable(const VMValuable &valuable)
+    void writeKind(const VMStruct &structure)
+    {
+        for (const auto &member : structure.memberList)
+            write(*member);
+    }
+
+    void writeKind(const VMArray &array) { write(*array.prototype); }
+
+    void writeKind(const VMValuable &valuable)
     {
         if (valuable.enumTemplate || (valuable.bitFields.empty() && valuable.bitGroups.empty()))
             return;
@@ -75,6 +73,9 @@ private:
             writeGroup(*group);
         m_text += u'\n';
     }
+
+    void writeKind(const VMBitField &field) { writeField(field); }
+    void writeKind(const VMXMLElement &) {}
 
     void writeField(const VMBitField &field)
     {
@@ -143,65 +144,15 @@ private:
 
 } // namespace
 
-namespace veldmap {
-
-namespace {
-
-TemplateMacrosCache *&innermostCache()
-{
-    static thread_local TemplateMacrosCache *cache = nullptr;
-    return cache;
-}
-
-QString makeMacros(const VMXMLElement &element)
+QString veldmap::templateMacros(const VMXMLElement &element)
 {
     QStringList usedNames;
     return element.macro_serialize(element.getTypeString().toUpper(), usedNames);
 }
 
-} // namespace
-
-TemplateMacrosCache::TemplateMacrosCache() : m_outer(std::exchange(innermostCache(), this)) {}
-
-TemplateMacrosCache::~TemplateMacrosCache()
-{
-    innermostCache() = m_outer;
-}
-
-QString templateMacros(const VMXMLElement &element)
-{
-    TemplateMacrosCache *cache = innermostCache();
-    if (!cache)
-        return makeMacros(element);
-    const auto known = cache->m_macros.constFind(&element);
-    return known != cache->m_macros.cend() ? *known : *cache->m_macros.insert(&element, makeMacros(element));
-}
-
-} // namespace veldmap
-
-QString VMXMLElement::macro_serialize(const QString &, QStringList &) const
-{
-    return {};
-}
-
-QString VMStruct::macro_serialize(const QString &prefix, QStringList &usedNames) const
+QString VMXMLElement::macro_serialize(const QString &prefix, QStringList &usedNames) const
 {
     return MacroWriter(prefix, usedNames).textOf(*this);
-}
-
-QString VMArray::macro_serialize(const QString &prefix, QStringList &usedNames) const
-{
-    return MacroWriter(prefix, usedNames).textOf(*this);
-}
-
-QString VMValuable::macro_serialize(const QString &prefix, QStringList &usedNames) const
-{
-    return MacroWriter(prefix, usedNames).textOf(*this);
-}
-
-QString VMBitField::macro_serialize(const QString &prefix, QStringList &usedNames) const
-{
-    return MacroWriter(prefix, usedNames).textOf(static_cast<const VMXMLElement &>(*this));
 }
 
 QString VMBitGroup::macro_serialize(const QString &prefix, QStringList &usedNames) const

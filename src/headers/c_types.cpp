@@ -1,10 +1,6 @@
-#include "text/lines.h"
 #include "headers/c_names.h"
-#include "headers/template_macros.h"
-#include "model/aggregates.h"
-#include "model/pointer.h"
-#include "model/root_archive.h"
-#include "model/variables.h"
+#include "model/visit.h"
+#include "text/lines.h"
 
 #include <algorithm>
 
@@ -68,18 +64,11 @@ struct MemberName {
     bool isAbsent = false;
 };
 
-/// The line of a member that has a type word.
-QString memberLine(const VMXMLElement &element, const MemberName &member, const QString &type)
-{
-    return lineOf(member.indentation, type, Column{kNameColumn}, member.name, member.subscript, u";",
-                  Column{kAddressColumn}, "//"_L1, element.getAddressString());
-}
-
 /// \a text with every line that is not a comment yet made one.
-QString commentedOut(const QString &text)
+QString commentedOut(QStringView text)
 {
     QString result;
-    for (const QStringView line : QStringView(text).split(u'\n', Qt::SkipEmptyParts)) {
+    for (const QStringView line : text.split(u'\n', Qt::SkipEmptyParts)) {
         const qsizetype begin = std::ranges::find_if(line, [](QChar c) { return c != u' '; }) - line.begin();
         result += line.first(begin);
         result += line.sliced(begin).startsWith("//"_L1) ? ""_L1 : "// "_L1;
@@ -89,15 +78,155 @@ QString commentedOut(const QString &text)
     return result;
 }
 
-/// The union that gives the halves of a register names of their own, around the register's \a memberLine.
-QString halvesUnion(const VMValuable &valuable, const QString &memberLine, const QString &indentation, int level)
-{
-    const QLatin1StringView half = valuable.getBitSize() == 16 ? "REG8 "_L1 : "REG16 "_L1;
-    return lineOf(indentation, "union {"_L1) + memberLine + lineOf(indent(level + 1), "struct {"_L1) +
-           lineOf(indent(level + 2), half, valuable.lowName, u";") +
-           lineOf(indent(level + 2), half, valuable.highName, u";") + lineOf(indent(level + 1), "};"_L1) +
-           lineOf(indentation, "};"_L1);
-}
+/// Writes the members of structures, all into one text, however deep they lie in one another.
+class MemberWriter {
+public:
+    void write(const VMXMLElement &element, int level)
+    {
+        veldmap::visit(element, [&](const auto &it) { writeKind(it, level); });
+    }
+
+    QString takeText() { return std::move(m_text); }
+
+private:
+    void writeKind(const VMValuable &valuable, int level)
+    {
+        const MemberName member(valuable, level);
+        const QString type = keywordsOf(valuable) + valuable.getCTypeString();
+        m_text += commentBlock(valuable.comment, level);
+        const int bits = valuable.getBitSize();
+        if (valuable.lowName.isEmpty() || (bits != 16 && bits != 32)) {
+            writeLine(valuable, member, type);
+            return;
+        }
+        // The union gives the halves of the register names of their own.
+        const QLatin1StringView half = bits == 16 ? "REG8 "_L1 : "REG16 "_L1;
+        appendLine(m_text, member.indentation, "union {"_L1);
+        writeLine(valuable, member, type);
+        appendLine(m_text, indent(level + 1), "struct {"_L1);
+        appendLine(m_text, indent(level + 2), half, valuable.lowName, u";");
+        appendLine(m_text, indent(level + 2), half, valuable.highName, u";");
+        appendLine(m_text, indent(level + 1), "};"_L1);
+        appendLine(m_text, member.indentation, "};"_L1);
+    }
+
+    void writeKind(const VMStruct &structure, int level)
+    {
+        const MemberName member(structure, level);
+        const qsizetype begin = m_text.size();
+        m_text += keywordsOf(structure);
+        m_text += commentBlock(structure.comment, level);
+        if (structure.isInstance() || (structure.parent && !structure.declaredType.isEmpty())) {
+            writeLine(structure, member, ESDRTypeConvert(structure.getTypeString()));
+        } else {
+            appendLine(m_text, member.indentation, "struct"_L1);
+            appendLine(m_text, member.indentation, u"{");
+            for (const auto &child : structure.memberList)
+                write(*child, level + 1);
+            appendLine(m_text, member.indentation, "} "_L1, member.name, member.subscript, u";");
+        }
+        if (!member.isAbsent)
+            return;
+        // Qualifiers and members have lines of their own, which must not be left behind.
+        const QString text = commentedOut(QStringView(m_text).sliced(begin));
+        m_text.truncate(begin);
+        m_text += text;
+    }
+
+    void writeKind(const VMArray &array, int level)
+    {
+        if (array.declaredType.isEmpty()) {
+            write(*array.prototype, level);
+            return;
+        }
+        m_text += commentBlock(array.comment, level);
+        writeLine(array, MemberName(array, level), keywordsOf(array) + ESDRTypeConvert(array.declaredType.toUpper()));
+    }
+
+    void writeKind(const VMHole &hole, int level)
+    {
+        // The widest register that lies aligned in the gap and fills it.
+        const bool fills32 = hole.holeBits % 32 == 0 && hole.offset % 4 == 0;
+        const bool fills16 = hole.holeBits % 16 == 0 && hole.offset % 2 == 0;
+        const int unit = fills32 ? 32 : fills16 ? 16 : 8;
+        const int count = hole.holeBits / unit;
+        const QString place = veldmap::hex8(hole.offset);
+        appendLine(m_text, indent(level), count == 0 ? "// "_L1 : ""_L1, "REG"_L1, unit, " Reserved_"_L1, place,
+                   count > 1 ? u'[' + QString::number(count) + u']' : QString(), u";", Column{kGapAddressColumn},
+                   "//0x"_L1, place);
+    }
+
+    void writeKind(const VMMemory &memory, int level)
+    {
+        appendLine(m_text, indent(level), memory.memorySize == 0 ? "// "_L1 : ""_L1, keywordsOf(memory), "UINT8 "_L1,
+                   memory.getName(), u"[", memory.memorySize, u"];", Column{kGapAddressColumn}, "//0x"_L1,
+                   veldmap::hex8(memory.offset));
+    }
+
+    void writeKind(const VMXMLElement &, int) {}
+
+    /// The line of a member that has a type word.
+    void writeLine(const VMXMLElement &element, const MemberName &member, const QString &type)
+    {
+        appendLine(m_text, member.indentation, type, Column{kNameColumn}, member.name, member.subscript, u";",
+                   Column{kAddressColumn}, "//"_L1, element.getAddressString());
+    }
+
+    QString m_text;
+};
+
+/// The C definition of a template.
+struct TypedefOf {
+    QString operator()(const VMStruct &structure) const
+    {
+        if (!structure.declaredType.isEmpty())
+            return (*this)(static_cast<const VMXMLElement &>(structure));
+        MemberWriter members;
+        for (const auto &member : structure.memberList)
+            members.write(*member, 1);
+        QString text = "typedef "_L1 + keywordsOf(structure) + "struct\n{\n"_L1 + members.takeText();
+        const QString type = structure.getTypeString();
+        if (!structure.isTypedef)
+            appendLine(text, "} HWP_"_L1, type.toUpper(), "_T;"_L1);
+        else
+            appendLine(text, "} "_L1, ESDRTypeConvert(type), "; //Size : 0x"_L1,
+                       veldmap::hexDigits(static_cast<quint32>(structure.sizeOf())));
+        return text;
+    }
+
+    QString operator()(const VMValuable &valuable) const
+    {
+        if (valuable.bitFields.empty() || valuable.enumTemplate)
+            return (*this)(static_cast<const VMXMLElement &>(valuable));
+        QString text = u"typedef struct\n{\n"_s;
+        for (const auto &field : valuable.bitFields)
+            appendLine(text, indent(1), ESDRTypeConvert(valuable.declaredType), Column{kNameColumn}, field->getName(),
+                       u":", field->getBitSize(), u";");
+        return text + "} "_L1 + ESDRTypeConvert(valuable.typedefName) + u';';
+    }
+
+    QString operator()(const VMPointer &pointer) const
+    {
+        return plain(pointer, ESDRTypeConvert(pointer.declaredType) + u'*', {});
+    }
+
+    QString operator()(const VMArray &array) const
+    {
+        return plain(array, ESDRTypeConvert(array.prototype->declaredType),
+                     u'[' + array.countExpression.toUpper() + u']');
+    }
+
+    QString operator()(const VMXMLElement &element) const
+    {
+        return plain(element, ESDRTypeConvert(element.declaredType), {});
+    }
+
+    static QString plain(const VMXMLElement &element, const QString &type, const QString &subscript)
+    {
+        return "typedef "_L1 + keywordsOf(element) + type + u' ' + ESDRTypeConvert(element.typedefName) + subscript +
+               u';';
+    }
+};
 
 } // namespace
 
@@ -111,125 +240,16 @@ QString VMPointer::getCTypeString() const
     return ESDRTypeConvert(pointedType) + u'*';
 }
 
-QString VMXMLElement::c_serialize(int) const
+QString VMXMLElement::c_serialize(int level) const
 {
-    return {};
-}
-
-QString VMValuable::c_serialize(int level) const
-{
-    const MemberName member(*this, level);
-    QString line = memberLine(*this, member, keywordsOf(*this) + getCTypeString());
-    if (!lowName.isEmpty() && (getBitSize() == 16 || getBitSize() == 32))
-        line = halvesUnion(*this, line, member.indentation, level);
-    QString text = commentBlock(comment, level);
-    text += line;
-    return text;
-}
-
-QString VMStruct::c_serialize(int level) const
-{
-    const MemberName member(*this, level);
-    QString text = keywordsOf(*this) + commentBlock(comment, level);
-    const bool isReference = parent && (parent->getType() == XML_ROOT_ARCHIVE || !declaredType.isEmpty());
-    if (isReference) {
-        text += memberLine(*this, member, ESDRTypeConvert(getTypeString()));
-    } else {
-        text += lineOf(member.indentation, "struct"_L1) + lineOf(member.indentation, u"{");
-        for (const auto &child : memberList)
-            text += child->c_serialize(level + 1);
-        text += lineOf(member.indentation, "} "_L1, member.name, member.subscript, u";");
-    }
-    // Qualifiers and members have lines of their own, which must not be left behind.
-    return member.isAbsent ? commentedOut(text) : text;
-}
-
-QString VMArray::c_serialize(int level) const
-{
-    if (declaredType.isEmpty())
-        return prototype->c_serialize(level);
-    return commentBlock(comment, level) +
-           memberLine(*this, MemberName(*this, level), keywordsOf(*this) + ESDRTypeConvert(declaredType.toUpper()));
-}
-
-QString VMHole::c_serialize(int level) const
-{
-    // The widest register that lies aligned in the gap and fills it.
-    const int unit = holeBits % 32 == 0 && offset % 4 == 0 ? 32 : holeBits % 16 == 0 && offset % 2 == 0 ? 16 : 8;
-    const int count = holeBits / unit;
-    const QString place = veldmap::hex8(offset);
-    return lineOf(indent(level), count == 0 ? "// "_L1 : ""_L1, "REG"_L1, unit, " Reserved_"_L1, place,
-                  count > 1 ? u'[' + QString::number(count) + u']' : QString(), u";", Column{kGapAddressColumn},
-                  "//0x"_L1, place);
-}
-
-QString VMMemory::c_serialize(int level) const
-{
-    return lineOf(indent(level), memorySize == 0 ? "// "_L1 : ""_L1, keywordsOf(*this), "UINT8 "_L1, getName(), u"[",
-                  memorySize, u"];", Column{kGapAddressColumn}, "//0x"_L1, veldmap::hex8(offset));
+    MemberWriter writer;
+    writer.write(*this, level);
+    return writer.takeText();
 }
 
 QString VMXMLElement::c_typedefSerialize() const
 {
-    return "typedef "_L1 + keywordsOf(*this) + ESDRTypeConvert(declaredType) + u' ' + ESDRTypeConvert(typedefName) +
-           u';';
-}
-
-QString VMPointer::c_typedefSerialize() const
-{
-    return "typedef "_L1 + keywordsOf(*this) + ESDRTypeConvert(declaredType) + "* "_L1 + ESDRTypeConvert(typedefName) +
-           u';';
-}
-
-QString VMArray::c_typedefSerialize() const
-{
-    return "typedef "_L1 + keywordsOf(*this) + ESDRTypeConvert(prototype->declaredType) + u' ' +
-           ESDRTypeConvert(typedefName) + u'[' + countExpression.toUpper() + "];"_L1;
-}
-
-QString VMStruct::c_typedefSerialize() const
-{
-    if (!declaredType.isEmpty())
-        return VMXMLElement::c_typedefSerialize();
-    QString text = "typedef "_L1 + keywordsOf(*this) + "struct\n{\n"_L1;
-    for (const auto &member : memberList)
-        text += member->c_serialize(1);
-    if (!isTypedef)
-        appendLine(text, "} HWP_"_L1, getTypeString().toUpper(), "_T;"_L1);
-    else
-        appendLine(text, "} "_L1, ESDRTypeConvert(getTypeString()), "; //Size : 0x"_L1,
-                   veldmap::hexDigits(static_cast<quint32>(sizeOf())));
-    return text;
-}
-
-QString VMValuable::c_typedefSerialize() const
-{
-    if (bitFields.empty() || enumTemplate)
-        return VMXMLElement::c_typedefSerialize();
-    QString text = u"typedef struct\n{\n"_s;
-    for (const auto &field : bitFields)
-        text += lineOf(indent(1), ESDRTypeConvert(declaredType), Column{kNameColumn}, field->getName(), u":",
-                       field->getBitSize(), u";");
-    return text + "} "_L1 + ESDRTypeConvert(typedefName) + u';';
-}
-
-QString VMXMLElement::c_content() const
-{
-    const VMRootArchive *root = getRootArchive();
-    QString text;
-    if (root)
-        text += root->c_getMatchingInstancesBaseAddresses(this);
-    text += "\n\n"_L1;
-    text += c_typedefSerialize();
-    text += u'\n';
-    const auto *structure = elementCast<VMStruct>(this);
-    if (structure && !structure->isTypedef) {
-        if (root)
-            text += root->c_getMatchingInstancesInstanciation(this);
-        text += u'\n';
-    }
-    text += veldmap::templateMacros(*this);
-    return text;
+    return veldmap::visit(*this, TypedefOf());
 }
 
 QString VMIntVar::c_serialize(bool enumEntry) const

@@ -25,10 +25,6 @@ public:
     bool isStruct() const override;
     /// The typedef's name, empty for an inner struct.
     QString getTypeString() const override;
-    QString c_typedefSerialize() const override;
-    QString c_serialize(int level) const override;
-    QString asm_serialize(const QString &prefix, const QString &base) const override;
-    QString macro_serialize(const QString &prefix, QStringList &usedNames) const override;
     void setReadError(bool failed) override;
     int dumpInfo(int level) const override;
 
@@ -70,10 +66,6 @@ public:
     QString getTypeString() const override;
     /// Renames the array, and its members to name[0], name[1], ...
     void setName(const QString &newName) override;
-    QString c_typedefSerialize() const override;
-    QString c_serialize(int level) const override;
-    QString asm_serialize(const QString &prefix, const QString &base) const override;
-    QString macro_serialize(const QString &prefix, QStringList &usedNames) const override;
     void setReadError(bool failed) override;
     int dumpInfo(int level) const override;
 
@@ -108,7 +100,6 @@ public:
     QString getRubyPrefix() const override;
     QString getPath() const override;
     QString getTypeString() const override;
-    QString c_serialize(int level) const override;
 
     int holeBits;
 };
@@ -125,7 +116,6 @@ public:
     QString getRubyClassName() const override;
     QString getRubyPrefix() const override;
     QString getTypeString() const override;
-    QString c_serialize(int level) const override;
 
     int memorySize;
 };

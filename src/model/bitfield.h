@@ -51,8 +51,6 @@ public:
     unsigned int getBaseAddress() const override;
     QString getPath() const override;
     QString getTypeString() const override;
-    QString asm_serialize(const QString &prefix, const QString &base) const override;
-    QString macro_serialize(const QString &prefix, QStringList &usedNames) const override;
     int dumpInfo(int level) const override;
 
     virtual QString vhdl_logical_serialize(int indent, QStringList &seen) const;

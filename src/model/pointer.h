@@ -22,7 +22,6 @@ public:
     QString getRubyPrefix() const override;
     QString getCTypeString() const override;
     QString getTypeString() const override;
-    QString c_typedefSerialize() const override;
     void setReadError(bool failed) override;
     int dumpInfo(int level) const override;
     unsigned int getValue() const override;

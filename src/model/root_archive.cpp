@@ -126,14 +126,3 @@ VMXMLElement *VMRootArchive::addInstance(const VMXMLElement &type, const QString
     instance->reparent(this);
     return instance;
 }
-
-QList<VMXMLElement *> VMRootArchive::matchingInstances(const VMXMLElement *element) const
-{
-    const QString word = element->getTypeString();
-    QList<VMXMLElement *> matching;
-    for (const auto &instance : instances) {
-        if (instance->getTypeString() == word)
-            matching += instance.get();
-    }
-    return matching;
-}

@@ -64,8 +64,5 @@ public:
     VMMemoryMap *memoryMap; ///< not owned
 
 private:
-    /// The instances whose type word equals that of \a element, in load order.
-    QList<VMXMLElement *> matchingInstances(const VMXMLElement *element) const;
-
     std::vector<std::unique_ptr<VMXMLArchive>> m_ownedArchives;
 };

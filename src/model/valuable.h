@@ -23,10 +23,6 @@ public:
 
     int getAlignConstraint() const override;
     bool isValuable() const override;
-    QString c_typedefSerialize() const override;
-    QString c_serialize(int level) const override;
-    QString asm_serialize(const QString &prefix, const QString &base) const override;
-    QString macro_serialize(const QString &prefix, QStringList &usedNames) const override;
     int dumpInfo(int level) const override;
 
     /// Gives each bitfield its place in a packed word, in list order from bit 0 without gaps, as number and as text.
