@@ -81,6 +81,7 @@ int VMStruct::dumpInfo(int level) const
 
 void VMStruct::addElement(VMXMLElement *element)
 {
+    Q_ASSERT_X(element, "VMStruct::addElement", "a structure takes elements, not null");
     memberList.emplace_back(element);
     const int place = alignedUp(structSize, qMin(element->getAlignConstraint(), 4));
     element->remap(static_cast<unsigned int>(place));
@@ -196,7 +197,10 @@ QStringList VMArray::getMemberList() const
     return namesOf(memberList);
 }
 
-VMHole::VMHole(int bits) : VMXMLElement(QString(), XML_HOLE), holeBits(bits) {}
+VMHole::VMHole(int bits) : VMXMLElement(QString(), XML_HOLE), holeBits(bits)
+{
+    VMHole::remap(0);
+}
 
 int VMHole::sizeOf() const
 {
@@ -208,21 +212,13 @@ int VMHole::getAlignConstraint() const
     return 1;
 }
 
-const QString &VMHole::getName() const
+void VMHole::remap(unsigned int newOffset)
 {
+    VMXMLElement::remap(newOffset);
     name = "Reserved_"_L1 + veldmap::hex8(offset) + u'_' + QString::number(holeBits);
-    return name;
 }
 
-QString VMHole::getRubyClassName() const
-{
-    return u"CRHole"_s;
-}
-
-QString VMHole::getRubyPrefix() const
-{
-    return {};
-}
+void VMHole::setName(const QString &) {}
 
 QString VMHole::getPath() const
 {
@@ -244,16 +240,6 @@ int VMMemory::sizeOf() const
 int VMMemory::getAlignConstraint() const
 {
     return 4;
-}
-
-QString VMMemory::getRubyClassName() const
-{
-    return u"CRMemory"_s;
-}
-
-QString VMMemory::getRubyPrefix() const
-{
-    return {};
 }
 
 QString VMMemory::getTypeString() const

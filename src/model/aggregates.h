@@ -28,8 +28,8 @@ public:
     void setReadError(bool failed) override;
     int dumpInfo(int level) const override;
 
-    /// Places \a element at the end and takes ownership of it. An alignment above 4 is not honoured, one of 0 places
-    /// the element without padding.
+    /// Places \a element, which is not null, at the end and takes ownership of it. An alignment above 4 is not
+    /// honoured, one of 0 places the element without padding.
     void addElement(VMXMLElement *element);
     /// The members' names, in order.
     QStringList getMemberList() const;
@@ -85,6 +85,9 @@ private:
 };
 
 /// A reserved gap. It names itself from its place and size, and never causes padding.
+///
+/// The name is "Reserved_", the offset in eight hexadecimal digits, "_", the size in bits. It is made when the gap is
+/// made and whenever it is placed with remap(); who writes `offset` or `holeBits` places it again.
 class VELDMAP_EXPORT VMHole : public VMXMLElement {
 public:
     explicit VMHole(int bits);
@@ -94,10 +97,9 @@ public:
     /// The whole bytes of the gap, cut toward zero.
     int sizeOf() const override;
     int getAlignConstraint() const override;
-    /// "Reserved_", the offset in eight hexadecimal digits, "_", the size in bits; made anew on every call.
-    const QString &getName() const override;
-    QString getRubyClassName() const override;
-    QString getRubyPrefix() const override;
+    void remap(unsigned int newOffset) override;
+    /// Does nothing: the name tells the place.
+    void setName(const QString &newName) override;
     QString getPath() const override;
     QString getTypeString() const override;
 
@@ -113,8 +115,6 @@ public:
 
     int sizeOf() const override;
     int getAlignConstraint() const override;
-    QString getRubyClassName() const override;
-    QString getRubyPrefix() const override;
     QString getTypeString() const override;
 
     int memorySize;

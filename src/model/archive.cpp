@@ -43,16 +43,6 @@ const QString &VMXMLArchive::getComment() const
     return archiveComment;
 }
 
-QString VMXMLArchive::getRubyClassName() const
-{
-    return {};
-}
-
-QString VMXMLArchive::getRubyPrefix() const
-{
-    return {};
-}
-
 QString VMXMLArchive::getTypeString() const
 {
     return u"archive"_s;

@@ -49,8 +49,6 @@ public:
     int sizeOf() const override;
     int getAlignConstraint() const override;
     const QString &getComment() const override;
-    QString getRubyClassName() const override;
-    QString getRubyPrefix() const override;
     QString getTypeString() const override;
     /// The whole C header.
     QString c_content() const override;

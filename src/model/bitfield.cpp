@@ -234,27 +234,6 @@ QString VMBitField::getAccessString() const
     return QString(readable ? u'r' : u'-') + QLatin1Char("-wsc"[known ? writeMode : 0]);
 }
 
-QString VMBitField::generateOptionsComment() const
-{
-    if (options.optionList.isEmpty())
-        return {};
-    QString table = u"<table>"_s;
-    for (const VMBitFieldOption &option : options.optionList) {
-        table += "<tr><td>"_L1;
-        table += convertValueToValueString(static_cast<unsigned int>(option.value), DISPLAY_DEFAULT, false, true);
-        table += "</td><td>"_L1;
-        table += option.name;
-        table += "</td>"_L1;
-        if (!option.comment.isEmpty()) {
-            table += "<td>"_L1;
-            table += option.comment;
-            table += "</td>"_L1;
-        }
-        table += "</tr>"_L1;
-    }
-    return table + "</table>"_L1;
-}
-
 VMBitGroup::VMBitGroup(const QString &name, VMValuable *valuable) : valuable(valuable), name(name) {}
 
 void VMBitGroup::addBitField(VMBitField *field)

@@ -1,12 +1,7 @@
 #include "model/element.h"
 
+#include "model/visit.h"
 #include "text/lines.h"
-#include "model/aggregates.h"
-#include "model/archive.h"
-#include "model/bitfield.h"
-#include "model/pointer.h"
-#include "model/root_archive.h"
-#include "model/scalars.h"
 
 #include <cstdio>
 #include <utility>
@@ -74,24 +69,6 @@ bool VMXMLElement::isArray() const
 bool VMXMLElement::isPointer() const
 {
     return false;
-}
-
-QString VMXMLElement::getRubyClassName() const
-{
-    if (!typedefName.isEmpty())
-        return "CH__"_L1 + typedefName;
-    if (!parent)
-        return "__"_L1 + getName();
-    if (parent->isArray())
-        return parent->getRubyPrefix() + "__content"_L1;
-    if (const auto *pointer = elementCast<VMPointer>(std::as_const(parent)))
-        return pointer->getRubyBasicType();
-    return parent->getRubyPrefix() + "__"_L1 + getName();
-}
-
-QString VMXMLElement::getRubyPrefix() const
-{
-    return getRubyClassName();
 }
 
 QString VMXMLElement::getPath() const
@@ -165,6 +142,7 @@ bool VMXMLElement::isInstance() const
 
 unsigned int VMXMLElement::offsetOf(const VMXMLElement *other) const
 {
+    Q_ASSERT_X(other, "VMXMLElement::offsetOf", "a distance leads to an element, not to null");
     return other->getBaseAddress() - getBaseAddress();
 }
 
@@ -183,50 +161,12 @@ int VMXMLElement::dumpLine(int level, std::size_t objectSize) const
 
 VMXMLElement *VMXMLElement::anonymousCopy(const VMXMLElement *source)
 {
-    const auto copyAs = [source]<typename T>(std::type_identity<T>) -> VMXMLElement * {
-        return std::make_unique<T>(static_cast<const T &>(*source)).release();
-    };
-    switch (source->getType()) {
-    case XML_HOLE:
-        return copyAs(std::type_identity<VMHole>());
-    case XML_REGISTER32:
-        return copyAs(std::type_identity<VMRegister32>());
-    case XML_REGISTER16:
-        return copyAs(std::type_identity<VMRegister16>());
-    case XML_REGISTER8:
-        return copyAs(std::type_identity<VMRegister8>());
-    case XML_INTERNAL_REGISTER8:
-        return copyAs(std::type_identity<VMInternalRegister8>());
-    case XML_BITFIELD:
-        return copyAs(std::type_identity<VMBitField>());
-    case XML_POINTER:
-        return copyAs(std::type_identity<VMPointer>());
-    case XML_INT32:
-        return copyAs(std::type_identity<VMInt32>());
-    case XML_INT16:
-        return copyAs(std::type_identity<VMInt16>());
-    case XML_INT8:
-        return copyAs(std::type_identity<VMInt8>());
-    case XML_UNSIGNED_INT32:
-        return copyAs(std::type_identity<VMUnsignedInt32>());
-    case XML_UNSIGNED_INT16:
-        return copyAs(std::type_identity<VMUnsignedInt16>());
-    case XML_UNSIGNED_INT8:
-        return copyAs(std::type_identity<VMUnsignedInt8>());
-    case XML_BOOLEAN:
-        return copyAs(std::type_identity<VMBoolean>());
-    case XML_STRUCT:
-        return copyAs(std::type_identity<VMStruct>());
-    case XML_ARRAY:
-        return copyAs(std::type_identity<VMArray>());
-    case XML_MEMORY:
-        return copyAs(std::type_identity<VMMemory>());
-    case XML_VOID:
-        return copyAs(std::type_identity<VMVoid>());
-    case XML_VALUABLE:
-    case XML_ARCHIVE:
-    case XML_ROOT_ARCHIVE:
-        break;
-    }
-    return nullptr;
+    Q_ASSERT_X(source, "VMXMLElement::anonymousCopy", "there is no copy of null");
+    return veldmap::visit(*source, [](const auto &element) -> VMXMLElement * {
+        using Kind = std::remove_cvref_t<decltype(element)>;
+        if constexpr (std::is_copy_constructible_v<Kind>)
+            return std::make_unique<Kind>(element).release();
+        else
+            return nullptr; // an archive
+    });
 }

@@ -131,14 +131,14 @@ public:
     VMXMLArchive *getTopArchive() const;
     bool isRootElement() const;
     bool isInstance() const;
-    /// The distance in bytes from this element to \a other.
+    /// The distance in bytes from this element to \a other, which is not null.
     unsigned int offsetOf(const VMXMLElement *other) const;
     /// The name in lower camel case, as instance pointers use it.
     QString getCInstanceName() const;
     static void dumpIndent(int level);
 
     /// A deep copy of \a source, which shares nothing with it. It keeps parent, offset and array number; the caller
-    /// places it anew and owns it. Null for what can't be copied: archives.
+    /// places it anew and owns it. Null for what can't be copied: archives. \a source is not null.
     static VMXMLElement *anonymousCopy(const VMXMLElement *source);
 
     bool readError = false;
@@ -148,7 +148,7 @@ public:
     std::int32_t arrayNumber = -1;  ///< index in the enclosing array, -1 outside; 0 on an array's prototype
     veldmap::SourcePlace source;    ///< the tag that declares it; a copy has that of what it was copied from
     QString category;
-    mutable QString name; ///< mutable since a hole makes its name from its place whenever it is asked
+    QString name;
     QString comment;
     QString typedefName;   ///< the name as a template, empty on anonymous elements
     QString declaredType;  ///< the type word as the description wrote it

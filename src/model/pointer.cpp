@@ -3,7 +3,6 @@
 #include "model/root_archive.h"
 
 #include <algorithm>
-#include <iterator>
 
 using namespace Qt::StringLiterals;
 
@@ -14,7 +13,8 @@ namespace {
 
 /// Levels of elements that may lie behind pointers, one behind the other. They are walked and freed by recursion.
 constexpr int kPointedLevels = 4096;
-/// Elements that they may have together. An element takes about 400 bytes.
+/// Elements that they may have together before the last one is made: a load has had room for one element of each type,
+/// so one more is no danger. An element takes about 400 bytes.
 constexpr qint64 kPointedElements = 256 * 1024;
 
 } // namespace
@@ -51,16 +51,6 @@ bool VMPointer::isPointer() const
     return true;
 }
 
-QString VMPointer::getRubyClassName() const
-{
-    return u"CHPointer"_s;
-}
-
-QString VMPointer::getRubyPrefix() const
-{
-    return getRubyClassName();
-}
-
 QString VMPointer::getTypeString() const
 {
     return (pointedElement ? pointedElement->getTypeString() : pointedType) + u'*';
@@ -94,7 +84,7 @@ void VMPointer::allocatePointedElement()
     VMRootArchive *root = getRootArchive();
     const VMXMLElement *type = root ? root->getTemplate(pointedType) : nullptr;
     const veldmap::TreeSize size = type ? veldmap::treeSizeOf(*type) : veldmap::TreeSize();
-    if (pointedElement || !root || !hasRoomFor(size))
+    if (pointedElement || !root || !hasRoomBehindFor(size))
         return;
     std::unique_ptr<VMXMLElement> element(root->allocateElementFromTypeName(pointedType, "*("_L1 + getName() + u')'));
     if (!element)
@@ -105,15 +95,16 @@ void VMPointer::allocatePointedElement()
     m_pointedSize = size;
 }
 
-bool VMPointer::hasRoomFor(veldmap::TreeSize size) const
+bool VMPointer::hasRoomBehindFor(const veldmap::TreeSize &size) const
 {
+    veldmap::TreeSize front = {0, 0};
     for (const VMXMLElement *holder = parent; holder; holder = holder->parent) {
         if (const auto *pointer = elementCast<VMPointer>(holder)) {
-            size.elements += pointer->m_pointedSize.elements;
-            size.depth += pointer->m_pointedSize.depth;
+            front.elements += pointer->m_pointedSize.elements;
+            front.depth += pointer->m_pointedSize.depth;
         }
     }
-    return size.depth <= kPointedLevels && size.elements <= kPointedElements;
+    return front.depth + size.depth <= kPointedLevels && front.elements < kPointedElements;
 }
 
 void VMPointer::deletePointedElement()
@@ -137,20 +128,4 @@ void VMPointer::setInnerData(const unsigned char *data, int length)
     innerData = QString::fromLatin1(reinterpret_cast<const char *>(data), zero - data);
     if (zero == end)
         innerData += "..."_L1;
-}
-
-QString VMPointer::getRubyBasicType() const
-{
-    struct BasicTypeRow {
-        QLatin1StringView word;
-        QLatin1StringView rubyClass;
-    };
-    static constexpr BasicTypeRow kBasicTypes[] = {
-        {"uint"_L1, "CHUnsignedInt"_L1},  {"uint32"_L1, "CHUnsignedInt"_L1}, {"uint16"_L1, "CHUnsignedInt"_L1},
-        {"uint8"_L1, "CHUnsignedInt"_L1}, {"bool"_L1, "CHBool"_L1},          {"void"_L1, "CHVoid"_L1},
-        {"int"_L1, "CHInt"_L1},           {"int32"_L1, "CHInt"_L1},          {"int16"_L1, "CHInt"_L1},
-        {"int8"_L1, "CHInt"_L1},          {"memory"_L1, "CHMemory"_L1},
-    };
-    const auto row = std::ranges::find_if(kBasicTypes, [this](const auto &r) { return r.word == pointedType; });
-    return row == std::end(kBasicTypes) ? u"VMPOINTER_BASIC_RUBY_TYPE_ERROR"_s : QString(row->rubyClass);
 }

@@ -18,8 +18,6 @@ public:
     int sizeOf() const override;
     int getAlignConstraint() const override;
     bool isPointer() const override;
-    QString getRubyClassName() const override;
-    QString getRubyPrefix() const override;
     QString getCTypeString() const override;
     QString getTypeString() const override;
     void setReadError(bool failed) override;
@@ -27,9 +25,13 @@ public:
     unsigned int getValue() const override;
     void setValue(unsigned int value) override;
 
-    /// Makes the pointed element from its type word. Nothing happens when it exists, when there is no such type, or
-    /// when the pointer hangs on no root archive or at the end of too long a chain: of 4096 levels, or 262,144
-    /// elements, behind pointers.
+    /// Makes the pointed element from the type word that `pointedType` holds now. Nothing happens when there is an
+    /// element already, whatever its type, when there is no such type, or when the pointer hangs on no root archive.
+    ///
+    /// Nothing happens either at the end of too long a chain, since types that point to themselves could be followed
+    /// without end. The elements behind pointers, one behind the other, have at most 4096 levels: in a list whose nodes
+    /// are structures the 2049th step is refused, as a node and its pointer are two levels. And no step is made where
+    /// the elements behind the pointers in front of it are 262,144 or more together; the last one may be of any size.
     void allocatePointedElement();
     /// Deletes the pointed element; the value stays.
     void deletePointedElement();
@@ -46,7 +48,7 @@ public:
     QString innerData;   ///< preview of the memory behind the pointer, for a host
 
 private:
-    bool hasRoomFor(veldmap::TreeSize size) const;
+    bool hasRoomBehindFor(const veldmap::TreeSize &size) const;
 
     veldmap::TreeSize m_pointedSize = {0, 0}; // of what allocatePointedElement made
 };

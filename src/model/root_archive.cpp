@@ -36,16 +36,6 @@ const QString &VMRootArchive::getName() const
     return rootName;
 }
 
-QString VMRootArchive::getRubyClassName() const
-{
-    return {};
-}
-
-QString VMRootArchive::getRubyPrefix() const
-{
-    return {};
-}
-
 QString VMRootArchive::getTypeString() const
 {
     return u"rootarchive"_s;

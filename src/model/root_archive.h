@@ -24,8 +24,6 @@ public:
     int sizeOf() const override;
     int getAlignConstraint() const override;
     const QString &getName() const override;
-    QString getRubyClassName() const override;
-    QString getRubyPrefix() const override;
     QString getTypeString() const override;
     int dumpInfo(int level) const override;
 

@@ -87,6 +87,7 @@ bool VMValuable::isSigned() const
 
 void VMValuable::addBitField(VMBitField *field)
 {
+    Q_ASSERT_X(field, "VMValuable::addBitField", "a valuable takes bitfields, not null");
     field->reparent(this);
     bitFields.emplace_back(field);
 }

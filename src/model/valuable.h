@@ -37,7 +37,7 @@ public:
     virtual unsigned int getValueForWritingBitfield() const;
     virtual bool isSigned() const;
 
-    /// Takes ownership of \a field.
+    /// Takes ownership of \a field, which is not null.
     void addBitField(VMBitField *field);
     /// Takes ownership of \a group.
     void addBitGroup(VMBitGroup *group);

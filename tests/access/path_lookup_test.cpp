@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <functional>
 
+#include <QThread>
+
 namespace {
 
 const QString kTypes = QStringLiteral(R"xml(<archive>
@@ -182,9 +184,51 @@ TEST(PathLookup, PathsOfAnyLength)
     EXPECT_FALSE(soc.map->getElementFromPath(u'$' + QString(10'000'000, u'x') + QStringLiteral(".y")));
     EXPECT_TRUE(soc.map->getCompletionListFromPath(u'$' + QString(10'000'000, u'.')).isEmpty());
 
-    // A type of 100,000 elements that points to itself: a chain of two takes no more room than a load may.
+    // A type of 100,000 elements that points to itself: the steps end when a load's worth of elements lies behind.
     const Loaded large = Loaded::archive(QStringLiteral(R"xml(<typedef name="large"><ptr name="next" type="large"/>
         <uint8 name="a" count="100000"/></typedef><instance name="L" type="large"/>)xml"));
-    EXPECT_TRUE(large.map->getElementFromPath(QStringLiteral("$L.next.>.next.>")));
-    EXPECT_FALSE(large.map->getElementFromPath(QStringLiteral("$L.next.>.next.>.next.>")));
+    EXPECT_TRUE(large.map->getElementFromPath(QStringLiteral("$L.next.>.next.>.next.>")));
+    EXPECT_FALSE(large.map->getElementFromPath(QStringLiteral("$L.next.>.next.>.next.>.next.>")));
+
+    // One that is larger than any chain may be can still be looked at.
+    const Loaded larger = Loaded::archive(QStringLiteral(R"xml(<typedef name="larger"><ptr name="next" type="larger"/>
+        <uint8 name="a" count="150000"/><uint8 name="b" count="150000"/></typedef>
+        <module name="m"><ptr name="p" type="larger"/></module><instance name="I" type="m"/>)xml"));
+    EXPECT_TRUE(larger.map->getElementFromPath(QStringLiteral("$I.p.>.b[149999]")));
+    EXPECT_FALSE(larger.map->getElementFromPath(QStringLiteral("$I.p.>.next.>")));
+}
+
+TEST(PathLookup, LongChainsTakeNoStack)
+{
+    const Loaded soc(kTypes);
+    const QString path = QStringLiteral("$top.head.>") + QStringLiteral(".next.>").repeated(2047);
+    const VMXMLElement *found = nullptr;
+    const VMXMLElement *beyond = nullptr;
+    qsizetype candidates = 0;
+    const std::unique_ptr<QThread> thread(QThread::create([&] {
+        found = soc.map->getElementFromPath(path);
+        beyond = soc.map->getElementFromPath(path + QStringLiteral(".next.>"));
+        candidates = soc.map->getCompletionListFromPath(path + u'.').size();
+    }));
+    thread->setStackSize(64 * 1024);
+    thread->start();
+    thread->wait();
+    EXPECT_TRUE(found);
+    EXPECT_FALSE(beyond); // the 2049th step
+    EXPECT_EQ(candidates, 2);
+}
+
+TEST(PathLookup, MembersOfOneNameAreAskedInOrder)
+{
+    const Loaded soc = Loaded::archive(QStringLiteral(R"xml(<module name="m">
+        <struct name="s"><ptr name="p" type="uint8"/></struct><struct name="s"><ptr name="p" type="pair"/></struct>
+        <struct name="s"><struct name="p"/></struct></module>
+        <typedef name="pair"><uint8 name="a"/><uint8 name="b"/></typedef>
+        <instance name="I" type="m"/>)xml"));
+    const auto at = [&](const char *path) { return soc.map->getElementFromPath(QString::fromUtf8(path)); };
+    const auto &instance = *elementCast<VMStruct>(soc.root().instances.at(0).get());
+    EXPECT_EQ(at("$I.s"), instance.memberList.at(0).get());
+    ASSERT_TRUE(at("$I.s.p.>.b")); // the first pointer leads nowhere there
+    EXPECT_EQ(at("$I.s.p.>.b")->parent->parent->parent, instance.memberList.at(1).get());
+    EXPECT_EQ(at("$I.s.p.x"), nullptr);
 }

@@ -2,6 +2,8 @@
 
 #include "support/loaded.h"
 
+#include "headers/header_texts.h"
+
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
@@ -53,6 +55,25 @@ TEST(HeaderFiles, WholeHeaders)
     expectGolden(u"headers/uart_asm.h"_s, readFile(soc.path(u"uart_asm.h"_s)));
     for (const QString &line : soc.archiveAt(0).c_header().split(u'\n').first(17))
         EXPECT_EQ(line.size(), line.contains(u'\t') ? 79 : 80) << line.toStdString();
+}
+
+TEST(HeaderTexts, AreThoseOfTheFilesAndTraceNothing)
+{
+    const Loaded soc({{u"uart.xml"_s, kUart}, {u"regdef.xml"_s, u"<archive asm='no'/>"_s}});
+    const VMXMLArchive &uart = soc.archiveAt(0);
+    testing::internal::CaptureStdout();
+    const veldmap::HeaderTexts texts(soc.root());
+    const veldmap::HeaderTexts::Headers headers = texts.headersOf(uart);
+    EXPECT_EQ(texts.cHeaderOf(uart).c, headers.c);
+    EXPECT_EQ(texts.assemblyHeaderOf(uart), headers.assembly);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(headers.pointedTypes, QStringList({u"uart"_s}));
+    EXPECT_EQ(texts.headersOf(soc.archiveAt(1)).assembly, QString());
+
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(headers.c, uart.c_content());
+    EXPECT_EQ(headers.assembly, uart.asm_content());
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "uart\n");
 }
 
 TEST(HeaderFiles, ConditionalIncludesCodeAndNoAssembly)

@@ -3,6 +3,7 @@
 #include "support/loaded.h"
 
 #include "model/aggregates.h"
+#include "model/kinds.h"
 #include "model/pointer.h"
 #include "model/scalars.h"
 
@@ -239,6 +240,64 @@ TEST(Pointers, MakeWhatTheyPointTo)
     EXPECT_EQ(pointer(0)->innerData, u"..."_s);
 }
 
+TEST(Pointers, FollowTheTypeWordThatTheyHold)
+{
+    const Loaded soc = placed(u"<ptr name='p' type='uint8'/>"_s);
+    auto *pointer = elementCast<VMPointer>(instanceOf(soc).memberList.at(0).get());
+    pointer->allocatePointedElement();
+    pointer->pointedType = u"pair"_s;
+    pointer->allocatePointedElement(); // keeps what there is
+    EXPECT_EQ(pointer->pointedElement->getTypeString(), u"uint8"_s);
+    pointer->deletePointedElement();
+    pointer->allocatePointedElement();
+    EXPECT_EQ(pointer->pointedElement->getTypeString(), u"pair"_s);
+}
+
+TEST(Holes, AreNamedAfterTheirPlace)
+{
+    VMHole hole(12);
+    EXPECT_EQ(hole.getName(), u"Reserved_00000000_12"_s);
+    hole.setName(u"gap"_s);
+    EXPECT_EQ(hole.getName(), u"Reserved_00000000_12"_s);
+    VMStruct structure(u"s"_s, u"s"_s);
+    structure.addElement(new VMRegister32(u"r"_s, true, true));
+    structure.addElement(VMXMLElement::anonymousCopy(&hole));
+    const VMStruct copy = structure;
+    EXPECT_EQ(copy.getMemberList(), QStringList({u"r"_s, u"Reserved_00000004_12"_s}));
+    structure.memberList.at(1)->remap(0x1F);
+    EXPECT_EQ(structure.getMemberList().at(1), u"Reserved_0000001F_12"_s);
+    EXPECT_EQ(copy.getMemberList().at(1), u"Reserved_00000004_12"_s);
+}
+
+TEST(Kinds, RowsMakeWhatTheySay)
+{
+    QStringList words;
+    for (const veldmap::ScalarKind &kind : veldmap::scalarKinds()) {
+        const std::unique_ptr<VMValuable> made = kind.make(u"x"_s, true, false);
+        EXPECT_EQ(made->getType(), kind.type);
+        EXPECT_EQ(made->getTypeString(), kind.typeWord.toString());
+        EXPECT_EQ(made->getBitSize(), kind.bits);
+        EXPECT_EQ(made->isSigned(), kind.isSigned);
+        EXPECT_EQ(made->writable, !kind.rubyClass.isEmpty()); // registers are what the description says
+        EXPECT_EQ(made->getName(), u"x"_s);
+        const std::unique_ptr<VMXMLElement> copy(VMXMLElement::anonymousCopy(made.get()));
+        EXPECT_EQ(copy->getType(), kind.type);
+        EXPECT_EQ(veldmap::kindWordOf(kind.type), kind.kindWord);
+        for (const veldmap::KindWord &word : kind.words) {
+            if (!word.word.isEmpty())
+                words += word.word + u':' + QString::number(word.uses);
+        }
+    }
+    const auto named = [](const char *word, unsigned uses) {
+        return veldmap::scalarKindNamed(QString::fromUtf8(word), uses) != nullptr;
+    };
+    EXPECT_EQ(words.size(), 15);
+    EXPECT_TRUE(named("reg", veldmap::kMemberTag) && named("uint", veldmap::kPointedType));
+    EXPECT_FALSE(named("void", veldmap::kMemberTag) || named("reg32", veldmap::kPointedType));
+    EXPECT_FALSE(named("int", veldmap::kFoldedType) || named("ireg", veldmap::kCType) || named("", veldmap::kAnyUse));
+    EXPECT_EQ(veldmap::kindWordOf(VMXMLElement::XML_ROOT_ARCHIVE), u"root_archive");
+}
+
 TEST(Types, AreFoundAsInAWalkOverTheLists)
 {
     const Loaded soc(
@@ -301,6 +360,47 @@ TEST(MemoryImages, MembersOutsideTheirHolderTakeNoPart)
     instance.getReadMask(image);
     EXPECT_EQ(QByteArray(reinterpret_cast<const char *>(image), 4), QByteArray("\0\x5A\x5A\x5A", 4));
 }
+
+TEST(MemoryImages, ServeWhatLiesInThemWhereverItsHolderEnds)
+{
+    // The gap moves b in front of s, where it still lies in the image of the instance.
+    const Loaded soc = placed(u"<reg name='a'/><struct name='s'><reg8 name='x'/><hole size='0-24'/>"
+                              "<reg8 name='b' protect='r'/></struct><reg8 name='c'/><reg name='d'/>"_s);
+    VMXMLElement &instance = *soc.root().instances.at(0);
+    auto &inner = *elementCast<VMStruct>(instanceOf(soc).memberList.at(1).get());
+    auto &moved = *elementCast<VMValuable>(instanceOf(soc).memberList.at(2).get());
+    ASSERT_EQ(instance.sizeOf(), 8);
+    ASSERT_EQ(inner.memberList.at(2)->getBaseAddress(), 0x1002u);
+    unsigned char image[9] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+    instance.memSet(image);
+    EXPECT_EQ(elementCast<VMValuable>(inner.memberList.at(2).get())->getValue(), 3u);
+    inner.memSet(image); // whose own image has no bytes at all
+    EXPECT_EQ(elementCast<VMValuable>(inner.memberList.at(2).get())->getValue(), 3u);
+    unsigned char mask[8] = {};
+    instance.getReadMask(mask);
+    EXPECT_EQ(QByteArray(reinterpret_cast<const char *>(mask), 8), QByteArray("\0\0\xFF\0\0\0\0\0", 8));
+
+    moved.remap(5); // as a host may
+    instance.memSet(image);
+    EXPECT_EQ(moved.getValue(), 6u);
+    moved.remap(8); // behind the end
+    instance.memSet(image);
+    EXPECT_EQ(moved.getValue(), 6u);
+    instance.memGet(image);
+    EXPECT_EQ(image[8], 9);
+}
+
+#ifdef QT_DEBUG
+TEST(NullArguments, EndInAnAssertionWithWords)
+{
+    VMStruct structure(u"s"_s, u"s"_s);
+    VMRegister32 reg(u"r"_s, true, true);
+    EXPECT_DEATH(VMXMLElement::anonymousCopy(nullptr), "there is no copy of null");
+    EXPECT_DEATH(structure.addElement(nullptr), "a structure takes elements");
+    EXPECT_DEATH(reg.addBitField(nullptr), "a valuable takes bitfields");
+    EXPECT_DEATH(std::ignore = reg.offsetOf(nullptr), "leads to an element");
+}
+#endif
 
 TEST(Dump, PrintsTheTreeWithItsSizes)
 {
