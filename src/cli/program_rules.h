@@ -44,6 +44,5 @@ inline constexpr Rule kOverwritten = {"page-overwritten"_L1, Severity::Warning,
                                       u"%1/%2.html shows the last of several instances of that name."};
 inline constexpr Rule kIncomplete = {"site-incomplete"_L1, Severity::Error, u"%1 is not complete, since %2 lacks: %3"};
 inline constexpr Rule kUnreached = {"pages-unreached"_L1, Severity::Error, u"The pages behind it are not written: %1"};
-inline constexpr Rule kVhdl = {"vhdl"_L1, Severity::Warning, u"%1"};
 
 } // namespace veldmap::cli::rules

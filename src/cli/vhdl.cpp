@@ -29,8 +29,8 @@ bool writePackages(Session &session, const QString &directory)
         session.messages.showProgress(u"Writing %1..."_s.arg(file));
     });
     session.messages.clearProgress();
-    for (const VhdlFinding &finding : report.findings)
-        session.messages.take(Finding(rules::kVhdl, {finding.file}, {finding.text}));
+    for (const Finding &finding : report.findings)
+        session.messages.take(finding);
     for (const FailedFile &file : report.failed)
         session.messages.tell(rules::kNotWritten, {file.path, file.reason});
     return report.failed.isEmpty();

@@ -18,20 +18,6 @@ namespace {
 constexpr int kLeastAddressBits = 1;
 constexpr int kMostAddressBits = 12;
 
-/// What the refused lines of each kind are, in the order of the kinds.
-constexpr QLatin1StringView kWordings[] = {
-    "ranges of registers without bitfields"_L1,
-    "names that are declared already"_L1,
-    "names that are reserved or no identifiers"_L1,
-    "_REG_NBA outside 1 to 12"_L1,
-    "numbers beyond its integers"_L1,
-    "expressions that it can't read"_L1,
-    "positions that have no value"_L1,
-    "types whose words another declaration hides"_L1,
-    "uses of packages that use this one"_L1,
-    "comments with characters that VHDL-93 lacks"_L1,
-};
-
 } // namespace
 
 ChipPackages::ChipPackages(const VMRootArchive &root)
@@ -42,28 +28,28 @@ ChipPackages::ChipPackages(const VMRootArchive &root)
         if (names.contains(name))
             m_namesakes.insert(archive);
         names.insert(name);
-        visit(*archive);
+        followIncludes(*archive);
     }
 }
 
 /// Finds circles as Tarjan does: what is still open when its first archive is left behind is one. The earliest open
 /// archive that is reached from \a archive.
-int ChipPackages::visit(const VMXMLArchive &archive)
+int ChipPackages::followIncludes(const VMXMLArchive &archive)
 {
-    if (const auto known = m_visits.constFind(&archive); known != m_visits.cend())
+    if (const auto known = m_arrivals.constFind(&archive); known != m_arrivals.cend())
         return known->circle == 0 ? known->number : std::numeric_limits<int>::max();
-    const int number = static_cast<int>(m_visits.size()) + 1;
-    m_visits.insert(&archive, {number, 0});
+    const int number = static_cast<int>(m_arrivals.size()) + 1;
+    m_arrivals.insert(&archive, {number, 0});
     m_open.append(&archive);
     int lowest = number;
     for (const VMXMLArchive *used : archive.includedArchives)
-        lowest = qMin(lowest, visit(*used));
+        lowest = qMin(lowest, followIncludes(*used));
     if (lowest == number) {
         ++m_circles;
         const VMXMLArchive *member = nullptr;
         while (member != &archive) {
             member = m_open.takeLast();
-            m_visits[member].circle = m_circles;
+            m_arrivals[member].circle = m_circles;
         }
     }
     return lowest;
@@ -71,7 +57,7 @@ int ChipPackages::visit(const VMXMLArchive &archive)
 
 bool ChipPackages::areCircular(const VMXMLArchive &one, const VMXMLArchive &other) const
 {
-    return m_visits.value(&one).circle == m_visits.value(&other).circle;
+    return m_arrivals.value(&one).circle == m_arrivals.value(&other).circle;
 }
 
 const QHash<QString, std::optional<qint64>> &ChipPackages::namesOf(const VMXMLArchive &archive)
@@ -88,57 +74,56 @@ const QHash<QString, std::optional<qint64>> &ChipPackages::namesOf(const VMXMLAr
     return *m_names.insert(&archive, names);
 }
 
-PackageChecks::PackageChecks(const VMXMLArchive &archive, ChipPackages &packages, QList<VhdlFinding> &findings)
+PackageChecks::PackageChecks(const VMXMLArchive &archive, ChipPackages &packages, QList<Finding> &findings)
     : m_archive(archive), m_packages(packages), m_findings(findings)
 {
     const QString package = archive.getVHDLPkgName();
     if (packages.isNamesake(archive))
-        findings.append(
-            {archive.getTotalPath(),
-             u"Package '%1': another file of the chip has a package of this name, and a library holds one"_s.arg(
-                 package)});
+        findings.append(Finding(rules::vhdlPackageTaken, placeOf({package}), {package}));
     const auto isLegal = [](const QString &name) {
         return isDeclarableName(name) && name.compare("work"_L1, Qt::CaseInsensitive) != 0 &&
                name.compare("ieee"_L1, Qt::CaseInsensitive) != 0;
     };
     if (!isLegal(package)) {
-        find(kIllegalName, {package}); // where the package begins
-        find(kIllegalName, {package}); // and ends
+        refuse(rules::vhdlIllegalName, {package}); // where the package begins
+        refuse(rules::vhdlIllegalName, {package}); // and ends
     }
     for (const VMXMLArchive *used : archive.includedArchives) {
         const QString name = used->getVHDLPkgName();
         if (!isLegal(name))
-            find(kIllegalName, {name});
+            refuse(rules::vhdlIllegalName, {name});
         else if (packages.areCircular(archive, *used))
-            find(kCircularUse, {name});
+            refuse(rules::vhdlCircularUse, {name});
         if (!m_used.contains(used))
             m_used.append(used);
     }
 }
 
 /// A package is UTF-8; a tool of VHDL-93 reads its bytes as Latin-1 and takes none of the control characters behind it.
-void PackageChecks::onComment(const QString &name, const QString &comment)
+void PackageChecks::onComment(const VMIntVar &variable)
 {
     const auto isControl = [](char byte) {
         return static_cast<unsigned char>(byte) >= 0x80 && static_cast<unsigned char>(byte) < 0xA0;
     };
-    if (std::ranges::any_of(comment.toUtf8(), isControl))
-        find(kComment, {name});
+    if (std::ranges::any_of(variable.comment.toUtf8(), isControl))
+        refuse(rules::vhdlComment, {variable.name, nullptr, &variable});
 }
 
-void PackageChecks::onVariable(const QString &name, const QString &value, int number)
+void PackageChecks::onVariable(const VMIntVar &variable, const QString &name, const QString &value)
 {
-    declare({name}); // the name means nothing else from here on, not even in its own value
-    checkExpression(value, {name});
+    const Where where = {name, nullptr, &variable};
+    declare(where); // the name means nothing else from here on, not even in its own value
+    checkExpression(value, where);
     if (!m_ownConstants.contains(name))
-        m_ownConstants.insert(name, number);
+        m_ownConstants.insert(name, variable.leftValue);
 }
 
-void PackageChecks::onVariableRange(const QString &name, const QString &left, const QString &right)
+void PackageChecks::onVariableRange(const VMIntVar &variable, const QString &left, const QString &right)
 {
-    declare({name});
-    checkExpression(left, {name});
-    checkExpression(right, {name});
+    const Where where = {variable.name, nullptr, &variable};
+    declare(where);
+    checkExpression(left, where);
+    checkExpression(right, where);
 }
 
 void PackageChecks::onModule(const VMStruct &module, const QString &name, int addressBits)
@@ -146,7 +131,7 @@ void PackageChecks::onModule(const VMStruct &module, const QString &name, int ad
     m_module = &module;
     declare({name});
     if (addressBits < kLeastAddressBits || addressBits > kMostAddressBits)
-        find(kAddressBits, {name});
+        refuse(rules::vhdlAddressBits, {name});
 }
 
 void PackageChecks::onConstant(const QString &name, const QString &value, const VMXMLElement &cause)
@@ -158,7 +143,7 @@ void PackageChecks::onConstant(const QString &name, const QString &value, const 
 void PackageChecks::onRange(const QString &name, const QString &left, const QString &right, const VMXMLElement &cause)
 {
     if (left.isEmpty()) {
-        find(kNoFields, {{}, &cause});
+        refuse(rules::vhdlNoFields, {{}, &cause});
         return;
     }
     checkExpression(left, {name, &cause});
@@ -169,54 +154,61 @@ void PackageChecks::onRange(const QString &name, const QString &left, const QStr
 void PackageChecks::onType(const QString &name, const QString &range, const VMXMLElement &cause)
 {
     if (!m_declared.contains(range.toLower()))
-        find(kNoFields, {{}, &cause});
+        refuse(rules::vhdlNoFields, {{}, &cause});
     const auto isHidden = [this](const QString &word) {
         return m_declared.contains(word.toLower()) ||
                std::ranges::any_of(m_used, [&](const auto *used) { return m_packages.namesOf(*used).contains(word); });
     };
     if (isHidden(u"NATURAL"_s) || isHidden(u"STD_LOGIC_VECTOR"_s))
-        find(kHiddenType, {name, &cause});
+        refuse(rules::vhdlHiddenType, {name, &cause});
     declare({name, &cause});
 }
 
 void PackageChecks::onUnevaluated(const QString &name, const VMXMLElement &cause)
 {
-    find(kUnevaluated, {name, &cause});
+    refuse(rules::vhdlUnevaluated, {name, &cause});
 }
 
 void PackageChecks::report()
 {
     const QString subject =
         m_module ? u"Module '%1'"_s.arg(m_module->getTypeString()) : u"Package '%1'"_s.arg(m_archive.getVHDLPkgName());
-    for (int kind = 0; kind < kKinds; ++kind) {
-        const Found &found = m_found[static_cast<std::size_t>(kind)];
-        if (found.count > 0)
-            m_findings.append({m_archive.getTotalPath(),
-                               u"%1: VHDL refuses %2 %3, %4; the first is %5"_s.arg(
-                                   subject, QString::number(found.count), found.count == 1 ? u"line"_s : u"lines"_s,
-                                   kWordings[kind], found.first)});
+    for (std::size_t at = 0; at < m_refused.size(); ++at) {
+        const Refused &refused = m_refused[at];
+        if (refused.count > 0)
+            m_findings.append(Finding(
+                *rules::vhdlRefusals[at], refused.place,
+                {subject, QString::number(refused.count), refused.count == 1 ? u"line"_s : u"lines"_s, refused.first}));
     }
-    m_found = {};
+    m_refused = {};
     m_module = nullptr;
 }
 
-void PackageChecks::find(Kind kind, const Where &where)
+void PackageChecks::refuse(const Rule &rule, const Where &where)
 {
-    Found &found = m_found[kind];
-    if (found.count++ > 0)
+    const auto row = std::ranges::find(rules::vhdlRefusals, &rule);
+    Refused &refused = m_refused[static_cast<std::size_t>(row - std::begin(rules::vhdlRefusals))];
+    if (refused.count++ > 0)
         return;
-    found.first = where.cause ? pathOf(*where.cause) : where.name;
-    if (where.cause && !where.name.isEmpty())
-        found.first += ": "_L1 + where.name;
+    refused.place = placeOf(where);
+    refused.first = where.element ? pathOf(*where.element) : where.name;
+    if (where.element && !where.name.isEmpty())
+        refused.first += ": "_L1 + where.name;
+}
+
+/// The file as a whole, whatever the line is for.
+Place PackageChecks::placeOf(const Where &) const
+{
+    return {m_archive.getTotalPath()};
 }
 
 void PackageChecks::declare(const Where &where)
 {
     const QString folded = where.name.toLower();
     if (!isDeclarableName(where.name))
-        find(kIllegalName, where);
+        refuse(rules::vhdlIllegalName, where);
     else if (m_declared.contains(folded))
-        find(kDeclaredTwice, where);
+        refuse(rules::vhdlDeclaredTwice, where);
     m_declared.insert(folded);
 }
 
@@ -226,10 +218,10 @@ void PackageChecks::checkExpression(const QString &text, const Where &where)
     case StaticResult::Value:
         break;
     case StaticResult::TooLarge:
-        find(kTooLarge, where);
+        refuse(rules::vhdlTooLarge, where);
         break;
     case StaticResult::Unreadable:
-        find(kUnreadable, where);
+        refuse(rules::vhdlUnreadable, where);
         break;
     }
 }

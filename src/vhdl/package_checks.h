@@ -1,14 +1,17 @@
 #pragma once
 
+#include "findings/finding.h"
 #include "vhdl/maps.h"
-#include "vhdl/packages.h"
+#include "vhdl/rules.h"
 
 #include <QHash>
 #include <QSet>
 
 #include <array>
+#include <iterator>
 #include <optional>
 
+struct VMIntVar;
 class VMRootArchive;
 class VMStruct;
 class VMXMLArchive;
@@ -29,15 +32,15 @@ public:
     bool isNamesake(const VMXMLArchive &archive) const { return m_namesakes.contains(&archive); }
 
 private:
-    struct Visit {
+    struct Arrival {
         int number = 0; ///< from 1, in the order of coming
         int circle = 0; ///< from 1, when its circle is known
     };
-    int visit(const VMXMLArchive &archive);
+    int followIncludes(const VMXMLArchive &archive);
 
     QHash<const VMXMLArchive *, QHash<QString, std::optional<qint64>>> m_names;
     QSet<const VMXMLArchive *> m_namesakes;
-    QHash<const VMXMLArchive *, Visit> m_visits;
+    QHash<const VMXMLArchive *, Arrival> m_arrivals;
     QList<const VMXMLArchive *> m_open;
     int m_circles = 0;
 };
@@ -50,14 +53,13 @@ private:
 class PackageChecks final : public DeclarationListener {
 public:
     /// Findings are appended to \a findings.
-    PackageChecks(const VMXMLArchive &archive, ChipPackages &packages, QList<VhdlFinding> &findings);
+    PackageChecks(const VMXMLArchive &archive, ChipPackages &packages, QList<Finding> &findings);
 
-    /// The comment of a variable.
-    void onComment(const QString &name, const QString &comment);
-    /// The constant of a variable, whose value is \a number.
-    void onVariable(const QString &name, const QString &value, int number);
+    void onComment(const VMIntVar &variable);
+    /// The constant \a name of a variable, with the text \a value.
+    void onVariable(const VMIntVar &variable, const QString &name, const QString &value);
     /// The subtype of a range of the description.
-    void onVariableRange(const QString &name, const QString &left, const QString &right);
+    void onVariableRange(const VMIntVar &variable, const QString &left, const QString &right);
     /// A module begins, with the constant \a name for its \a addressBits.
     void onModule(const VMStruct &module, const QString &name, int addressBits);
     void onConstant(const QString &name, const QString &value, const VMXMLElement &cause) override;
@@ -69,31 +71,24 @@ public:
     void report();
 
 private:
-    enum Kind {
-        kNoFields,
-        kDeclaredTwice,
-        kIllegalName,
-        kAddressBits,
-        kTooLarge,
-        kUnreadable,
-        kUnevaluated,
-        kHiddenType,
-        kCircularUse,
-        kComment,
-        kKinds
-    };
-    struct Found {
-        int count = 0;
-        QString first; ///< path and line of the first
-    };
-
-    /// Where a line stands: what it declares, and the register that it is for, if it is for one.
+    /// Where a line stands: what it declares, and what of the description it is for: a register or array, or a
+    /// variable. Both are null for a line that is for the package itself.
     struct Where {
         const QString &name;
-        const VMXMLElement *cause = nullptr;
+        const VMXMLElement *element = nullptr;
+        const VMIntVar *variable = nullptr;
+    };
+    /// The lines that one rule refuses.
+    struct Refused {
+        int count = 0;
+        QString first; ///< path and line of the first
+        Place place;   ///< of what the first is for
     };
 
-    void find(Kind kind, const Where &where);
+    /// Counts a line that VHDL refuses.
+    void refuse(const Rule &rule, const Where &where);
+    /// Where the description says what a line is for.
+    Place placeOf(const Where &where) const;
     void declare(const Where &where);
     void checkExpression(const QString &text, const Where &where);
     std::optional<qint64> valueOf(const QString &name);
@@ -103,12 +98,12 @@ private:
     const VMXMLArchive &m_archive;
     ChipPackages &m_packages;
     QList<const VMXMLArchive *> m_used; // each once
-    QList<VhdlFinding> &m_findings;
+    QList<Finding> &m_findings;
     const VMStruct *m_module = nullptr;
-    std::array<Found, kKinds> m_found;
-    QSet<QString> m_declared;                              // in lower case
-    QHash<QString, qint64> m_ownConstants;                 // of the variables so far, in upper case
-    QHash<QString, std::optional<qint64>> m_usedConstants; // that were looked up, in upper case
+    std::array<Refused, std::size(rules::vhdlRefusals)> m_refused; // in the order of the rules
+    QSet<QString> m_declared;                                      // in lower case
+    QHash<QString, qint64> m_ownConstants;                         // of the variables so far, in upper case
+    QHash<QString, std::optional<qint64>> m_usedConstants;         // that were looked up, in upper case
 };
 
 } // namespace veldmap

@@ -2,11 +2,11 @@
 
 #include "files/directories.h"
 #include "files/file_writer.h"
-#include "text/lines.h"
 #include "model/aggregates.h"
 #include "model/archive.h"
 #include "model/memory_map.h"
 #include "model/root_archive.h"
+#include "text/lines.h"
 #include "vhdl/maps.h"
 #include "vhdl/notation.h"
 #include "vhdl/package_checks.h"
@@ -59,7 +59,7 @@ void appendVariable(QString &text, const VMIntVar &variable, PackageChecks *chec
     if (!variable.comment.isEmpty())
         appendLine(text, "--"_L1, QString(variable.comment).replace("<br>"_L1, "\n--"_L1));
     if (checks)
-        checks->onComment(variable.name, variable.comment);
+        checks->onComment(variable);
     if (isMark)
         return;
     const QString left = vhdlExpression(variable.leftExpression);
@@ -67,14 +67,14 @@ void appendVariable(QString &text, const VMIntVar &variable, PackageChecks *chec
         const QString name = variable.name.toUpper();
         appendLine(text, "constant "_L1, name, u":", kValueColumn, "integer := "_L1, left, u";");
         if (checks)
-            checks->onVariable(name, left, variable.leftValue);
+            checks->onVariable(variable, name, left);
         return;
     }
     const QString right = vhdlExpression(variable.rightExpression);
     appendLine(text, "subtype "_L1, variable.name, " is"_L1, kValueColumn, "integer range "_L1, left,
                variable.dir == VMIntVar::down ? " downto "_L1 : " to "_L1, right, u";");
     if (checks)
-        checks->onVariableRange(variable.name, left, right);
+        checks->onVariableRange(variable, left, right);
 }
 
 /// The block of a module.

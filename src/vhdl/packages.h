@@ -1,6 +1,7 @@
 #pragma once
 
 #include "files/generation_report.h"
+#include "findings/finding.h"
 #include "veldmap_export.h"
 
 #include <functional>
@@ -9,15 +10,9 @@ class VMMemoryMap;
 
 namespace veldmap {
 
-/// Lines of a package that no VHDL tool takes: all of one kind in one module, or among the variables of one file.
-struct VhdlFinding {
-    QString file; ///< of the description
-    QString text;
-};
-
 /// What became of the packages of one chip.
 struct VhdlReport : GenerationReport {
-    QList<VhdlFinding> findings;
+    QList<Finding> findings; ///< what no VHDL tool takes of them, by the rules of vhdl/rules.h
 };
 
 /// Writes the packages as VMMemoryMap::generateVHDL does, and tells what became of them and what VHDL will not take of

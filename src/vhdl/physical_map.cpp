@@ -1,5 +1,5 @@
-#include "text/bit_arithmetic.h"
 #include "model/valuable.h"
+#include "text/bit_arithmetic.h"
 #include "vhdl/notation.h"
 
 using namespace Qt::StringLiterals;

@@ -16,8 +16,8 @@ QString findingsOf(const Loaded &soc)
     QStringList texts;
     const veldmap::VhdlReport report = veldmap::writeVhdlPackages(*soc.map, soc.directory->path());
     EXPECT_TRUE(report.failed.isEmpty());
-    for (const veldmap::VhdlFinding &finding : report.findings)
-        texts += finding.text;
+    for (const veldmap::Finding &finding : report.findings)
+        texts += finding.text();
     return texts.join(u'\n');
 }
 
