@@ -36,7 +36,7 @@ public:
 
 /// One loaded description file: its templates, variables and enums, its includes and its names.
 ///
-/// Owns the variable manager and the templates; the root archive owns the archive. Text: headers/header_files.cpp.
+/// Owns the variable manager and the templates; the root archive owns the archive. Text: headers/header_texts.cpp.
 class VELDMAP_EXPORT VMXMLArchive : public VMXMLElement {
 public:
     /// The caller hands the archive to addXMLArchive() of \a root.

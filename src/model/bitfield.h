@@ -83,7 +83,7 @@ public:
     QString getResetString(DisplayType display) const;
     /// "r" or "-", then "-", "w", "s" or "c".
     QString getAccessString() const;
-    /// The options as an HTML table, empty without options.
+    /// The options as an HTML table, empty without options. Text: docsite/options_table.cpp.
     QString generateOptionsComment() const;
 
     int upPos;   ///< highest bit

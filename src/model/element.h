@@ -20,7 +20,8 @@ class VMXMLArchive;
 /// their children and set `parent` through reparent(). Offsets are bytes from the parent's start, addresses are
 /// absolute and 32 bits wide. Nothing in the family reports an error: what can't be answered is null, 0 or empty.
 ///
-/// The operations of one output format live with that format: headers/, docsite/, vhdl/, access/.
+/// The operations of one output format live with that format: headers/, docsite/, vhdl/, access/. Most of them are
+/// defined once for all kinds and visit the element (model/visit.h).
 class VELDMAP_EXPORT VMXMLElement {
 public:
     /// The kind of an element. Code switches on these numbers, which run without gaps.

@@ -39,7 +39,7 @@ public:
     void pointTo(VMXMLElement *element);
     /// Keeps the \a length bytes at \a data up to the first zero byte as text, with "..." behind it if there is none.
     void setInnerData(const unsigned char *data, int length);
-    /// The console class of an anonymous pointed element.
+    /// The console class of an anonymous pointed element. Text: access/console_classes.cpp.
     QString getRubyBasicType() const;
 
     std::unique_ptr<VMXMLElement> pointedElement;

@@ -12,7 +12,7 @@ class VMMemoryMap;
 /// The root of one loaded description: all files that belong to it, and the top-level instances.
 ///
 /// Owns the instances and the archives. Lookups walk the lists, so a host may change lists and names as it likes. Text:
-/// headers/assembly.cpp, docsite/menu.cpp.
+/// headers/instance_macros.cpp, docsite/menu.cpp.
 class VELDMAP_EXPORT VMRootArchive : public VMXMLElement {
 public:
     VMRootArchive(VMMemoryMap *map, const QString &name);
