@@ -48,8 +48,8 @@ constexpr ScalarKind row(VMXMLElement::XMLElementType type, QLatin1StringView ki
 // C has no type for an internal register, and none that is just called REG.
 constexpr unsigned kRegister = kMemberTag | kCType;
 constexpr unsigned kInteger = kMemberTag | kPointedType | kFoldedType | kCType;
-constexpr unsigned kShortInteger =
-    kMemberTag | kPointedType | kCType; // "Int" of a ptr tag is a type of the description
+// "Int" in a ptr tag is a type of the description, "Int32" is not.
+constexpr unsigned kShortInteger = kMemberTag | kPointedType | kCType;
 constexpr unsigned kBehindPointers = kPointedType | kFoldedType | kCType;
 
 using Element = VMXMLElement;
