@@ -1,10 +1,8 @@
 #include "cli/commands.h"
 #include "cli/description.h"
-#include "cli/docs.h"
-#include "cli/headers.h"
 #include "cli/program_rules.h"
 #include "cli/session.h"
-#include "cli/vhdl.h"
+#include "cli/writing.h"
 
 namespace veldmap::cli {
 
@@ -14,19 +12,19 @@ ExitStatus build(const Options &options, Session &session)
         session.messages.tell(rules::kNothingAsked);
         return kWrongUsage;
     }
-    if (!options.vhdlDirectory.isEmpty() && !requireChip(options, session.messages))
+    if (!options.vhdlDirectory.isEmpty() && !requireChip(options, session))
         return kWrongUsage;
     if (!loadDescriptions(options, session))
         return kFailed;
     // What can be written is, also when something before it could not be.
-    bool written = true;
+    bool isComplete = true;
     if (!options.headersDirectory.isEmpty())
-        written = writeAllHeaders(session, options.headersDirectory) && written;
+        isComplete = writeFiles(session, Output::Headers, options.headersDirectory, options) && isComplete;
     if (!options.vhdlDirectory.isEmpty())
-        written = writePackages(session, options.vhdlDirectory) && written;
+        isComplete = writeFiles(session, Output::Vhdl, options.vhdlDirectory, options) && isComplete;
     if (!options.docsDirectory.isEmpty())
-        written = writeSites(session, options.docsDirectory) && written;
-    return written ? kDone : kFailed;
+        isComplete = writeFiles(session, Output::Docs, options.docsDirectory, options) && isComplete;
+    return isComplete ? kDone : kFailed;
 }
 
 } // namespace veldmap::cli

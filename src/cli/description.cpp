@@ -36,16 +36,4 @@ bool loadDescriptions(const Options &options, Session &session)
     return (options.chip.isEmpty() || map.chipRootArchive) && (options.soft.isEmpty() || map.softRootArchive);
 }
 
-bool writeEachRoot(const VMMemoryMap &map, const QString &directory,
-                   const std::function<bool(const QString &directory, bool chip)> &write)
-{
-    const bool hasBoth = map.chipRootArchive && map.softRootArchive;
-    bool written = true;
-    if (map.chipRootArchive)
-        written = write(hasBoth ? directory + "/chip"_L1 : directory, true) && written;
-    if (map.softRootArchive)
-        written = write(hasBoth ? directory + "/soft"_L1 : directory, false) && written;
-    return written;
-}
-
 } // namespace veldmap::cli

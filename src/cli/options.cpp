@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include <QDir>
+#include <QThread>
 
 #include <limits>
 #include <string>
@@ -35,6 +36,7 @@ struct Arguments {
     bool force = false;
     std::optional<std::string> imageFile;
     std::string imageAddress;
+    std::optional<std::string> threads;
     bool verbose = false;
     bool quiet = false;
 };
@@ -81,6 +83,24 @@ bool takeImage(const Arguments &arguments, Options &options, Messages &messages)
     return true;
 }
 
+/// Reads how many threads make texts into \a options, all processors that the process may use if nothing is said;
+/// false, with an error told, when it is no number of threads.
+bool takeThreads(const Arguments &arguments, Options &options, Messages &messages)
+{
+    if (!arguments.threads) {
+        options.threads = QThread::idealThreadCount();
+        return true;
+    }
+    const QString text = QString::fromStdString(*arguments.threads);
+    const std::optional<qint64> number = numberOf(text);
+    if (!number || *number < 1) {
+        messages.tell(rules::kNoThreads, {text});
+        return false;
+    }
+    options.threads = static_cast<int>(qMin<qint64>(*number, std::numeric_limits<int>::max()));
+    return true;
+}
+
 /// The words that a command takes beside its options.
 struct Words {
     QString noun;
@@ -108,6 +128,12 @@ void addOutput(CLI::App &command, Arguments &arguments, const std::string &help)
     command.add_option("-o,--output", arguments.outputDirectory, help)->type_name("DIR")->required();
 }
 
+void addThreads(CLI::App &command, Arguments &arguments)
+{
+    command.add_option("-j,--jobs", arguments.threads, "threads that make text, all processors if not given")
+        ->type_name("N");
+}
+
 Command addCheck(CLI::App &app, Arguments &arguments)
 {
     CLI::App *command = app.add_subcommand("check", "Load descriptions and report what is wrong with them");
@@ -122,6 +148,7 @@ Command addHeaders(CLI::App &app, Arguments &arguments)
     CLI::App *command = app.add_subcommand("headers", "Write the C and assembly headers of descriptions");
     addRoots(*command, arguments);
     addOutput(*command, arguments, "directory for the headers, made if need be");
+    addThreads(*command, arguments);
     command->add_flag("--skip-up-to-date", arguments.skipUpToDate,
                       "leave headers alone that are newer than their description");
     command->footer("With both roots the headers lie below DIR/chip and DIR/soft.\n\n"
@@ -136,6 +163,7 @@ Command addVhdl(CLI::App &app, Arguments &arguments)
     CLI::App *command = app.add_subcommand("vhdl", "Write the VHDL packages of a chip");
     addRoots(*command, arguments);
     addOutput(*command, arguments, "directory for the packages, made if need be");
+    addThreads(*command, arguments);
     command->footer("A package is written as its description says; lines that VHDL does not take are told.\n\n"
                     "Example:\n"
                     "  veldmap vhdl --chip soc.xml -o rtl");
@@ -147,6 +175,7 @@ Command addDocs(CLI::App &app, Arguments &arguments)
     CLI::App *command = app.add_subcommand("docs", "Write a documentation site of descriptions");
     addRoots(*command, arguments);
     addOutput(*command, arguments, "directory for the site, made if need be");
+    addThreads(*command, arguments);
     command->footer("Open DIR/index.html in a browser. With both roots there is a site in each of DIR/chip and "
                     "DIR/soft.\n\n"
                     "Example:\n"
@@ -162,6 +191,7 @@ Command addBuild(CLI::App &app, Arguments &arguments)
         ->type_name("DIR");
     command->add_option("--vhdl", arguments.vhdlDirectory, "directory for VHDL packages")->type_name("DIR");
     command->add_option("--docs", arguments.docsDirectory, "directory for the documentation site")->type_name("DIR");
+    addThreads(*command, arguments);
     command->footer("Example:\n"
                     "  veldmap build --chip soc.xml --headers include --vhdl rtl --docs site");
     return {command, build, true};
@@ -288,7 +318,8 @@ ExitStatus runCommand(const std::vector<Command> &commands, const Arguments &arg
         if (!command.app->parsed())
             continue;
         Options options = optionsOf(arguments);
-        if (!takeWords(command, words, options, messages) || !takeImage(arguments, options, messages))
+        if (!takeWords(command, words, options, messages) || !takeImage(arguments, options, messages) ||
+            !takeThreads(arguments, options, messages))
             return kWrongUsage;
         if (command.needsRoot && !options.hasRoot()) {
             messages.tell(rules::kNoRoot);

@@ -34,6 +34,7 @@ struct Options {
     bool json = false;
     bool recursive = false;
     bool force = false;
+    int threads = 1; ///< how many make the text of files
     std::optional<ImageOption> image;
     QStringList words;   ///< what the command is about: expressions, paths, assignments or a text
     QString source;      ///< of an encrypted container

@@ -25,6 +25,8 @@ inline constexpr Rule kNoImageName = {"image-without-name"_L1, Severity::Error,
                                       u"The image has no name: --image takes a file."};
 inline constexpr Rule kNoAddress = {"no-address"_L1, Severity::Error,
                                     u"'%1' is no address: --at takes a number of 32 bits."};
+inline constexpr Rule kNoThreads = {"no-threads"_L1, Severity::Error,
+                                    u"'%1' is no number of threads: -j takes one from 1 on."};
 inline constexpr Rule kNoAssignment = {"no-assignment"_L1, Severity::Error,
                                        u"'%1' does not say what to write: PATH=VALUE."};
 
@@ -35,14 +37,5 @@ inline constexpr Rule kOutput = {"output-unwritable"_L1, Severity::Error, u"The 
 inline constexpr Rule kDevelopmentKey = {
     "development-key"_L1, Severity::Warning,
     u"%1 keeps nothing secret: this veldmap was built with the development key, which everybody has."};
-
-// of what is written
-inline constexpr Rule kNotWritten = {"not-written"_L1, Severity::Error, u"%1 can't be written: %2"};
-inline constexpr Rule kOutside = {"outside-directory"_L1, Severity::Warning,
-                                  u"%1 lies outside %2, as its description lies outside the directory of the root."};
-inline constexpr Rule kOverwritten = {"page-overwritten"_L1, Severity::Warning,
-                                      u"%1/%2.html shows the last of several instances of that name."};
-inline constexpr Rule kIncomplete = {"site-incomplete"_L1, Severity::Error, u"%1 is not complete, since %2 lacks: %3"};
-inline constexpr Rule kUnreached = {"pages-unreached"_L1, Severity::Error, u"The pages behind it are not written: %1"};
 
 } // namespace veldmap::cli::rules

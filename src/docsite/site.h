@@ -1,28 +1,33 @@
 #pragma once
 
-#include "files/generation_report.h"
-#include "veldmap_export.h"
-
+#include <QLatin1StringView>
 #include <QString>
-#include <QStringList>
 
-#include <functional>
+#include <span>
 
-class VMMemoryMap;
+class VMRootArchive;
+class VMXMLElement;
 
+/// The files of a documentation site and their text; nothing here writes one.
 namespace veldmap {
 
-/// What became of the files of one documentation site.
-struct SiteReport : GenerationReport {
-    QStringList missing;     ///< files of the site that the pool lacks
-    QStringList unreached;   ///< instances without a page, since one before them could not be written
-    QStringList overwritten; ///< names that several instances bear; the page is that of the last
-};
+class SiteText;
 
-/// Writes the site as VMMemoryMap::generateDocumentation does, with its fixed files from the directory \a pool, and
-/// tells what became of each file. \a progress, if set, hears of each file that is made before it is written.
-VELDMAP_EXPORT SiteReport writeDocumentation(const VMMemoryMap &map, const QString &path, bool chip,
-                                             const QString &pool,
-                                             const std::function<void(const QString &file)> &progress = {});
+constexpr QLatin1StringView kMenuScript = QLatin1StringView("menu.js");
+constexpr QLatin1StringView kStartPage = QLatin1StringView("chip.html");
+constexpr QLatin1StringView kFrames = QLatin1StringView("index.html");
+
+/// The names of the files that are the same in every site. They lie in docsite/pool, and beside the program as docpool.
+std::span<const QLatin1StringView> poolFiles();
+
+/// Whether every site has a page called \a file, so that no instance can have it.
+bool isSiteFile(const QString &file);
+
+/// Appends what a site shows at first.
+void appendStartPage(SiteText &text, const VMRootArchive &root);
+/// Appends the frames of a site, its menu beside a page.
+void appendFrames(SiteText &text, const VMRootArchive &root);
+/// Appends the page of \a instance.
+void appendPage(SiteText &text, const VMXMLElement &instance);
 
 } // namespace veldmap

@@ -4,6 +4,7 @@
 #include <QString>
 
 #include <cstring>
+#include <utility>
 
 class VMRootArchive;
 class VMXMLElement;
@@ -24,6 +25,9 @@ struct Hex8 {
 /// and most of it is the same few pieces again and again, which take no conversion here.
 class SiteText {
 public:
+    /// Uses the memory of \a buffer, whatever it holds.
+    explicit SiteText(QByteArray buffer = {}) : m_bytes(std::move(buffer)) { m_bytes.resize(m_bytes.capacity()); }
+
     /// Appends the pieces in order: texts, literals (in ASCII), numbers and the pieces above.
     template <typename... Pieces>
     void append(const Pieces &...pieces)
@@ -33,11 +37,12 @@ public:
         m_size = end - m_bytes.constData();
     }
 
-    /// Begins anew, in the same memory.
-    void clear() { m_size = 0; }
-
-    /// The text so far; it is gone when something is appended.
-    QByteArray bytes() const { return QByteArray::fromRawData(m_bytes.constData(), m_size); }
+    /// The text, with the memory that it is in; nothing is left here.
+    QByteArray takeBytes()
+    {
+        m_bytes.truncate(std::exchange(m_size, 0));
+        return std::move(m_bytes);
+    }
     QString toString() const { return QString::fromUtf8(m_bytes.constData(), m_size); }
 
 private:

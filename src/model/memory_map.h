@@ -21,7 +21,7 @@ public:
 
     /// Writes the C and, where asked for, assembly headers of the chip's (\a chip) or the software's files below the
     /// directory \a path, which has no trailing slash. That root must be loaded. A file that can't be written is left
-    /// out. Text: headers/header_files.cpp.
+    /// out. Text: headers/header_texts.cpp.
     void generateCHeaders(const QString &path, bool chip);
 
     /// Writes one VHDL package for each file of the chip below \a outputDirectory, which has no trailing slash. The

@@ -18,6 +18,17 @@ namespace {
 constexpr int kLeastAddressBits = 1;
 constexpr int kMostAddressBits = 12;
 
+QHash<QString, std::optional<qint64>> declaredNames(const VMXMLArchive &archive)
+{
+    QHash<QString, std::optional<qint64>> names;
+    for (const VMIntVar &variable : *archive.variables) {
+        const QString name = variable.name.toUpper();
+        if (!names.contains(name))
+            names.insert(name, variable.isRange ? std::nullopt : std::optional<qint64>(variable.leftValue));
+    }
+    return names;
+}
+
 } // namespace
 
 ChipPackages::ChipPackages(const VMRootArchive &root)
@@ -41,6 +52,7 @@ int ChipPackages::followIncludes(const VMXMLArchive &archive)
     const int number = static_cast<int>(m_arrivals.size()) + 1;
     m_arrivals.insert(&archive, {number, 0});
     m_open.append(&archive);
+    m_names.insert(&archive, declaredNames(archive));
     int lowest = number;
     for (const VMXMLArchive *used : archive.includedArchives)
         lowest = qMin(lowest, followIncludes(*used));
@@ -60,21 +72,14 @@ bool ChipPackages::areCircular(const VMXMLArchive &one, const VMXMLArchive &othe
     return m_arrivals.value(&one).circle == m_arrivals.value(&other).circle;
 }
 
-const QHash<QString, std::optional<qint64>> &ChipPackages::namesOf(const VMXMLArchive &archive)
+const QHash<QString, std::optional<qint64>> &ChipPackages::namesOf(const VMXMLArchive &archive) const
 {
     const auto known = m_names.constFind(&archive);
-    if (known != m_names.cend())
-        return *known;
-    QHash<QString, std::optional<qint64>> names;
-    for (const VMIntVar &variable : *archive.variables) {
-        const QString name = variable.name.toUpper();
-        if (!names.contains(name))
-            names.insert(name, variable.isRange ? std::nullopt : std::optional<qint64>(variable.leftValue));
-    }
-    return *m_names.insert(&archive, names);
+    Q_ASSERT(known != m_names.cend());
+    return *known;
 }
 
-PackageChecks::PackageChecks(const VMXMLArchive &archive, ChipPackages &packages, QList<Finding> &findings)
+PackageChecks::PackageChecks(const VMXMLArchive &archive, const ChipPackages &packages, QList<Finding> &findings)
     : m_archive(archive), m_packages(packages), m_findings(findings)
 {
     const QString package = archive.getVHDLPkgName();

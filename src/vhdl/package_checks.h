@@ -23,9 +23,9 @@ class ChipPackages {
 public:
     explicit ChipPackages(const VMRootArchive &root);
 
-    /// The names that the package of \a archive declares for variables and ranges, in upper case, with the values of
-    /// its constants; of equal names the first, which is the one that VHDL takes.
-    const QHash<QString, std::optional<qint64>> &namesOf(const VMXMLArchive &archive);
+    /// The names that the package of \a archive, which is one of the root's, declares for variables and ranges, in
+    /// upper case, with the values of its constants; of equal names the first, which is the one that VHDL takes.
+    const QHash<QString, std::optional<qint64>> &namesOf(const VMXMLArchive &archive) const;
     /// Whether both packages use each other, directly or through others.
     bool areCircular(const VMXMLArchive &one, const VMXMLArchive &other) const;
     /// Whether an earlier archive has a package of the same name, whatever its case.
@@ -53,7 +53,7 @@ private:
 class PackageChecks final : public DeclarationListener {
 public:
     /// Findings are appended to \a findings.
-    PackageChecks(const VMXMLArchive &archive, ChipPackages &packages, QList<Finding> &findings);
+    PackageChecks(const VMXMLArchive &archive, const ChipPackages &packages, QList<Finding> &findings);
 
     void onComment(const VMIntVar &variable);
     /// The constant \a name of a variable, with the text \a value.
@@ -96,7 +96,7 @@ private:
     QString pathOf(const VMXMLElement &element) const;
 
     const VMXMLArchive &m_archive;
-    ChipPackages &m_packages;
+    const ChipPackages &m_packages;
     QList<const VMXMLArchive *> m_used; // each once
     QList<Finding> &m_findings;
     const VMStruct *m_module = nullptr;

@@ -1,11 +1,7 @@
 #include "vhdl/packages.h"
 
-#include "files/directories.h"
-#include "files/file_writer.h"
 #include "model/aggregates.h"
 #include "model/archive.h"
-#include "model/memory_map.h"
-#include "model/root_archive.h"
 #include "text/lines.h"
 #include "vhdl/maps.h"
 #include "vhdl/notation.h"
@@ -103,12 +99,20 @@ void appendModule(QString &text, const VMStruct &module, PackageChecks *checks)
         checks->report();
 }
 
-/// The package of \a archive. \a checks, if there are any, gather what VHDL will not take of it.
-QString packageText(const VMXMLArchive &archive, PackageChecks *checks)
+} // namespace
+
+namespace veldmap {
+
+PackageTexts::PackageTexts(const VMRootArchive &root) : m_packages(std::make_unique<const ChipPackages>(root)) {}
+
+PackageTexts::~PackageTexts() = default;
+
+QString PackageTexts::textOf(const VMXMLArchive &archive, QList<Finding> &findings) const
 {
+    PackageChecks checks(archive, *m_packages, findings);
     const QString package = archive.getVHDLPkgName();
-    QString text = veldmap::expand(kPackageHead,
-                                   {{u"file"_s, archive.getVHDLFileRelativeName()}, {u"blanks"_s, QString(6, u' ')}});
+    QString text =
+        expand(kPackageHead, {{u"file"_s, archive.getVHDLFileRelativeName()}, {u"blanks"_s, QString(6, u' ')}});
     for (const VMXMLArchive *included : archive.includedArchives)
         appendLine(text, "USE work."_L1, included->getVHDLPkgName(), ".all;"_L1);
     appendLine(text);
@@ -116,84 +120,20 @@ QString packageText(const VMXMLArchive &archive, PackageChecks *checks)
     appendLine(text);
     appendLine(text, "-- Archive Variables"_L1);
     for (const VMIntVar &variable : *archive.variables)
-        appendVariable(text, variable, checks);
-    if (checks)
-        checks->report();
+        appendVariable(text, variable, &checks);
+    checks.report();
     appendLine(text);
     for (const auto &element : archive.templates) {
         const auto *module = elementCast<VMStruct>(element.get());
         if (module && module->isTypedef == 0)
-            appendModule(text, *module, checks);
+            appendModule(text, *module, &checks);
     }
     appendLine(text);
     appendLine(text, "end "_L1, package, u";");
     return text;
 }
 
-/// Writes the packages of one chip.
-class PackageRun {
-public:
-    PackageRun(const VMRootArchive &root, const QString &path, const std::function<void(const QString &)> &progress)
-        : m_packages(root), m_path(path), m_progress(progress)
-    {
-    }
-
-    void write(const VMXMLArchive &archive)
-    {
-        const QString target = m_path + u'/' + archive.getVHDLFileRelativeName();
-        QString reason = refusalOf(archive, target);
-        if (reason.isEmpty()) {
-            recursiveMkdir(m_path, archive.getRelativePath(false));
-            if (m_progress)
-                m_progress(target);
-            PackageChecks checks(archive, m_packages, report.findings);
-            if (veldmap::writeWholeFile(target, packageText(archive, &checks).toUtf8(), reason)) {
-                ++report.written;
-                return;
-            }
-        }
-        report.failed.append({target, reason});
-    }
-
-    veldmap::VhdlReport report;
-
-private:
-    /// Why the package of \a archive is not written; empty when it can be. Its name comes from the description, as it
-    /// stands there, and its place is that of the description below its root.
-    QString refusalOf(const VMXMLArchive &archive, const QString &target) const
-    {
-        const QString package = archive.getVHDLPkgName();
-        if (package.contains(u'/') || package.contains(".."_L1))
-            return u"the name of a package may lead nowhere else"_s;
-        return veldmap::liesBelow(m_path, target) ? QString() : u"it would lie outside the directory"_s;
-    }
-
-    veldmap::ChipPackages m_packages;
-    QString m_path;
-    const std::function<void(const QString &)> &m_progress;
-};
-
-} // namespace
-
-namespace veldmap {
-
-VhdlReport writeVhdlPackages(const VMMemoryMap &map, const QString &path,
-                             const std::function<void(const QString &)> &progress)
-{
-    if (!map.chipRootArchive)
-        return {};
-    PackageRun run(*map.chipRootArchive, path, progress);
-    for (const VMXMLArchive *archive : map.chipRootArchive->xmlArchives)
-        run.write(*archive);
-    return run.report;
-}
-
 } // namespace veldmap
-
-void VMMemoryMap::generateVHDL(const QString &outputDirectory)
-{
-    veldmap::writeVhdlPackages(*this, outputDirectory);
-}
 
 QString VMXMLElement::vhdl_content() const
 {

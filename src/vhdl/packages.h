@@ -1,23 +1,32 @@
 #pragma once
 
-#include "files/generation_report.h"
 #include "findings/finding.h"
 #include "veldmap_export.h"
 
-#include <functional>
+#include <QString>
 
-class VMMemoryMap;
+#include <memory>
+
+class VMRootArchive;
+class VMXMLArchive;
 
 namespace veldmap {
 
-/// What became of the packages of one chip.
-struct VhdlReport : GenerationReport {
-    QList<Finding> findings; ///< what no VHDL tool takes of them, by the rules of vhdl/rules.h
-};
+class ChipPackages;
 
-/// Writes the packages as VMMemoryMap::generateVHDL does, and tells what became of them and what VHDL will not take of
-/// them. \a progress, if set, hears of each file before it is written.
-VELDMAP_EXPORT VhdlReport writeVhdlPackages(const VMMemoryMap &map, const QString &path,
-                                            const std::function<void(const QString &file)> &progress = {});
+/// The VHDL packages of one chip. It reads the root, which must outlive it and stay as it is; any number of threads may
+/// ask for texts at a time.
+class PackageTexts {
+public:
+    explicit PackageTexts(const VMRootArchive &root);
+    ~PackageTexts();
+
+    /// The package of \a archive, which is one of the root's. What VHDL will not take of it is appended to \a findings,
+    /// by the rules of vhdl/rules.h.
+    QString textOf(const VMXMLArchive &archive, QList<Finding> &findings) const;
+
+private:
+    std::unique_ptr<const ChipPackages> m_packages;
+};
 
 } // namespace veldmap

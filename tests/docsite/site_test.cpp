@@ -1,6 +1,7 @@
 // Which files a documentation site has, and what becomes of those that can't be written.
 
-#include "docsite/site.h"
+#include "findings/finding.h"
+#include "outputs/outputs.h"
 #include "support/loaded.h"
 
 #include <QDir>
@@ -24,6 +25,21 @@ Loaded instances(const QStringList &names)
 QStringList filesIn(const QString &directory)
 {
     return QDir(directory).entryList(QDir::Files);
+}
+
+/// What became of the site of a description, and what is said of it.
+struct SiteResult {
+    veldmap::OutputFiles files;
+    veldmap::FindingList told;
+};
+SiteResult writeSite(const Loaded &soc, const QString &site, const QString &pool)
+{
+    veldmap::OutputOptions options;
+    options.directory = site;
+    options.pool = soc.path(pool);
+    SiteResult result;
+    result.files = veldmap::writeOutput(*soc.map, veldmap::Output::Docs, options, result.told);
+    return result;
 }
 
 /// The current directory for as long as it lives.
@@ -105,14 +121,14 @@ TEST(Site, FirstPageThatFailsEndsThePages)
         const QString site = soc.path(u"out/site"_s);
         writeFile(site + u"/stopped.html/file"_s, {}); // a directory in the place of the page
         QDir(site).mkpath(u"sub"_s);
-        const veldmap::SiteReport report = veldmap::writeDocumentation(*soc.map, site, true, soc.path(u"no pool"_s));
+        const veldmap::OutputFiles report = writeSite(soc, site, u"no pool"_s).files;
 
         ASSERT_EQ(report.failed.size(), 1) << name.toStdString();
         EXPECT_EQ(report.failed.first().path, site + u'/' + name + u".html"_s);
         EXPECT_FALSE(report.failed.first().reason.isEmpty());
         EXPECT_EQ(report.unreached, QStringList({u"C"_s, u"D"_s}));
         EXPECT_EQ(report.missing.size(), kPoolFiles);
-        EXPECT_EQ(report.written, 4);
+        EXPECT_EQ(report.written.size(), 4);
         EXPECT_EQ(filesIn(site), QStringList({u"A.html"_s, u"chip.html"_s, u"index.html"_s, u"menu.js"_s}));
         EXPECT_TRUE(readFile(site + u"/index.html"_s).contains(u"FRAMESET"_s));
         EXPECT_EQ(filesIn(site + u"/sub"_s) + filesIn(soc.path(u"out"_s)), QStringList());
@@ -126,13 +142,13 @@ TEST(Site, FilesInTheWayAreNamedAndPassedOver)
     writeFile(soc.path(u"pool/ua.js"_s), "script");
     for (const QString &file : {u"ua.js"_s, u"menu.js"_s, u"chip.html"_s, u"index.html"_s})
         QDir().mkpath(site + u'/' + file + u"/taken"_s);
-    const veldmap::SiteReport report = veldmap::writeDocumentation(*soc.map, site, true, soc.path(u"pool"_s));
+    const auto &[report, told] = writeSite(soc, site, u"pool"_s);
     QStringList failed;
     for (const veldmap::FailedFile &file : report.failed)
         failed += QFileInfo(file.path).fileName();
     EXPECT_EQ(failed, QStringList({u"ua.js"_s, u"menu.js"_s, u"chip.html"_s, u"index.html"_s}));
     EXPECT_EQ(report.missing.size(), kPoolFiles - 1);
     EXPECT_EQ(filesIn(site), QStringList({u"A.html"_s, u"B.html"_s}));
-    EXPECT_EQ(report.overwritten, QStringList({u"A"_s}));
+    EXPECT_EQ(told.findings.first().text(), site + u"/A.html shows the last of several instances of that name."_s);
     EXPECT_EQ(report.unreached, QStringList());
 }

@@ -1,7 +1,8 @@
+#include "findings/finding.h"
 #include "model/aggregates.h"
+#include "outputs/outputs.h"
 #include "support/loaded.h"
 #include "vhdl/notation.h"
-#include "vhdl/packages.h"
 #include "vhdl/static_expression.h"
 
 #include <QFile>
@@ -10,13 +11,20 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+veldmap::OutputFiles writePackages(const Loaded &soc, const QString &directory, veldmap::Sink &sink)
+{
+    veldmap::OutputOptions options;
+    options.directory = directory;
+    return veldmap::writeOutput(*soc.map, veldmap::Output::Vhdl, options, sink);
+}
+
 /// What is said of the packages of a description, without the names of its files.
 QString findingsOf(const Loaded &soc)
 {
     QStringList texts;
-    const veldmap::VhdlReport report = veldmap::writeVhdlPackages(*soc.map, soc.directory->path());
-    EXPECT_TRUE(report.failed.isEmpty());
-    for (const veldmap::Finding &finding : report.findings)
+    veldmap::FindingList told;
+    EXPECT_TRUE(writePackages(soc, soc.directory->path(), told).failed.isEmpty());
+    for (const veldmap::Finding &finding : told.findings)
         texts += finding.text();
     return texts.join(u'\n');
 }
@@ -72,8 +80,9 @@ TEST(VhdlPackages, FilesThatCanNotBeWritten)
                            {u"c.xml"_s, u"<archive/>"_s}});
     const QString out = soc.path(u"x/out"_s);
     writeFile(out + u"/c_reg_pkg.vhd"_s, "of another"); // makes the directory
-    const veldmap::VhdlReport report = veldmap::writeVhdlPackages(*soc.map, out);
-    EXPECT_EQ(report.written, 1);
+    veldmap::FindingList told;
+    const veldmap::OutputFiles report = writePackages(soc, out, told);
+    EXPECT_EQ(report.written.size(), 1);
     ASSERT_EQ(report.failed.size(), 3);
     EXPECT_EQ(report.failed.first().path, out + u"/../a.vhd"_s);
     EXPECT_FALSE(QFile::exists(soc.path(u"x/a.vhd"_s)));

@@ -1,0 +1,93 @@
+#include "cli/writing.h"
+
+#include "cli/description.h"
+#include "cli/program_rules.h"
+#include "cli/session.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+
+using namespace Qt::StringLiterals;
+
+namespace veldmap::cli {
+
+namespace {
+
+/// The directory in which the running program lies, wherever it was called from.
+QString programDirectory()
+{
+#ifdef Q_OS_LINUX
+    // A QCoreApplication tells it too, but has something to say about every locale that is not UTF-8.
+    return QFileInfo(QFileInfo(u"/proc/self/exe"_s).canonicalFilePath()).path();
+#else
+    int count = 1;
+    char name[] = "veldmap";
+    char *words[] = {name, nullptr};
+    const QCoreApplication application(count, words);
+    return QCoreApplication::applicationDirPath();
+#endif
+}
+
+/// The directory with the fixed files of a site: beside the program, or where an installation has it.
+QString poolDirectory()
+{
+    const QDir program(programDirectory());
+    const QString beside = program.filePath(u"docpool"_s);
+    const QString installed = QDir::cleanPath(program.filePath(QStringLiteral(VELDMAP_INSTALLED_POOL)));
+    return !QFileInfo::exists(beside) && QFileInfo::exists(installed) ? installed : beside;
+}
+
+bool writeOfRoot(Session &session, Output output, const QString &directory, bool chip, int threads)
+{
+    Messages &messages = session.messages;
+    if (!QDir().mkpath(directory)) {
+        messages.tell(rules::kNoDirectory, {directory});
+        return false;
+    }
+    OutputOptions options;
+    options.directory = directory;
+    options.chip = chip;
+    options.threads = threads;
+    if (output == Output::Docs)
+        options.pool = poolDirectory();
+    options.progress = [&](const QString &file) { messages.showProgress(u"Writing %1..."_s.arg(file)); };
+    const OutputFiles files = writeOutput(session.map, output, options, messages);
+    messages.clearProgress();
+    return files.isComplete();
+}
+
+} // namespace
+
+bool writeFiles(Session &session, Output output, const QString &directory, const Options &options)
+{
+    const auto write = [&](const QString &ofRoot, bool chip) {
+        return writeOfRoot(session, output, ofRoot, chip, options.threads);
+    };
+    const VMMemoryMap &map = session.map;
+    if (output == Output::Vhdl)
+        return write(directory, true);
+    const bool hasBoth = map.chipRootArchive && map.softRootArchive;
+    bool isComplete = true;
+    if (map.chipRootArchive)
+        isComplete = write(hasBoth ? directory + "/chip"_L1 : directory, true) && isComplete;
+    if (map.softRootArchive)
+        isComplete = write(hasBoth ? directory + "/soft"_L1 : directory, false) && isComplete;
+    return isComplete;
+}
+
+ExitStatus loadAndWrite(const Options &options, Output output, Session &session)
+{
+    if (!loadDescriptions(options, session))
+        return kFailed;
+    return writeFiles(session, output, options.outputDirectory, options) ? kDone : kFailed;
+}
+
+bool requireChip(const Options &options, Session &session)
+{
+    if (options.chip.isEmpty())
+        session.messages.tell(rules::kNoChip);
+    return !options.chip.isEmpty();
+}
+
+} // namespace veldmap::cli

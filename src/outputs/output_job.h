@@ -1,0 +1,47 @@
+#pragma once
+
+#include "findings/finding.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <vector>
+
+namespace veldmap {
+
+/// One file of an output, ready to be written.
+struct OutputText {
+    QString path;
+    QByteArray bytes;  ///< the whole file
+    QStringList trace; ///< what is traced when it is written
+};
+
+/// What a job makes. Of several files one is written only when those before it could be.
+struct JobTexts {
+    std::vector<OutputText> files;
+    QList<Finding> findings; ///< what the text of the files is found to be lacking
+    QString failure;         ///< why there is no text
+    bool isMissing = false;  ///< there is none, since the file to be copied is not there
+};
+
+/// One step of an output: a file, or the files of one description, and how their text is made.
+struct OutputJob {
+    QString path;            ///< of the first file
+    QString name;            ///< of the file or page in words that name several
+    QString refusal;         ///< why it is not written, empty when it is
+    QString directory;       ///< made below the directory of the output, if it is named
+    QString description;     ///< the file is left alone when it is newer than this one, if one is named
+    QString outside;         ///< where the file lies, if that is not below the directory of the output
+    bool isPage = false;     ///< the first page that can't be written ends the pages
+    bool waits = false;      ///< made in its turn only, since it reads files
+    bool usesBuffer = false; ///< the text is made in the memory of an earlier one
+
+    /// Makes the texts, on any thread and beside other jobs. \a buffer is empty but where the job uses one.
+    std::function<JobTexts(QByteArray buffer)> make;
+};
+
+using OutputJobs = std::vector<OutputJob>;
+
+} // namespace veldmap

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "outputs/output_job.h"
+
+class VMMemoryMap;
+class VMRootArchive;
+class VMXMLElement;
+
+namespace veldmap {
+
+struct OutputOptions;
+
+// The jobs of the outputs. They read \a root when they are done, so it must outlive them and stay as it is.
+
+/// The C header and, where asked for, the assembly header of each description.
+OutputJobs headerJobs(const VMRootArchive &root, const OutputOptions &options, bool skipUpToDate);
+/// The package of each description of the chip.
+OutputJobs vhdlJobs(const VMRootArchive &root, const OutputOptions &options);
+/// The fixed files of the site, then its menu, frames and pages.
+OutputJobs siteJobs(const VMRootArchive &root, const OutputOptions &options);
+
+// Parts of a site, which a host may ask for one by one.
+
+OutputJobs poolJobs(const OutputOptions &options);
+OutputJob menuJob(const VMRootArchive &root, const OutputOptions &options);
+OutputJob startPageJob(const VMRootArchive &root, const OutputOptions &options);
+OutputJob framesJob(const VMRootArchive &root, const OutputOptions &options);
+
+} // namespace veldmap

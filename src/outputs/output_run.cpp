@@ -1,0 +1,188 @@
+#include "outputs/output_run.h"
+
+#include "files/directories.h"
+#include "files/file_writer.h"
+#include "outputs/ordered_work.h"
+#include "outputs/output_rules.h"
+
+#include <QDateTime>
+#include <QFileInfo>
+
+using namespace Qt::StringLiterals;
+
+namespace veldmap {
+
+namespace {
+
+#ifndef VELDMAP_TREE_IS_FROZEN
+/// A tree that fills indexes when it is asked can be read by one thread.
+#define VELDMAP_TREE_IS_FROZEN false
+#endif
+constexpr bool kTreeIsFrozen = VELDMAP_TREE_IS_FROZEN;
+
+/// Whether the file of \a job is newer than the description that it is made from. One whose time is not known is no
+/// reason to write.
+bool isUpToDate(const OutputJob &job)
+{
+    if (job.description.isEmpty())
+        return false;
+    const QDateTime written = QFileInfo(job.path).lastModified();
+    const QDateTime described = QFileInfo(job.description).lastModified();
+    return written.isValid() && (!described.isValid() || described < written);
+}
+
+} // namespace
+
+OutputFiles OutputRun::run()
+{
+    OrderedWork(*this, static_cast<qsizetype>(m_jobs.size())).run(kTreeIsFrozen ? m_options.threads : 1);
+    tellFiles();
+    return m_files;
+}
+
+/// The texts of a job, or nothing where its turn may show that none are needed.
+OutputRun::Made OutputRun::make(qsizetype at)
+{
+    const OutputJob &job = m_jobs[static_cast<std::size_t>(at)];
+    if (job.waits || !job.refusal.isEmpty() || isUnreached(job) || isUpToDate(job))
+        return std::nullopt;
+    return textsOf(job);
+}
+
+qint64 OutputRun::bytesOf(const Made &made)
+{
+    qint64 bytes = 0;
+    if (made) {
+        for (const OutputText &text : made->files)
+            bytes += text.bytes.size();
+    }
+    return bytes;
+}
+
+/// Everything that depends on the files written so far is decided here, as if there were one thread.
+void OutputRun::take(qsizetype at, Made made)
+{
+    const OutputJob &job = m_jobs[static_cast<std::size_t>(at)];
+    if (isUnreached(job)) {
+        m_files.unreached += job.name;
+        return;
+    }
+    if (!job.refusal.isEmpty()) {
+        fail(job, job.path, job.refusal);
+        return;
+    }
+    recursiveMkdir(m_options.directory, job.directory);
+    if (isUpToDate(job)) {
+        if (m_options.trace)
+            m_options.trace("Skipping "_L1 + job.path);
+        m_files.skipped += job.path;
+        return;
+    }
+    if (!job.outside.isEmpty())
+        m_files.outside += job.outside;
+    write(job, made ? std::move(*made) : textsOf(job));
+}
+
+JobTexts OutputRun::textsOf(const OutputJob &job)
+{
+    QByteArray buffer;
+    if (job.usesBuffer) {
+        const std::lock_guard lock(m_mutex);
+        if (!m_buffers.empty()) {
+            buffer = std::move(m_buffers.back());
+            m_buffers.pop_back();
+        }
+    }
+    return job.make(std::move(buffer));
+}
+
+bool OutputRun::isUnreached(const OutputJob &job)
+{
+    if (!job.isPage)
+        return false;
+    const std::lock_guard lock(m_mutex);
+    return m_arePagesEnded;
+}
+
+void OutputRun::write(const OutputJob &job, JobTexts texts)
+{
+    for (const Finding &finding : texts.findings)
+        m_sink.take(finding);
+    if (texts.isMissing) {
+        m_files.missing += job.name;
+        return;
+    }
+    if (!texts.failure.isEmpty()) {
+        fail(job, job.path, texts.failure);
+        return;
+    }
+    for (OutputText &text : texts.files) {
+        if (!writeFile(text, job))
+            return;
+        if (job.usesBuffer)
+            giveBack(std::move(text.bytes));
+    }
+    if (job.isPage)
+        notePage(job);
+}
+
+bool OutputRun::writeFile(const OutputText &text, const OutputJob &job)
+{
+    if (m_options.trace) {
+        for (const QString &line : text.trace)
+            m_options.trace(line);
+    }
+    if (m_options.progress)
+        m_options.progress(text.path);
+    QString reason;
+    if (!writeWholeFile(text.path, text.bytes, reason)) {
+        fail(job, text.path, reason);
+        return false;
+    }
+    m_files.written += text.path;
+    return true;
+}
+
+void OutputRun::fail(const OutputJob &job, const QString &path, const QString &reason)
+{
+    m_files.failed.append({path, reason});
+    if (!job.isPage)
+        return;
+    const std::lock_guard lock(m_mutex);
+    m_arePagesEnded = true;
+}
+
+void OutputRun::notePage(const OutputJob &job)
+{
+    if (m_pages.contains(job.path))
+        m_overwritten += job.path;
+    m_pages += job.path;
+}
+
+void OutputRun::giveBack(QByteArray buffer)
+{
+    const std::lock_guard lock(m_mutex);
+    m_buffers.push_back(std::move(buffer));
+}
+
+void OutputRun::tellFiles()
+{
+    for (const QString &file : m_files.outside)
+        m_sink.take(Finding(output_rules::kOutside, {}, {file, m_options.directory}));
+    for (const QString &page : m_overwritten)
+        m_sink.take(Finding(output_rules::kOverwritten, {}, {page}));
+    if (!m_files.missing.isEmpty())
+        m_sink.take(
+            Finding(output_rules::kMissing, {}, {m_options.directory, m_options.pool, m_files.missing.join(", "_L1)}));
+    for (const FailedFile &file : m_files.failed)
+        m_sink.take(Finding(output_rules::kFailed, {}, {file.path, file.reason}));
+    if (!m_files.unreached.isEmpty())
+        m_sink.take(Finding(output_rules::kUnreached, {}, {m_files.unreached.join(", "_L1)}));
+}
+
+OutputFiles runJobs(const OutputJobs &jobs, const OutputOptions &options, Sink &sink)
+{
+    return OutputRun(jobs, options, sink).run();
+}
+
+} // namespace veldmap

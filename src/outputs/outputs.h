@@ -1,0 +1,45 @@
+#pragma once
+
+#include "files/output_files.h"
+#include "veldmap_export.h"
+
+#include <QString>
+
+#include <functional>
+
+class VMMemoryMap;
+
+namespace veldmap {
+
+class Sink;
+
+/// What can be made of a loaded description.
+enum class Output {
+    Headers, ///< C and assembly headers of a root
+    Vhdl,    ///< VHDL packages of the chip
+    Docs,    ///< the documentation site of a root
+};
+
+/// How an output is written.
+struct OutputOptions {
+    QString directory; ///< for the files, without trailing slash; must exist
+    bool chip = true;  ///< of the chip's root, or else of the software's
+    QString pool;      ///< the directory with the fixed files of a site
+    int threads = 1;   ///< how many make texts at a time; from 1
+
+    std::function<void(const QString &path)> progress = {}; ///< hears of each file before it is written
+    std::function<void(const QString &text)> trace = {};    ///< hears what VMMemoryMap::generateCHeaders traces
+};
+
+/// Writes \a output of \a map, headers as its skipUpToDate says, and tells what became of each file. Each is written
+/// whole or not at all. A root that is not loaded has no files.
+///
+/// \a sink hears, in this order, what the texts are found to be lacking (what VHDL will not take of a description),
+/// then what is to be told of the files: those outside the directory, pages that take the place of others, files that
+/// are missing or could not be written. Its errors are those that leave OutputFiles::isComplete() false.
+///
+/// Files, what is told and traced, and their order are the same for every number of threads. Progress, traces and
+/// findings come one at a time, also where other threads make texts meanwhile; nothing may change \a map until then.
+VELDMAP_EXPORT OutputFiles writeOutput(const VMMemoryMap &map, Output output, const OutputOptions &options, Sink &sink);
+
+} // namespace veldmap

@@ -1,0 +1,117 @@
+#include "docsite/site.h"
+#include "docsite/site_text.h"
+#include "model/root_archive.h"
+#include "outputs/output_jobs.h"
+#include "outputs/outputs.h"
+
+#include <QFile>
+
+using namespace Qt::StringLiterals;
+
+namespace veldmap {
+
+namespace {
+
+JobTexts oneFile(const QString &path, const QByteArray &bytes)
+{
+    JobTexts texts;
+    texts.files.push_back({path, bytes, {}});
+    return texts;
+}
+
+/// The file \a source as it is.
+JobTexts copyOf(const QString &source, const QString &path)
+{
+    QFile file(source);
+    if (file.open(QIODevice::ReadOnly)) {
+        const QByteArray content = file.readAll();
+        if (file.error() == QFile::NoError)
+            return oneFile(path, content);
+    }
+    JobTexts texts;
+    texts.isMissing = !QFile::exists(source);
+    texts.failure = u"%1 can't be read: %2"_s.arg(source, file.errorString());
+    return texts;
+}
+
+/// A job for \a file of the site, whose text \a append appends.
+template <typename Append>
+OutputJob siteFile(const OutputOptions &options, const QString &file, const Append &append)
+{
+    OutputJob job;
+    job.path = options.directory + u'/' + file;
+    job.name = file;
+    job.usesBuffer = true;
+    job.make = [path = job.path, append](QByteArray buffer) {
+        SiteText text(std::move(buffer));
+        append(text);
+        return oneFile(path, text.takeBytes());
+    };
+    return job;
+}
+
+/// Why an instance of that name can have no page; empty when it can. The name becomes that of a file as it stands.
+QString refusalOf(const QString &name)
+{
+    if (name.contains(u'/') || name.contains(".."_L1))
+        return u"the name of the instance leads out of the directory"_s;
+    if (isSiteFile(name + ".html"_L1))
+        return u"the site has another file of that name"_s;
+    return {};
+}
+
+OutputJob pageJob(const VMXMLElement &instance, const OutputOptions &options)
+{
+    OutputJob job =
+        siteFile(options, instance.getName() + ".html"_L1, [&instance](SiteText &text) { appendPage(text, instance); });
+    job.name = instance.getName();
+    job.refusal = refusalOf(instance.getName());
+    job.isPage = true;
+    return job;
+}
+
+} // namespace
+
+OutputJobs poolJobs(const OutputOptions &options)
+{
+    OutputJobs jobs;
+    for (const QLatin1StringView file : poolFiles()) {
+        OutputJob job;
+        job.path = options.directory + u'/' + file;
+        job.name = file;
+        job.waits = true; // what was written before may be what is copied
+        job.make = [path = job.path, source = options.pool + u'/' + file](const QByteArray &) {
+            return copyOf(source, path);
+        };
+        jobs.push_back(std::move(job));
+    }
+    return jobs;
+}
+
+OutputJob menuJob(const VMRootArchive &root, const OutputOptions &options)
+{
+    return siteFile(options, kMenuScript, [&root](SiteText &text) { appendMenuScript(text, root); });
+}
+
+OutputJob startPageJob(const VMRootArchive &root, const OutputOptions &options)
+{
+    return siteFile(options, kStartPage, [&root](SiteText &text) { appendStartPage(text, root); });
+}
+
+OutputJob framesJob(const VMRootArchive &root, const OutputOptions &options)
+{
+    return siteFile(options, kFrames, [&root](SiteText &text) { appendFrames(text, root); });
+}
+
+OutputJobs siteJobs(const VMRootArchive &root, const OutputOptions &options)
+{
+    OutputJobs jobs = poolJobs(options);
+    jobs.push_back(menuJob(root, options));
+    jobs.push_back(startPageJob(root, options));
+    jobs.push_back(framesJob(root, options));
+    for (const auto &instance : root.instances)
+        jobs.push_back(pageJob(*instance, options));
+    return jobs;
+}
+
+} // namespace veldmap
