@@ -1,11 +1,9 @@
 #include "cli/description.h"
 
-#include "cli/library_messages.h"
 #include "cli/program_rules.h"
 #include "cli/session.h"
-#include "loading/memory_map_loader.h"
-
-using namespace Qt::StringLiterals;
+#include "loading/load.h"
+#include "model/root_archive.h"
 
 namespace veldmap::cli {
 
@@ -13,10 +11,8 @@ namespace {
 
 VMRootArchive *load(Session &session, const QString &path, bool chip)
 {
-    const LibraryMessages library(session.messages);
     const int errorsBefore = session.messages.errorCount();
-    VMRootArchive *root = VMMemoryMapLoader().loadRootArchiveFromFile(&session.map, path, library.onLog,
-                                                                      library.onError, library.onWarning, chip);
+    VMRootArchive *root = loadRoot(session.map, path, chip, session.messages).release(); // the map will own it
     // A file that can't be opened is only a warning of the library, and -q hides it.
     if (!root && session.messages.errorCount() == errorsBefore)
         session.messages.tell(rules::kNotLoaded, {path});
