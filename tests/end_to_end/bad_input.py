@@ -10,7 +10,6 @@ import support
 from support import MESSAGE, archive, options, run
 
 DEEP = 100_000
-WORD = 1 << 32
 BAD_VARIABLE = "In archive 'root', variable 'A' declaration : Error in expression of : A"
 
 
@@ -58,15 +57,6 @@ class Refused(NamedTuple):
 
 
 REFUSED = [
-    Refused("not XML", "just some words\n", 1),
-    Refused("not UTF-8", b'<?xml version="1.0" encoding="UTF-8"?>\n<archive><comment>caf\xe9</comment></archive>'),
-    Refused("not UTF-8, undeclared", b"<archive>\n<comment>caf\xe9 cr\xe8me</comment>\n</archive>"),
-    Refused("NUL in the text", b"<archive>\n<comment>a\0b</comment>\n</archive>\n"),
-    Refused("empty file", ""),
-    Refused("not closed", "<archive>\n<module name='m'>\n"),
-    Refused("other document", "<html/>\n", 0, "Bad archive format!"),
-    Refused("broken include", {"root.xml": archive('<include file="sub/a.xml"/>'),
-                               "sub/a.xml": "<archive>\n<var\n</archive>"}, 3, file="sub/a.xml"),
     Refused("structs in structs", module(nested('<struct name="s">\n', "</struct>\n"))),
     Refused("structs in structs of wide characters", module(nested('<struct name="s">', "</struct>")).encode("utf-16")),
     Refused("structs that nobody closes", module(nested('<struct name="s">', ""))),
@@ -77,8 +67,6 @@ REFUSED = [
     Refused("unknown tags", nested("<x>", "</x>")),
     Refused("exponential entities",
             entities([("e0", "lol"), *((f"e{n + 1}", f"&e{n};" * 10) for n in range(12))], "&e12;")),
-    Refused("one entity a hundred thousand times", entities([("e", "x" * 4000)], "&e;" * 100_000)),
-    Refused("count of two billion", module('<reg32 name="r" count="2000000000"/>'), 3),
     Refused("two billion pointers", module('<reg8 name="r"/>', '<ptr name="p" type="m" count="2000000000"/>'), 4),
     Refused("alias of two billion", archive('<alias name="a"><uint8 name="u" count="2000000000"/></alias>'), 2),
     Refused("arrays of arrays", module('<struct name="a" count="1000"><struct name="b" count="1000">',
@@ -86,38 +74,18 @@ REFUSED = [
     Refused("types that hold ten of the last", archive(*chain(9, '<instance name="i" type="{0}" count="10"/>'))),
     Refused("types that hold two of the last",
             archive(*chain(40, '<instance name="i" type="{0}"/><instance name="j" type="{0}"/>'))),
-    Refused("cut of 1 over a billion", in_register('<bits name="f" pos="1000000000:0" cut="1"/>'), 4),
     Refused("cut over all numbers", in_register('<bits name="f" pos="2147483647:-2147483647" cut="1"/>'), 4),
     Refused("open parentheses", archive(f'<var name="A" value="{"(" * DEEP}1"/>'), 2, BAD_VARIABLE),
     Refused("name that no way leads to", diamonds(40, '<var name="A" value="NOWHERE"/>'), 4, BAD_VARIABLE),
     Refused("enum that no way leads to", diamonds(40, '<module name="m"><reg name="r"><bits name="f" pos="0">',
                                                   '<options linkenum="none"/></bits></reg></module>'), 5,
             "Options of bitfield 'f' is linked to an undefined enum 'none'."),
-    Refused("negative count", module('<reg32 name="r" count="0-1"/>'), 3,
-            "Invalid '-1' array count of type 'reg32' for array 'r'"),
 ]
 
 # Descriptions that load: (name, files or the root file's content, expression in the scope of the root, its value).
 VALUES = [
-    ("file that includes itself", archive('<include file="root.xml"/>', '<var name="A" value="5"/>'), "A*2", 10),
-    ("cycle of three", {
-        "root.xml": archive('<include file="b.xml"/>', '<var name="A" value="B+1"/>'),
-        "b.xml": archive('<include file="c.xml"/>', '<var name="B" value="C+1"/>'),
-        "c.xml": archive('<include file="root.xml"/>', '<include file="b.xml"/>', '<var name="C" value="1"/>'),
-    }, "A+B+C", 6),
     ("diamonds of includes", diamonds(40, '<var name="A" value="LAST+1"/>'), "A+LAST", 15),
-    ("variables at the edge", archive('<var name="A" value="exp2(31)/(0-1)"/>', '<var name="B" value="1e300"/>',
-                                      '<var name="C" value="exp2(40)"/>'), "(A==B)*C", 256),
     ("wide characters", archive(*f'<var name="A" value="7"/> {"<spacer/>" * 1000}'.split()).encode("utf-16"), "A", 7),
-    ("number in a string", archive('<var name="A" value="&quot;12&quot;"/>'), "A", 0),
-]
-
-EXPRESSIONS = [
-    ("exp2(40)", "int", 256), ("exp2(-1)", "int", -2147483648), ("0-exp2(31)", "int", -2147483648),
-    ("exp2(31)/(0-1)", "int", -2147483648), ("exp2(31)%(0-1)", "int", 0), ("2147483647+1", "int", -2147483648),
-    ("(0-2147483647-1)/(0-1)", "int", -2147483648), ("1<<33", "int", 2), ("1<<(0-1)", "int", -2147483648),
-    # 2147483648 is unsigned, and so is what is made of it
-    ("(0-2147483648)/(0-1)", "dword", 0), ("(0-2147483648)%(0-1)", "dword", 2147483648),
 ]
 
 
@@ -159,12 +127,6 @@ class BadInput(support.Case):
                 self.expect(self.bounded("headers", "--chip", root, "-o", self.folder / "out"), 0)
                 self.expect(self.bounded("tree", "--json", "--chip", root), 0, out=None)
 
-    def test_expressions(self):
-        result = self.bounded("eval", "--json", *(expression for expression, *_ in EXPRESSIONS))
-        self.expect(result, 0, out=None)
-        self.assertEqual([(row["type"], row["value"]) for row in json.loads(result.out)],
-                         [(kind, value) for _, kind, value in EXPRESSIONS])
-
     def test_parentheses_of_an_expression(self):
         self.expect(self.bounded("eval", "(" * DEEP + "1"), 1, err=None)
         half = DEEP // 2
@@ -173,50 +135,11 @@ class BadInput(support.Case):
     def test_files_that_are_none(self):
         for path in (self.folder, self.folder / "missing.xml"):
             with self.subTest(path.name):
-                self.expect(self.bounded("check", path), 1, err=f"warning: Unable to open file {path}\nerror: {path} did not load.\n")
-
-    def test_positions_out_of_range(self):
-        """The table of options shows each value in binary, with a digit for every bit of the field."""
-        positions = [("40:36", 40, 36), ("0-1:0-5", -1, -5), ("2147483647:-2147483647", 2147483647, -2147483647),
-                     ("0x80000000:0", 0, -2147483648), ("32", 32, 32), ("1000000000:0", 1000000000, 0)]
-        fields = (f'<bits name="f{number}" pos="{pos}" rst="all1" display="bin"><options><option name="o" value="1"/>'
-                  '</options></bits>' for number, (pos, *_) in enumerate(positions))
-        root = self.write(module('<reg32 name="r">', *fields, "</reg32>"))
-        self.expect(self.bounded("headers", "--chip", root, "-o", self.folder / "out"), 0)
-        register = json.loads(self.bounded("tree", "--json", "--chip", root).out)["chip"]["instances"][0]["members"][0]
-        self.assertEqual([(field["up"], field["down"]) for field in register["bitFields"]],
-                         [(up, down) for _, up, down in positions])
-
-    def test_sizes_wrap(self):
-        """A negative size moves the next member down, and the sum is taken as a 32-bit number."""
-        eighth = 1 << 28                        # the bytes of the most negative number of bits
-        cases = [('<hole size="0-64"/>', {"bits": -64, "size": WORD - 8}, WORD - 4),
-                 ('<hole size="exp2(31)"/>', {"bits": -1 << 31, "size": WORD - eighth}, WORD - eighth + 4),
-                 ('<memory name="h" size="0-8"/>', {"size": WORD - 8}, WORD - 4),
-                 ('<memory name="h" size="2147483647"/>', {"size": 2147483647}, (1 << 31) + 4),
-                 ('<struct name="h" count="0-5"><reg8 name="x"/></struct>', {"count": -5, "size": 0, "members": []}, 4)]
-        for line, expected, offset in cases:
-            with self.subTest(line):
-                root = self.write(module('<reg32 name="a"/>', line, '<reg32 name="b"/>'))
-                self.expect(self.bounded("headers", "--chip", root, "-o", self.folder / "out"), 0)
-                result = self.bounded("tree", "--json", "--chip", root)
-                _, gap, last = json.loads(result.out)["chip"]["instances"][0]["members"]
-                self.assertEqual({key: gap[key] for key in expected}, expected)
-                self.assertEqual((last["offset"], last["address"]), (offset, (0x1000 + offset) % WORD))
+                told = f"warning: Unable to open file {path}\nerror: {path} did not load.\n"
+                self.expect(self.bounded("check", path), 1, err=told)
 
 
 class Messages(support.Case):
-    def test_place_deep_inside_includes(self):
-        """The column is the one behind the tag's end, counted in characters and not in bytes."""
-        line = '    <!-- größe --><bogus a="1">'
-        root = self.lay_out({
-            "root.xml": archive("<comment>root</comment>", '<include file="sub/middle.xml"/>'),
-            "sub/middle.xml": archive('<include file="../deep/lowest.xml"/>'),
-            "deep/lowest.xml": archive('<module name="m">', '  <struct name="s">', line + "</bogus>", "</struct>",
-                                       "</module>")})
-        place = f"{self.folder}/deep/lowest.xml:4:{len(line)}"
-        self.expect(run("check", root), 1, err=f"{place}: error: Struct 's' contains an unvalid 'bogus' tag.\n")
-
     def test_both_roots_are_reported(self):
         self.lay_out({"chip.xml": "<chip/>", "soft.xml": archive("<bogus/>"), "good.xml": archive()})
         chip, soft, good = (self.folder / name for name in ("chip.xml", "soft.xml", "good.xml"))

@@ -18,7 +18,6 @@ from pathlib import Path
 import support
 from support import options, run
 
-HERE = Path(__file__).resolve().parent
 GCC = ["gcc", "-m32"]
 WORD = 0xFFFFFFFF
 
@@ -268,7 +267,7 @@ class Chip(support.Case):
     def test_c_headers_compile_and_tell_the_truth(self):
         self.need_compiler()
         target = self.generate("out")
-        language = ["-ffreestanding", "-fsyntax-only", "-std=c11", "-Wall", "-Werror", "-include", HERE / "prelude.h"]
+        language = ["-ffreestanding", "-fsyntax-only", "-std=c11", "-Wall", "-Werror", "-include", support.PRELUDE]
         for index, header in enumerate(self.headers):
             (target / f"alone{index}.c").write_text(f'#include "{header}"\n')
         self.compile(target, *language, *(f"alone{index}.c" for index in range(len(self.headers))))

@@ -17,7 +17,10 @@ from typing import NamedTuple
 SKIPPED = 77                                    # what the test driver takes as "not run"
 MESSAGE = re.compile(r"(.+:\d+:\d+: )?(error|warning): .+")
 
-EXAMPLES = Path(__file__).resolve().parents[2] / "examples"
+HERE = Path(__file__).resolve().parent
+PRELUDE = HERE / "prelude.h"
+EXAMPLES = HERE.parents[1] / "examples"
+GOLDEN = HERE.parent / "golden"
 
 options = argparse.Namespace()                  # the command line of the test, filled in by main()
 
@@ -84,6 +87,13 @@ class Case(unittest.TestCase):
         for wanted, text in ((out, run.out), (err, run.err)):
             if wanted is not None:
                 self.assertEqual(text, wanted)
+
+    def expect_golden(self, name, text):
+        """The text is that of a golden file; UPDATE_GOLDEN=1 writes it instead."""
+        path = GOLDEN / name
+        if "UPDATE_GOLDEN" in os.environ:
+            path.write_text(text)
+        self.assertEqual(text, path.read_text(), path)
 
     def tree(self, *roots):
         run_of_tree = run("tree", "--json", *roots)

@@ -44,7 +44,11 @@ TEST(Bits, PositionsAreOrderedAndSplitAtTheLastColon)
         {u"0x1F:0b100"_s, u"f 31:4 (0x1F:0b100)"_s},
         {u"BASE:BASE+3"_s, u"f 7:4 (BASE+3:BASE)"_s},
         {u"1:\n0"_s, u"f 1:0 (1: 0)"_s}, // a line end in an attribute is a blank
+        {u"32"_s, u"f 32:32 (32:32)"_s},
         {u"40:33"_s, u"f 40:33 (40:33)"_s},
+        {u"0-1:0-5"_s, u"f -1:-5 (0-1:0-5)"_s},
+        {u"0x80000000:0"_s, u"f 0:-2147483648 (0:0x80000000)"_s},
+        {u"1000000000:0"_s, u"f 1000000000:0 (1000000000:0)"_s},
         {u"2147483647:-2147483647"_s, u"f 2147483647:-2147483647 (2147483647:-2147483647)"_s},
     };
     for (const auto &[pos, expected] : rows)

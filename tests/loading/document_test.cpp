@@ -21,6 +21,7 @@ TEST(Document, MalformedTextIsToldAsTheParserTellsIt)
                                     "<archive>&nope;</archive>",
                                     "<archive/><archive/>",
                                     "<archive>\xff\xfe</archive>",
+                                    "<?xml version='1.0' encoding='UTF-8'?>\n<archive>caf\xe9</archive>",
                                     "\n<?xml version='1.0'?><archive/>",
                                     "<archive x=1/>",
                                     "<archive><!-- -- --></archive>",

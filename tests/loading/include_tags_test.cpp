@@ -112,9 +112,9 @@ TEST(Includes, FailureInsideNamesItsFile)
 {
     const Loaded soc({{u"soc.xml"_s, u"<archive><include file='sub/a.xml'/></archive>"_s},
                       {u"sub/a.xml"_s, u"<archive><include file='b.xml'/></archive>"_s},
-                      {u"sub/b.xml"_s, u"<archive>\n\n <var/>\n</archive>"_s}});
+                      {u"sub/b.xml"_s, u"<archive>\n\n <!-- größe --><var/>\n</archive>"_s}});
     EXPECT_FALSE(soc.isLoaded());
-    EXPECT_EQ(soc.errors, QStringList(u"sub/b.xml:3:7:A variable of the archive 'b' has no name!"_s));
+    EXPECT_EQ(soc.errors, QStringList(u"sub/b.xml:3:21:A variable of the archive 'b' has no name!"_s));
 }
 
 TEST(Includes, BigArchivesHoldSeveralFiles)

@@ -81,6 +81,18 @@ TEST(Layout, MembersAlignAsInC)
          {u"a@0+4"_s, u"Reserved_00000004_-64@4+-8"_s, u"b@4294967292+1"_s},
          0,
          4},
+        {u"<reg name='a'/><hole size='exp2(31)'/><reg8 name='b'/>"_s,
+         {u"a@0+4"_s, u"Reserved_00000004_-2147483648@4+-268435456"_s, u"b@4026531844+1"_s},
+         -268435448,
+         4},
+        {u"<reg name='a'/><memory name='h' size='0-8'/><reg name='b'/>"_s,
+         {u"a@0+4"_s, u"h@4+-8"_s, u"b@4294967292+4"_s},
+         0,
+         4},
+        {u"<reg name='a'/><struct name='h' count='0-5'><reg8 name='x'/></struct><reg8 name='b'/>"_s,
+         {u"a@0+4"_s, u"h@4+0"_s, u"b@4+1"_s},
+         8,
+         4},
     };
     for (const Row &row : rows) {
         const Loaded soc = placed(row.content);

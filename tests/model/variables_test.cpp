@@ -115,6 +115,13 @@ TEST(Expressions, OfADescription)
         {u"4294967296"_s, -1},
         {u"(0-2147483647-1)/(0-1)"_s, -2147483647 - 1},
         {u"(0-2147483647-1)%(0-1)"_s, 0},
+        {u"(0-2147483648)/(0-1)"_s, 0}, // 2147483648 is unsigned, and so is what is made of it
+        {u"(0-2147483648)%(0-1)"_s, -2147483647 - 1},
+        {u"exp2(31)/(0-1)"_s, -2147483647 - 1},
+        {u"exp2(31)%(0-1)"_s, 0},
+        {u"1<<(0-1)"_s, -2147483647 - 1},
+        {u"1e300"_s, -2147483647 - 1},
+        {u"\"12\""_s, 0},
     };
     for (const auto &[expression, value] : rows)
         EXPECT_EQ(valueOf(soc, expression), value) << expression.toStdString();
