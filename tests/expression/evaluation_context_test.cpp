@@ -1,10 +1,10 @@
 #include "expression/evaluation_context.h"
 
-#include "expression/variant.h"
+#include "values.h"
 
 #include <gtest/gtest.h>
 
-#include <cstddef>
+#include <algorithm>
 #include <iterator>
 #include <string>
 #include <vector>
@@ -14,132 +14,63 @@ using variant::Variant;
 
 namespace {
 
-/// The value that a text such as "I-1", "D7", "B1", "R1.5", "Sabc" or "0" shows: the type letter, then the value.
-Variant valueOf(const std::string &shown)
+/// What a call in words, the name and then its arguments, gives, or "fails"; a failed call must leave a Null result.
+template <typename Call>
+std::string outcome(const Call &call, const std::string &asked)
 {
-    Variant value;
-    const std::string digits = shown.substr(1);
-    switch (shown.front()) {
-    case 'B':
-        value.setBool(std::stoi(digits));
-        break;
-    case 'I':
-        value.setInt(std::stoi(digits));
-        break;
-    case 'D':
-        value.setDWORD(std::stoul(digits));
-        break;
-    case 'R':
-        value.setReal(std::stod(digits));
-        break;
-    case 'S':
-        value.setString(digits.c_str());
-        break;
-    case 'X':
-        value.setBinary(digits.data(), static_cast<int>(digits.size()));
-        break;
-    case 'P':
-        value.setPtr(nullptr);
-        break;
-    default:
-        break;
-    }
-    return value;
+    std::vector<std::string> words = wordsOf(asked);
+    std::vector<Variant> values;
+    std::transform(words.begin() + 1, words.end(), std::back_inserter(values), valueOf);
+    std::vector<Variant *> arguments;
+    for (Variant &value : values)
+        arguments.push_back(&value);
+    return written(
+        [&](Variant &result) { return call(words.front().c_str(), int(arguments.size()), arguments.data(), result); },
+        "0");
 }
 
-std::string shown(const Variant &value)
+std::string ofOperator(const std::string &asked)
 {
-    std::string digits;
-    value.asString(digits, value.getType() == Variant::kReal ? "%.10g" : nullptr);
-    return value.getTypeChar() + digits;
-}
-
-/// The values of a call and the pointers to them.
-class Arguments {
-public:
-    explicit Arguments(const std::vector<std::string> &texts) : m_values(texts.size()), m_pointers(texts.size())
-    {
-        for (std::size_t index = 0; index < texts.size(); ++index) {
-            m_values[index] = valueOf(texts[index]);
-            m_pointers[index] = &m_values[index];
-        }
-    }
-
-    int count() const { return static_cast<int>(m_values.size()); }
-    Variant **data() { return m_pointers.data(); }
-
-private:
-    std::vector<Variant> m_values;
-    std::vector<Variant *> m_pointers;
-};
-
-using Call = int (CExEvCtx::*)(const char *, int, Variant **, Variant &);
-
-/// What a call gives, or "fails"; a failed call must leave a Null result.
-std::string outcome(Call call, const char *name, const std::vector<std::string> &arguments)
-{
-    Arguments values(arguments);
-    CExEvCtx context;
-    Variant result = valueOf("Sstale");
-    if ((context.*call)(name, values.count(), values.data(), result))
-        return shown(result);
-    return shown(result) == "0" ? "fails" : "fails and leaves " + shown(result);
+    return outcome([](auto &&...call) { return CExEvCtx().callOperator(call...); }, asked);
 }
 
 TEST(ContextOperators, RowIsChosenByArgumentsAndOrder)
 {
-    const struct {
-        const char *name;
-        std::vector<std::string> arguments;
-        const char *expected;
-    } rows[] = {
-        {"+", {"B5"}, "B1"}, // a Bool stays one
-        {"+", {"Sa"}, "fails"},       {"+", {"I1", "Sx"}, "S1x"},         {"+", {"R1.5", "Sx"}, "S1.5000x"},
-        {"+", {"Sx", "I1"}, "Sx1"},   {"+", {"Sx", "Sy"}, "Sxy"},         {"+", {"0", "Sx"}, "Sx"},
-        {"+", {"Sx", "X\n"}, "Sx0A"}, {"+", {"I1", "I2"}, "I3"},          {"+", {"X1", "I2"}, "fails"},
-        {"+", {}, "fails"},           {"+", {"I1", "I2", "I3"}, "fails"}, {"-", {"Sx", "I1"}, "fails"},
-        {"*", {"I1"}, "fails"},       {"!", {"I1", "I2"}, "fails"},       {"=", {"I1", "I2"}, "fails"},
-        {"sin", {"I0"}, "fails"}, // a function is no operator
-    };
-    for (const auto &row : rows)
-        EXPECT_EQ(outcome(&CExEvCtx::callOperator, row.name, row.arguments), row.expected)
-            << row.name << " with " << row.arguments.size() << " arguments";
+    const Rows rows = rowsOf(R"(
+        + Sa = fails           + I1 Sx = S1x          + R1.5 Sx = S1.5000x   + Sx I1 = Sx1
+        + Sx Sy = Sxy          + 0 Sx = Sx            + I1 I2 = I3           + X1 I2 = fails
+        + Sx XJ = Sx4A
+        + = fails              + I1 I2 I3 = fails     - Sx I1 = fails        * I1 = fails
+        ! I1 I2 = fails        = I1 I2 = fails
+        + B5 = B1 // a Bool stays one
+        sin I0 = fails // a function is no operator)");
+    for (const auto &[asked, expected] : rows)
+        EXPECT_EQ(ofOperator(asked), expected) << asked;
 }
 
 TEST(ContextOperators, UnaryOperatorsFollowTheType)
 {
-    const char *const operands[] = {"B5",   "B0",   "I5", "I-2147483648", "D1", "D0", "R0",
-                                    "R1.5", "Rnan", "0",  "Sa",           "Xa", "P"};
-    const struct {
-        const char *name;
-        std::vector<std::string> expected;
-    } rows[] = {
-        {"+", {"B1", "B0", "I5", "I-2147483648", "D1", "D0", "R0", "R1.5", "Rnan", "fails", "fails", "fails", "fails"}},
-        {"-",
-         {"I-5", "I0", "I-5", "I-2147483648", "D4294967295", "D0", "R-0", "R-1.5", "R-nan", "fails", "fails", "fails",
-          "fails"}},
-        {"~",
-         {"fails", "fails", "I-6", "I2147483647", "D4294967294", "D4294967295", "fails", "fails", "fails", "fails",
-          "fails", "fails", "fails"}},
-        {"!", {"B0", "B1", "B0", "B0", "B0", "B1", "B1", "B0", "B0", "fails", "fails", "fails", "fails"}},
-    };
-    for (const auto &row : rows) {
-        for (std::size_t index = 0; index < std::size(operands); ++index)
-            EXPECT_EQ(outcome(&CExEvCtx::callOperator, row.name, {operands[index]}), row.expected[index])
-                << row.name << operands[index];
+    const Rows rows = rowsOf(R"(
+        + = B1 B0 I5 I-2147483648 D1 D0 R0 R1.5 Rnan fails fails fails fails
+        - = I-5 I0 I-5 I-2147483648 D4294967295 D0 R-0 R-1.5 R-nan fails fails fails fails
+        ~ = fails fails I-6 I2147483647 D4294967294 D4294967295 fails fails fails fails fails fails fails
+        ! = B0 B1 B0 B0 B0 B1 B1 B0 B0 fails fails fails fails)");
+    for (const auto &[name, expected] : rows) {
+        std::string outcomes;
+        for (const char *operand :
+             {"B5", "B0", "I5", "I-2147483648", "D1", "D0", "R0", "R1.5", "Rnan", "0", "Sa", "Xa", "P"})
+            outcomes += ' ' + ofOperator(name + ' ' + operand);
+        EXPECT_EQ(outcomes, ' ' + expected) << name;
     }
 }
 
 TEST(ContextFunctions, SinTakesOneNumber)
 {
-    EXPECT_EQ(outcome(&CExEvCtx::callFunction, "sin", {"I0"}), "R0");
-    EXPECT_EQ(outcome(&CExEvCtx::callFunction, "sin", {"R0.5"}), "R0.4794255386");
-    EXPECT_EQ(outcome(&CExEvCtx::callFunction, "sin", {"B7"}), "R0.8414709848");
-    EXPECT_EQ(outcome(&CExEvCtx::callFunction, "sin", {"Sa"}), "fails");
-    EXPECT_EQ(outcome(&CExEvCtx::callFunction, "sin", {}), "fails");
-    EXPECT_EQ(outcome(&CExEvCtx::callFunction, "sin", {"I0", "I0"}), "fails");
-    EXPECT_EQ(outcome(&CExEvCtx::callFunction, "Sin", {"I0"}), "fails");
-    EXPECT_EQ(outcome(&CExEvCtx::callFunction, "+", {"I0"}), "fails");
+    const Rows rows = rowsOf(R"(
+        sin I0 = R0   sin R0.5 = R0.47942553860420301   sin B7 = R0.8414709848078965
+        sin Sa = fails   sin = fails   sin I0 I0 = fails   Sin I0 = fails   + I0 = fails)");
+    for (const auto &[asked, expected] : rows)
+        EXPECT_EQ(outcome([](auto &&...call) { return CExEvCtx().callFunction(call...); }, asked), expected) << asked;
 }
 
 template <int Row>
@@ -162,34 +93,15 @@ TEST(ContextMatching, FirstRowThatFitsWins)
         {"h", "*", "", answerRow<6>},         {"n", "?0", "", answerRow<7>},  {"e", "", "", answerRow<8>},
         {nullptr, nullptr, nullptr, nullptr},
     };
-    const struct {
-        const char *name;
-        std::vector<std::string> arguments;
-        const char *expected;
-    } rows[] = {
-        {"f", {"I1", "Sa"}, "I1"},
-        {"f", {"I1", "I1"}, "I2"},
-        {"f", {"D1", "Sa"}, "fails"},
-        {"f", {"I1"}, "fails"},
-        {"F", {"I1", "Sa"}, "fails"},
-        {"g", {"I1", "I1"}, "fails"}, // a handler's refusal is not passed on to a later row
-        {"g", {"D1", "I1"}, "I3"},
-        {"h", {"I1", "Sa", "X"}, "I4"},
-        {"h", {"I1"}, "I6"}, // the '*' of the first row asks for one argument at least
-        {"h", {}, "I5"},
-        {"h", {"Sa", "Sa"}, "I6"},
-        {"n", {"0"}, "I7"},
-        {"n", {"B0"}, "fails"},
-        {"e", {}, "fails"},
-    };
-    for (const auto &row : rows) {
-        Arguments values(row.arguments);
-        CExEvCtx context;
-        Variant result = valueOf("Sstale");
-        const int success = context.doCallFunction(table, row.name, values.count(), values.data(), result);
-        EXPECT_EQ(success ? shown(result) : "fails", row.expected) << row.name << values.count();
-        EXPECT_NE(shown(result), "Sstale");
-    }
+    const Rows rows = rowsOf(R"(
+        f I1 Sa = I1      f I1 I1 = I2      f D1 Sa = fails   f I1 = fails      F I1 Sa = fails
+        g D1 I1 = I3      h I1 Sa X = I4    h = I5            h Sa Sa = I6      n 0 = I7
+        n B0 = fails      e = fails
+        g I1 I1 = fails // a handler's refusal is not passed on to a later row
+        h I1 = I6 // the '*' of the first row asks for one argument at least)");
+    for (const auto &[asked, expected] : rows)
+        EXPECT_EQ(outcome([&](auto &&...call) { return CExEvCtx().doCallFunction(table, call...); }, asked), expected)
+            << asked;
 }
 
 TEST(ContextIdentifiers, OnlyPiIsKnown)
