@@ -6,182 +6,38 @@
 #include "model/pointer.h"
 #include "model/scalars.h"
 
-#include <span>
-
 using namespace Qt::StringLiterals;
 
-namespace {
-
-struct Refused {
-    QString text; // "^" stands behind the tag that the message must point to
-    QString message;
-};
-
-/// Loads \a text as the content of an archive and expects the one error at the mark, and nothing loaded.
-void expectRefused(const Refused &row)
+TEST(Tags, AreRefusedWithWordsAndAPlace)
 {
-    QString text = u"<archive>\n"_s + row.text + u"\n</archive>"_s;
-    const qsizetype mark = text.indexOf(u'^');
-    ASSERT_GE(mark, 0) << row.text.toStdString();
-    text.remove(mark, 1);
-    const QString before = text.first(mark);
-    const QString place = u"soc.xml:%1:%2:"_s.arg(QString::number(1 + before.count(u'\n')),
-                                                  QString::number(mark - before.lastIndexOf(u'\n') - 1));
-    const Loaded soc(text);
-    EXPECT_FALSE(soc.isLoaded()) << row.text.toStdString();
-    EXPECT_EQ(soc.errors, QStringList(place + row.message));
-    EXPECT_EQ(soc.warnings, QStringList());
+    // Each case is the content of an archive with a "^" behind the tag that its one error must point to.
+    const QString file = u"loading/refused.txt"_s;
+    QStringList cases = readFile(QStringLiteral(GOLDEN_DIRECTORY "/") + file).chopped(1).split(u"\n\n"_s);
+    for (QString &text : cases) {
+        const QString content = text.section(u"\n=> "_s, 0, 0);
+        QString archive = u"<archive>\n"_s + content + u"\n</archive>"_s;
+        const qsizetype mark = archive.indexOf(u'^');
+        ASSERT_GE(mark, 0) << content.toStdString();
+        const QString before = archive.first(mark);
+        Loaded soc(archive.remove(mark, 1));
+        EXPECT_FALSE(soc.isLoaded()) << content.toStdString();
+        EXPECT_EQ(soc.warnings, QStringList());
+        const QString place =
+            u"soc.xml:%1:%2:"_s.arg(1 + before.count(u'\n')).arg(mark - before.lastIndexOf(u'\n') - 1);
+        text = content + u"\n=> "_s +
+               soc.errors.replaceInStrings(u"\n"_s, u"\\n"_s).join(u"\n=> "_s).replace(place, u"^ "_s);
+    }
+    expectGolden(file, cases.join(u"\n\n"_s) + u'\n');
 }
 
-void expectAllRefused(std::span<const Refused> rows)
+TEST(Tags, OfAnAliasAreToldAndPassedOver)
 {
-    for (const Refused &row : rows)
-        expectRefused(row);
-}
-
-} // namespace
-
-TEST(Tags, ArchiveAndVariablesRefuse)
-{
-    const Refused rows[] = {
-        {u"<REG32 name='r'/>^"_s, u"Unvalid tag : 'reg32'"_s},
-        {u"<var value='1'/>^"_s, u"A variable of the archive 'soc' has no name!"_s},
-        {u"<var name=''>^<comment/></var>"_s, u"A variable of the archive 'soc' has no name!"_s},
-        {u"<var name='a-b'/>^"_s, u"The variable 'a_b' of the archive 'soc' has no value!"_s},
-        {u"<var name='A' value='B'/>^"_s, u"In archive 'soc', variable 'A' declaration : Error in expression of : A"_s},
-        {u"<var name='L' value='1'/><var name='G' value='L' global='yes'/>^"_s,
-         u"In archive 'soc', variable 'G' declaration : Error in expression of : G"_s},
-        {u"<range left='1' right='0'/>^"_s, u"Range has no name!"_s},
-        {u"<range name='R' left='1'/>^"_s, u"The range 'R' misses left or right value!"_s},
-        {u"<range name='R' left='1' right='0' dir='UP'/>^"_s, u"Invalid direction 'UP' for range 'R' ."_s},
-        {u"<range name='R' left='1' right='X'/>^"_s, u"In range 'R' declaration : Error in expression of : R"_s},
-        {u"<enum name='e'><entry/>^</enum>"_s, u"This entry has no name!"_s},
-        {u"<enum name='e'><entry name='A' value='1+'/>^</enum>"_s,
-         u"Enum 'e', expression '1+' : Error in expression of : A\n"_s},
-        {u"<enum name='e'><bound/>^</enum>"_s, u"A bound of the enum 'e' has no name!"_s},
-        {u"<enum name='e'><Option/>^</enum>"_s, u"Enum 'e' contains an unvalid 'option' tag."_s},
-        {u"<include><file/>^</include>"_s, u"Include contains an unvalid 'file' tag.\n"_s},
-        {u"<include><case cond='1/0' file='a.xml'/>^</include>"_s,
-         u"Condition '1/0' of include 'a.xml' contains an error in its expression !"_s},
-    };
-    expectAllRefused(rows);
-}
-
-TEST(Tags, StructuresRefuse)
-{
-    const Refused rows[] = {
-        {u"<module>^</module>"_s, u"module has no name !"_s},
-        {u"<typedef name=''>^</typedef>"_s, u"module has no name !"_s},
-        {u"<module name='m'><cjoker/>^</module>"_s, u"Module contains an unvalid cjoker tag.\n"_s},
-        {u"<module name='m'><struct>^</struct></module>"_s, u"Tag defining '' contains struct with no name !"_s},
-        {u"<module name='m'><struct name='s'><struct>^</struct></struct></module>"_s,
-         u"Tag defining 's' contains struct with no name !"_s},
-        {u"<module name='m'><struct name='s' count=''>^</struct></module>"_s,
-         u"Tag defining '' contains struct 's' with an error in its count expression !"_s},
-        {u"<module name='m'><struct name='s'><Var name='A' value='1'/>^</struct></module>"_s,
-         u"Struct 's' contains an unvalid 'var' tag.\n"_s},
-        {u"<module name='m'><hole size='X'/>^</module>"_s, u"Hole expression X : Error in expression of : X\n"_s},
-        {u"<module name='m'><memory name='b' size='X'/>^</module>"_s, u"Memory 'b' : error in the size expression !"_s},
-        {u"<module name='m'><memory name='b'><bits/>^</memory></module>"_s,
-         u"Memory 'b' contains an unvalid 'bits' tag.\n"_s},
-        {u"<module name='m'><ptr name='p' type='Void' count='X'/>^</module>"_s,
-         u"Tag defining '' contains void array 'p' with an error in its count expression !"_s},
-        {u"<module name='m'><ptr name='p' type='T' count='1-2'/>^</module>"_s,
-         u"Invalid '-1' array count of type 'T' for array 'p'\n"_s},
-        {u"<module name='m'><ptr name='p'><bits/>^</ptr></module>"_s,
-         u"Pointer 'p' contains an unvalid 'bits' tag.\n"_s},
-    };
-    expectAllRefused(rows);
-    // A foreign tag in an alias is told and passed over.
     const Loaded soc = Loaded::archive(u"<alias name='a'><module/><uint8 name='u'/></alias>"_s);
     EXPECT_TRUE(soc.isLoaded());
     EXPECT_EQ(soc.errors, QStringList(u"soc.xml:1:25:Alias 'a' contains an unvalid 'module' tag.\n"_s));
     const Loaded empty = Loaded::archive(u"<alias name='a'><comment>nothing</comment></alias>"_s);
     EXPECT_FALSE(empty.isLoaded());
     EXPECT_EQ(empty.errors, QStringList());
-}
-
-TEST(Tags, InstancesRefuse)
-{
-    const Refused rows[] = {
-        {u"<instance address='X'/>^"_s, u"Address of instance '' of type '' contains an error in its expression !"_s},
-        {u"<instance type='t'/>^"_s, u"Instance of 't' has no name!"_s},
-        {u"<instance name='I'/>^"_s, u"Could not instanciate instance 'I'! (missing module or typedef name)"_s},
-        {u"<instance name='I' type='t'/>^"_s,
-         u"Could not instanciate instance 'I' of type 't'! (missing include or include not valid?)"_s},
-        {u"<module name='m'><instance type='t'/>^</module>"_s, u"Found instance with no name!.\n"_s},
-        {u"<module name='m'><instance name='i'/>^</module>"_s, u"Instance 'i' has no type!.\n"_s},
-        {u"<module name='m'><instance name='i' type='t' count='X'/>^</module>"_s,
-         u"Tag defining '' contains instance 'i' with an error in its count expression !"_s},
-        {u"<module name='m'><instance name='i' type='t'/>^</module><typedef name='t'/>"_s,
-         u"Instance 'i' uses type 't' which does not exist (or which must be declared before) !.\n"_s},
-        {u"<module name='a b'/><module name='m'><instance name='i' type='a b'/>^</module>"_s,
-         u"Instance 'i' uses type 'a_b' which does not exist (or which must be declared before) !.\n"_s},
-    };
-    expectAllRefused(rows);
-}
-
-TEST(Tags, ValuablesRefuse)
-{
-    const Refused rows[] = {
-        {u"<module name='m'><Reg count='2'/>^</module>"_s, u"Module contains an unamed reg\n"_s},
-        {u"<module name='m'><reg count='X'/>^</module>"_s,
-         u"Tag defining '' contains reg array '' with an error in its count expression !"_s},
-        {u"<module name='m'><reg8 name='r' count='0-3'/>^</module>"_s,
-         u"Invalid '-3' array count of type 'reg8' for array 'r'\n"_s},
-        {u"<module name='m'><reg8 name='r'><options/>^</reg8></module>"_s,
-         u"reg8 r contains an unvalid options tag.\n"_s},
-        {u"<module name='m'><reg name='r'><bits pos='1'/>^</reg></module>"_s,
-         u"Valuable r contains an unamed bitfield.\n"_s},
-        {u"<module name='m'><reg name='r'><bits name='f'/>^</reg></module>"_s,
-         u"Valuable r, bitfield f : position undefined\n"_s},
-        {u"<module name='m'><reg name='r'><bits name='f' pos='X:0'/>^</reg></module>"_s,
-         u"Valuable r, bitfield f, expression X : Error in expression of : X\n"_s},
-        {u"<module name='m'><reg name='r'><bits name='f' pos='1' cutstart='X'/>^</reg></module>"_s,
-         u"Valuable 'r', bitfield 'f', expression 'X' : Error in expression of : X\n"_s},
-        {u"<module name='m'><reg name='r'><bits name='f' pos='7:0' cut='two'/>^</reg></module>"_s,
-         u"Valuable r, bitfield f : bad cut size\n"_s},
-        {u"<module name='m'><reg name='r'><bits name='f' pos='7:0' cut='16'/>^</reg></module>"_s,
-         u"Valuable r, bitfield f : cutting bitfield with divisor non-multiple of total bitfield size\n"_s},
-        {u"<module name='m'><reg name='r'><bits name='f' pos='1' cutenum='e'/>^</reg></module><enum name='e'/>"_s,
-         u"Bitfield 'f' is cut thanks to an undefined enum 'e'.\n"_s},
-        {u"<module name='m'><reg name='r'><bits name='f' pos='1'><option/>^</bits></reg></module>"_s,
-         u"Bitfield 'f' contains an unvalid 'option' tag.\n"_s},
-        {u"<module name='m'><reg name='r'><bitgroup name='g'>^<comment/></bitgroup></reg></module>"_s,
-         u"Bitgroup g contains an unvalid comment tag.\n"_s},
-        {u"<module name='m'><reg name='r'><bitgroup name='g'><entry ref='f'/>^</bitgroup><bits name='f' pos='0'/></reg>"_s
-         u"</module>"_s,
-         u"Bitgroup 'g' contains an undefined bitfield or bitgroup 'f'.\n"_s},
-        {u"<module name='m'><reg name='r'><bits name='f' pos='3:0' cut='2' cutprefix='p'><options "_s
-         u"linkenum='e'/>^</bits>"_s
-         u"</reg></module>"_s,
-         u"Options of bitfield 'p_0' is linked to an undefined enum 'e'.\n"_s},
-        {u"<enum name='e'/><module name='m'><reg name='r'><bits name='f' pos='0'><options linkenum='e'><option/>^"_s
-         u"</options></bits></reg></module>"_s,
-         u"Options of bitfield 'f' is linked to enum 'e' but tries to define an other option.\n"_s},
-        {u"<module name='m'><reg name='r'><bits name='f' pos='0'><options><comment/>^</options></bits></reg></module>"_s,
-         u"Options of bitfield 'f' contains an unvalid 'comment' tag.\n"_s},
-        {u"<module name='m'><reg name='r'><bits name='f' pos='0'><options><option name='o' value='X'/>^</options>"_s
-         u"</bits></reg></module>"_s,
-         u"Option expression X : Error in expression of : X\n"_s},
-        {u"<module name='m'><reg name='r'><bits name='f' pos='0'><options><option name='o'><mask/>^</option></options>"_s
-         u"</bits></reg></module>"_s,
-         u"Bitfield options 'o' contains an unvalid 'mask' tag.\n"_s},
-    };
-    expectAllRefused(rows);
-}
-
-TEST(Tags, ExceededLimitsPointToTheirTag)
-{
-    const Refused rows[] = {
-        {u"<module name='m'><reg name='r' count='2000000000'/>^</module>"_s,
-         u"Array 'r' is too large: it would hold 2000000000 elements, and 262144 is the limit."_s},
-        {u"<module name='m'><struct name='a' count='1000'>^<struct name='b' count='1000'/></struct></module>"_s,
-         u"Array 'a' is too large: it would hold 1003000 elements, and 262144 is the limit."_s},
-        {u"<module name='m'><reg name='r'><bits name='f' pos='1000000000:0' cut='1'/>^</reg></module>"_s,
-         u"Valuable r, bitfield f : cutting bitfield into more than 128 pieces"_s},
-    };
-    expectAllRefused(rows);
 }
 
 TEST(Tags, FailureLeavesGlobalVariablesOnly)

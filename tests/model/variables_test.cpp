@@ -135,3 +135,11 @@ TEST(Expressions, OfADescription)
     EXPECT_EQ(range->leftExpression + range->rightExpression, u"W-10"_s);
     EXPECT_EQ(range->dir, VMIntVar::up);
 }
+
+TEST(Variables, SpacersCountOn)
+{
+    const QString first = generateSpacer().name;
+    const QString second = generateSpacer().name;
+    EXPECT_TRUE(first.startsWith("VELDMAPSPACER_"_L1));
+    EXPECT_EQ(second.sliced(14).toInt(), first.sliced(14).toInt() + 1);
+}
