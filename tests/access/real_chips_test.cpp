@@ -46,19 +46,6 @@ QStringList chipDirectories()
     return directories;
 }
 
-/// Calls \a visit with \a element and all elements and bitfields inside it that have a place of their own.
-template <typename Visit>
-void walk(VMXMLElement &element, const Visit &visit)
-{
-    visit(element);
-    if (auto *structure = elementCast<VMStruct>(&element))
-        std::ranges::for_each(structure->memberList, [&](auto &member) { walk(*member, visit); });
-    if (auto *array = elementCast<VMArray>(&element))
-        std::ranges::for_each(array->memberList, [&](auto &member) { walk(*member, visit); });
-    if (auto *valuable = elementCast<VMValuable>(&element))
-        std::ranges::for_each(valuable->bitFields, [&](auto &field) { visit(*field); });
-}
-
 class RealChips : public testing::Test {
 protected:
     void SetUp() override
@@ -78,24 +65,6 @@ QString withoutIndexes(const QString &path)
 }
 
 } // namespace
-
-TEST_F(RealChips, EveryPathLeadsBackToItsElement)
-{
-    for (const auto &chip : chips) {
-        int elements = 0;
-        for (const auto &instance : chip->map.chipRootArchive->instances) {
-            walk(*instance, [&](VMXMLElement &element) {
-                // No path names a hole. The members of a top-level array are not found by their index alone.
-                const bool isMemberOfInstance = element.arrayNumber >= 0 && element.parent == instance.get();
-                if (element.getType() == VMXMLElement::XML_HOLE || isMemberOfInstance)
-                    return;
-                EXPECT_EQ(chip->map.getElementFromPath(element.getPath()), &element) << element.getPath().toStdString();
-                ++elements;
-            });
-        }
-        EXPECT_GT(elements, chip->facts[u"totals"_s][u"registers"_s].toInt());
-    }
-}
 
 TEST_F(RealChips, ImagesPassThroughTheTree)
 {
