@@ -9,6 +9,8 @@
 
 #include <QThread>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 const QString kTypes = QStringLiteral(R"xml(<archive>
@@ -32,83 +34,38 @@ const QString kTypes = QStringLiteral(R"xml(<archive>
 </archive>)xml");
 
 /// "kind of name at address" of what \a path names, or "-".
-QString found(const Loaded &soc, const char *path)
+QString found(const Loaded &soc, const QString &path)
 {
-    const VMXMLElement *element = soc.map->getElementFromPath(QString::fromUtf8(path));
-    return element ? element->getPath() + QStringLiteral(" @") + QString::number(element->getBaseAddress(), 16)
-                   : QStringLiteral("-");
+    const VMXMLElement *element = soc.map->getElementFromPath(path);
+    return element ? element->getPath() + u" @"_s + QString::number(element->getBaseAddress(), 16) : u"-"_s;
 }
 
 } // namespace
 
 TEST(PathLookup, EveryForm)
 {
-    const Loaded soc(kTypes);
-    ASSERT_TRUE(soc.isLoaded()) << soc.errors.join(u'|').toStdString();
-    // A description gives pointers no bitfields; a host may.
-    auto *head = elementCast<VMPointer>(soc.map->getElementFromPath(QStringLiteral("$top.head")));
-    head->addBitField(new VMBitField(QStringLiteral("tag"), true, 1, {}, 0, {}, 0, 0, false, DISPLAY_HEX));
-    const struct {
-        const char *path;
-        const char *element;
-    } rows[] = {
-        {"$top", "$top @1000"}, // the first of two
-        {"$top.ctrl", "$top.ctrl @1000"},
-        {"$top.ctrl.enable", "$top.ctrl.enable @1000"},
-        {"$top.ctrl.enable.xyz", "$top.ctrl.enable @1000"}, // what stands behind a bitfield is not looked at
-        {"$top.ctrl.all", "-"},                             // a bitgroup is no element
-        {"$top.Reserved_00000004_32", " @1004"},
-        {"$top.table", "$top.table @1008"},
-        {"$top.table.xyz", "$top.table @1008"}, // an array that knows its name looks no further
-        {"$top.table[3]", "$top.table[3] @100e"},
-        {"$top.table[3].val", "$top.table[3].val @100e"},
-        {"$top.table[4].val", "-"},
-        {"$top.table[99999999999999999999]", "-"},
-        {"$top.ram", "$top.ram @101c"},
-        {"$top.ram.x", "-"},
-        {"$table", "$table @2000"},
-        {"$table[3]", "-"}, // a top-level name alone is that of an instance
-        {"$table[3].val", "$table[3].val @2006"},
-        {"$table.xyz", "$table @2000"},
-        {"$top.head.tag", "-"}, // no path leads to the bitfields of a pointer
-        {"$top.head.>", "$top.head.> @0"},
-        {"$top.head.>.next.>.data", "$top.head.>.next.>.data @4"},
-        {"$top.list.>[2]", "$top.list.>[2] @4"},
-        {"$top.list.>[2].val", "$top.list.>[2].val @4"},
-        {"$top.list.>.xyz", "$top.list.> @0"},
-        {"$top.head.>[0]", "-"}, // what it points to is no array
-        {"$top.lost.>", "-"},
-        {"$top.head.>x", "-"},
-        {"", "-"},
-        {".", "-"},
-        {"$", "-"},
-        {"top", "-"},
-        {"top.ctrl", "-"},
-        {".ctrl", "-"},
-        {"$top.", "-"},
-        {"$top.ctrl.", "-"},
-        {"$top.CTRL", "-"},
-        {"$$top.ctrl", "-"},
-        {"$a.b", "-"},
-        {"$archive.block", "-"},
-    };
-    for (const auto &row : rows)
-        EXPECT_EQ(found(soc, row.path).toStdString(), row.element) << row.path;
+    expectCases(u"access/paths.txt"_s, [](const Loaded &soc, const QStringList &words) {
+        // A description gives pointers no bitfields; a host may.
+        auto *head = elementCast<VMPointer>(soc.map->getElementFromPath(u"$top.head"_s));
+        if (head->bitFields.empty())
+            head->addBitField(new VMBitField(u"tag"_s, true, 1, {}, 0, {}, 0, 0, false, DISPLAY_HEX));
+        return found(soc, words.value(1));
+    });
 }
 
 TEST(PathLookup, PointedElementIsMadeOnceAndFollowsTheValue)
 {
     const Loaded soc(kTypes);
-    auto *head = elementCast<VMPointer>(soc.map->getElementFromPath(QStringLiteral("$top.head")));
+    auto *head = elementCast<VMPointer>(soc.map->getElementFromPath(u"$top.head"_s));
     ASSERT_TRUE(head);
     EXPECT_FALSE(head->pointedElement);
-    const VMXMLElement *pointed = soc.map->getElementFromPath(QStringLiteral("$top.head.>"));
+    const VMXMLElement *pointed = soc.map->getElementFromPath(u"$top.head.>"_s);
     EXPECT_EQ(pointed, head->pointedElement.get());
-    EXPECT_EQ(soc.map->getElementFromPath(QStringLiteral("$top.head.>")), pointed);
+    EXPECT_EQ(soc.map->getElementFromPath(u"$top.head.>"_s), pointed);
     head->setReadError(true);
     EXPECT_TRUE(pointed->readError);
     head->setValue(0x20000000);
-    EXPECT_EQ(found(soc, "$top.head.>.data"), QStringLiteral("$top.head.>.data @20000004"));
+    EXPECT_EQ(found(soc, u"$top.head.>.data"_s), u"$top.head.>.data @20000004"_s);
 }
 
 TEST(PathLookup, TheChipComesBeforeTheSoftware)
@@ -117,12 +74,12 @@ TEST(PathLookup, TheChipComesBeforeTheSoftware)
     Loaded soft = Loaded::archive(QStringLiteral(R"(<module name="m"><uint32 name="only"/></module>
         <instance name="top" type="m" address="0x9000"/>)"));
     chip.map->softRootArchive = std::exchange(soft.map->chipRootArchive, nullptr);
-    EXPECT_EQ(found(chip, "$top"), QStringLiteral("$top @1000"));
-    EXPECT_EQ(found(chip, "$top.only"), QStringLiteral("$top.only @9000")); // no answer from the chip
+    EXPECT_EQ(found(chip, u"$top"_s), u"$top @1000"_s);
+    EXPECT_EQ(found(chip, u"$top.only"_s), u"$top.only @9000"_s); // no answer from the chip
     std::swap(chip.map->chipRootArchive, chip.map->softRootArchive);
-    EXPECT_EQ(found(chip, "$top"), QStringLiteral("$top @9000"));
+    EXPECT_EQ(found(chip, u"$top"_s), u"$top @9000"_s);
     delete std::exchange(chip.map->softRootArchive, nullptr);
-    EXPECT_EQ(found(chip, "$table"), QStringLiteral("-"));
+    EXPECT_EQ(found(chip, u"$table"_s), u"-"_s);
 }
 
 TEST(PathLookup, PathsLeadBackToTheirElements)
@@ -141,9 +98,9 @@ TEST(PathLookup, PathsLeadBackToTheirElements)
     const auto isException = [&](const VMXMLElement &element) {
         const QString path = element.getPath();
         const bool isOfTopLevelArray = element.arrayNumber >= 0 && element.parent->isInstance(); // it has no dot
-        const bool isSecond = path.startsWith(QStringLiteral("$top")) && element.getBaseAddress() >= 0x3000;
-        const bool isSecondMember = path == QStringLiteral("$task.twin") && element.sizeOf() == 2;
-        const bool hasDot = path.startsWith(QStringLiteral("$a.b"));
+        const bool isSecond = path.startsWith(u"$top"_s) && element.getBaseAddress() >= 0x3000;
+        const bool isSecondMember = path == u"$task.twin"_s && element.sizeOf() == 2;
+        const bool hasDot = path.startsWith(u"$a.b"_s);
         return path.isEmpty() || isOfTopLevelArray || isSecond || isSecondMember || hasDot; // holes have no path
     };
     int elements = 0;
@@ -174,14 +131,14 @@ TEST(PathLookup, PathsOfAnyLength)
 {
     const Loaded soc(kTypes);
     const auto followed = [&](int times) {
-        return soc.map->getElementFromPath(QStringLiteral("$top.head.>") + QStringLiteral(".next.>").repeated(times));
+        return soc.map->getElementFromPath(u"$top.head.>"_s + u".next.>"_s.repeated(times));
     };
     EXPECT_TRUE(followed(1000));
     EXPECT_FALSE(followed(3000));
     EXPECT_FALSE(followed(1'000'000));
-    EXPECT_TRUE(soc.map->getElementFromPath(QStringLiteral("$top.ctrl.enable") + QString(10'000'000, u'.')));
+    EXPECT_TRUE(soc.map->getElementFromPath(u"$top.ctrl.enable"_s + QString(10'000'000, u'.')));
     EXPECT_FALSE(soc.map->getElementFromPath(QString(10'000'000, u'.')));
-    EXPECT_FALSE(soc.map->getElementFromPath(u'$' + QString(10'000'000, u'x') + QStringLiteral(".y")));
+    EXPECT_FALSE(soc.map->getElementFromPath(u'$' + QString(10'000'000, u'x') + u".y"_s));
     EXPECT_TRUE(soc.map->getCompletionListFromPath(u'$' + QString(10'000'000, u'.')).isEmpty());
 
     // A type of 100,000 elements that points to itself: the steps end when a load's worth of elements lies behind.
