@@ -86,43 +86,8 @@ TEST(HeaderFiles, ConditionalIncludesCodeAndNoAssembly)
                        "<case cond='0' file='x/b.h.h'/><default file='sub/c.xmd' optional='yes'/></include>"
                        "<include load='no' file='plain.h'/><cjoker>int code;</cjoker></archive>"_s);
     const VMXMLArchive &archive = known.archiveAt(0);
-    EXPECT_EQ(archive.c_content().sliced(archive.c_header().size()), uR"(
-#ifndef _SOC_H_
-#define _SOC_H_
-
-
-#if A == 1
-    #include "a.h"
-#elif 0
-    #include "b.h.h"
-#else
-    #include "c.h"
-#endif
-#include "plain.h"
-
-// =============================================================================
-//  MACROS
-// =============================================================================
-#define A                                        (0)
-
-// =============================================================================
-//  TYPES
-// =============================================================================
-
-int code;
-
-#endif
-)"_s);
-    EXPECT_TRUE(archive.asm_content().contains(uR"(#endif
-
-#if A == 1
-    #include "a_asm.h"
-#elif 0
-    #include "b_asm.h"
-#endif
-#include "plain_asm.h"
-
-)"_s));
+    expectGolden(u"headers/conditional.h"_s, archive.c_content());
+    expectGolden(u"headers/conditional_asm.h"_s, archive.asm_content());
 }
 
 TEST(HeaderFiles, LinksAreFollowedAndStay)
