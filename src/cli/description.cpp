@@ -9,10 +9,11 @@ namespace veldmap::cli {
 
 namespace {
 
-VMRootArchive *load(Session &session, const QString &path, bool chip)
+VMRootArchive *load(Session &session, const QString &path, bool chip, int threads)
 {
     const int errorsBefore = session.messages.errorCount();
-    VMRootArchive *root = loadRoot(session.map, path, chip, session.messages).release(); // the map will own it
+    VMRootArchive *root =
+        loadRoot(session.map, path, chip, session.messages, threads).release(); // the map will own it
     // A file that can't be opened is only a warning of the library, and -q hides it.
     if (!root && session.messages.errorCount() == errorsBefore)
         session.messages.tell(rules::kNotLoaded, {path});
@@ -25,9 +26,9 @@ bool loadDescriptions(const Options &options, Session &session)
 {
     VMMemoryMap &map = session.map;
     if (!options.chip.isEmpty())
-        map.chipRootArchive = load(session, options.chip, true);
+        map.chipRootArchive = load(session, options.chip, true, options.threads);
     if (!options.soft.isEmpty())
-        map.softRootArchive = load(session, options.soft, false);
+        map.softRootArchive = load(session, options.soft, false, options.threads);
     session.messages.clearProgress();
     return (options.chip.isEmpty() || map.chipRootArchive) && (options.soft.isEmpty() || map.softRootArchive);
 }

@@ -52,7 +52,7 @@ VMXMLArchive *VMArchiveLoader::loadArchiveFromFile(const QString &filePath, cons
 {
     m_callbacks = {log, error, warning};
     HostCall call(root, m_callbacks);
-    return call.reader.readFile(filePath, relativeFile, basePath, mandatory, status);
+    return call.reader.readFile({filePath, relativeFile, basePath}, mandatory, status);
 }
 
 VMXMLArchive *VMArchiveLoader::manageArchiveTag(QDomElement &tag, const QString &relativeFile, const QString &basePath,

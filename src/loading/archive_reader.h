@@ -40,10 +40,8 @@ public:
     ArchiveReader &operator=(const ArchiveReader &) = delete;
 
     // archive_tags.cpp
-    /// Reads the file at \a filePath, which is known as \a relativeFile below \a basePath: its archive, or the one of
-    /// that name that is there already, with status 2.
-    VMXMLArchive *readFile(const QString &filePath, const QString &relativeFile, const QString &basePath,
-                           bool isMandatory, XMDOpenError &status);
+    /// Reads the file \a name: its archive, or the one of that name that is there already, with status 2.
+    VMXMLArchive *readFile(const FileName &name, bool isMandatory, XMDOpenError &status);
     VMXMLArchive *readArchive(const Tag &tag, const QString &relativeFile, const QString &basePath);
 
     // include_tags.cpp
@@ -105,10 +103,8 @@ private:
     static const MemberTag *findMemberTag(QStringView tagName);
     Element readMember(const MemberTag &row, const Tag &tag, VMXMLArchive &archive, const QString &parentName);
 
-    VMXMLArchive *readBigArchive(const Tag &tag, const QString &filePath, const QString &relativeFile,
-                                 const QString &basePath, XMDOpenError &status);
-    VMXMLArchive *readBareModule(const Tag &tag, const QString &filePath, const QString &relativeFile,
-                                 const QString &basePath, XMDOpenError &status);
+    VMXMLArchive *readBigArchive(const Tag &tag, const FileName &name, XMDOpenError &status);
+    VMXMLArchive *readBareModule(const Tag &tag, const FileName &name, XMDOpenError &status);
     bool readArchiveChild(const Tag &tag, VMXMLArchive &archive);
     IncludedFile includedFileOf(const Tag &tag) const;
     bool readValuableChild(const Tag &child, VMValuable &valuable, VMXMLArchive &archive, const QString &tagName);

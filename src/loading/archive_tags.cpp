@@ -24,15 +24,14 @@ SourceFile sourceFileOf(const QString &basePath, const QString &relativeFile)
 
 } // namespace
 
-VMXMLArchive *ArchiveReader::readFile(const QString &filePath, const QString &relativeFile, const QString &basePath,
-                                      bool isMandatory, XMDOpenError &status)
+VMXMLArchive *ArchiveReader::readFile(const FileName &name, bool isMandatory, XMDOpenError &status)
 {
     status = XMDOpenSuccess;
-    if (VMXMLArchive *known = m_builder.findArchive(basePath, relativeFile)) {
+    if (VMXMLArchive *known = m_builder.findArchive(name.basePath, name.relativeFile)) {
         status = XMDOpenAlreadyLoaded;
         return known;
     }
-    const std::unique_ptr<DescriptionFile> file = m_files.read(filePath);
+    const std::unique_ptr<DescriptionFile> file = m_files.read(name);
     status = file->status;
     for (const Finding &finding : std::as_const(file->told.findings)) {
         if (isMandatory || finding.rule != &rules::fileNotOpened)
@@ -44,31 +43,30 @@ VMXMLArchive *ArchiveReader::readFile(const QString &filePath, const QString &re
     status = XMDOpenInvalid;
     const Tag tag = file->document.root();
     if (tag.name() == "bigarchive"_L1)
-        return readBigArchive(tag, filePath, relativeFile, basePath, status);
+        return readBigArchive(tag, name, status);
     if (tag.name() == "archive"_L1) {
-        VMXMLArchive *archive = readArchive(tag, relativeFile, basePath);
+        VMXMLArchive *archive = readArchive(tag, name.relativeFile, name.basePath);
         status = archive ? XMDOpenSuccess : XMDOpenInvalid;
         return archive;
     }
     // The old formats go by the name as written.
     if (tag.nameAsWritten() == "module"_L1)
-        return readBareModule(tag, filePath, relativeFile, basePath, status);
+        return readBareModule(tag, name, status);
     const bool isVeryOld = tag.nameAsWritten() == "chip"_L1 || tag.nameAsWritten() == "soft"_L1;
-    tell(isVeryOld ? rules::veryOldFormat : rules::noArchive, {filePath});
+    tell(isVeryOld ? rules::veryOldFormat : rules::noArchive, {name.path});
     return nullptr;
 }
 
-VMXMLArchive *ArchiveReader::readBigArchive(const Tag &tag, const QString &filePath, const QString &relativeFile,
-                                            const QString &basePath, XMDOpenError &status)
+VMXMLArchive *ArchiveReader::readBigArchive(const Tag &tag, const FileName &name, XMDOpenError &status)
 {
     VMXMLArchive *last = nullptr;
     for (const Tag &child : ChildTags(tag)) {
         if (child.name() != "archive"_L1) {
-            tell(rules::foreignTagAmongArchives, {filePath, child.lineNumber(), child.columnNumber()},
+            tell(rules::foreignTagAmongArchives, {name.path, child.lineNumber(), child.columnNumber()},
                  {child.name().toString()});
             return nullptr;
         }
-        last = readArchive(child, relativeFile, basePath);
+        last = readArchive(child, name.relativeFile, name.basePath);
         if (!last)
             return nullptr;
     }
@@ -76,12 +74,11 @@ VMXMLArchive *ArchiveReader::readBigArchive(const Tag &tag, const QString &fileP
     return last;
 }
 
-VMXMLArchive *ArchiveReader::readBareModule(const Tag &tag, const QString &filePath, const QString &relativeFile,
-                                            const QString &basePath, XMDOpenError &status)
+VMXMLArchive *ArchiveReader::readBareModule(const Tag &tag, const FileName &name, XMDOpenError &status)
 {
-    tell(rules::oldFormat, {filePath});
-    const QScopedValueRollback file(m_file, sourceFileOf(basePath, relativeFile));
-    VMXMLArchive &archive = m_builder.addArchive(relativeFile, basePath);
+    tell(rules::oldFormat, {name.path});
+    const QScopedValueRollback file(m_file, sourceFileOf(name.basePath, name.relativeFile));
+    VMXMLArchive &archive = m_builder.addArchive(name.relativeFile, name.basePath);
     archive.source = sourceOf(tag);
     if (!readType(tag, archive)) {
         m_builder.discardArchive(archive);

@@ -5,11 +5,20 @@
 #include "findings/limits.h"
 #include "loading/rules.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <utility>
 
 namespace veldmap {
+
+FileName FileName::included(const QString &basePath, const QString &relativeFile, const QString &file)
+{
+    const QString directory = QFileInfo(relativeFile).path();
+    const QString relative = QDir::cleanPath(directory == u"." ? file : directory + u'/' + file);
+    return {QDir::cleanPath(basePath + u'/' + relative), relative, basePath};
+}
 
 FileContent readFileContent(const QString &path, Sink &sink, bool openFailureIsError)
 {
@@ -49,6 +58,7 @@ std::unique_ptr<DescriptionFile> readDescriptionFile(const QString &path)
     file->status = content.status;
     if (file->status != XMDOpenSuccess)
         return file;
+    file->bytes = content.bytes.size();
     if (const TagDocument::Error error = file->document.read(content.bytes)) {
         file->told.take(Finding(*error.refusal.rule, {path, error.line, error.column}, error.refusal.arguments));
         file->status = XMDOpenInvalid;

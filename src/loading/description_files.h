@@ -19,10 +19,21 @@ struct FileContent {
 /// with \a openFailureIsError, else a warning.
 FileContent readFileContent(const QString &path, Sink &sink, bool openFailureIsError);
 
+/// How a load names a file.
+struct FileName {
+    QString path;         ///< by which it is opened
+    QString relativeFile; ///< by which the tree knows it, below basePath
+    QString basePath;
+
+    /// The name of \a file, which the description \a relativeFile below \a basePath includes.
+    static FileName included(const QString &basePath, const QString &relativeFile, const QString &file);
+};
+
 /// One description file, opened and cut into its tags.
 struct DescriptionFile {
     XMDOpenError status = XMDOpenSuccess; ///< 0, 1 or 3
     TagDocument document;                 ///< with status 0
+    qint64 bytes = 0;                     ///< of the file
     FindingList told;                     ///< what reading it had to say
 };
 
@@ -34,7 +45,7 @@ std::unique_ptr<DescriptionFile> readDescriptionFile(const QString &path);
 class DescriptionFiles {
 public:
     virtual ~DescriptionFiles() = default;
-    virtual std::unique_ptr<DescriptionFile> read(const QString &path) { return readDescriptionFile(path); }
+    virtual std::unique_ptr<DescriptionFile> read(const FileName &name) { return readDescriptionFile(name.path); }
 };
 
 } // namespace veldmap

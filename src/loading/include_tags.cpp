@@ -3,7 +3,6 @@
 #include "findings/limits.h"
 #include "loading/rules.h"
 
-#include <QDir>
 #include <QFileInfo>
 #include <QScopedValueRollback>
 
@@ -75,12 +74,9 @@ XMDOpenError ArchiveReader::readInclude(const Tag &tag, VMXMLArchive &archive)
 XMDOpenError ArchiveReader::readIncludedFile(VMXMLArchive &archive, VMXMLInclude &include, const IncludedFile &included,
                                              bool load)
 {
-    const QString directory = archive.getRelativePath(false);
-    const QString relativeFile =
-        QDir::cleanPath(directory.isEmpty() ? included.file : directory + u'/' + included.file);
-    const QString fullFile = QDir::cleanPath(archive.basePath + u'/' + relativeFile);
+    const FileName name = FileName::included(archive.basePath, archive.relativeFileName, included.file);
     // Without a file the name would be that of a directory of this machine.
-    const QString headerName = included.file.isEmpty() ? QString() : headerNameOf(fullFile);
+    const QString headerName = included.file.isEmpty() ? QString() : headerNameOf(name.path);
     if (included.condition.isEmpty())
         include.headerName = headerName;
     else
@@ -89,7 +85,7 @@ XMDOpenError ArchiveReader::readIncludedFile(VMXMLArchive &archive, VMXMLInclude
         return XMDOpenSuccess;
 
     XMDOpenError status = XMDOpenSuccess;
-    if (VMXMLArchive *loaded = readFile(fullFile, relativeFile, archive.basePath, !included.isOptional, status)) {
+    if (VMXMLArchive *loaded = readFile(name, !included.isOptional, status)) {
         m_builder.addInclude(archive, *loaded);
         return XMDOpenSuccess;
     }

@@ -3,6 +3,7 @@
 #include "findings/callback_sink.h"
 #include "loading/archive_reader.h"
 #include "loading/load.h"
+#include "loading/read_ahead.h"
 #include "loading/rules.h"
 #include "model/root_archive.h"
 
@@ -12,7 +13,8 @@ using namespace Qt::StringLiterals;
 
 namespace veldmap {
 
-std::unique_ptr<VMRootArchive> loadRoot(VMMemoryMap &map, const QString &path, bool chip, Sink &sink)
+std::unique_ptr<VMRootArchive> loadRoot(VMMemoryMap &map, const QString &path, bool chip, Sink &sink,
+                                       int threads)
 {
     const QString word = chip ? u"Chip"_s : u"Soft"_s;
     if (path.isEmpty()) {
@@ -22,10 +24,11 @@ std::unique_ptr<VMRootArchive> loadRoot(VMMemoryMap &map, const QString &path, b
     const QFileInfo file(path);
     auto root = std::make_unique<VMRootArchive>(&map, file.baseName());
     TreeBuilder builder(root.get());
-    DescriptionFiles files;
-    ArchiveReader reader(builder, files, sink);
+    std::unique_ptr<DescriptionFiles> files =
+        threads > 1 ? std::make_unique<ReadAhead>(threads - 1) : std::make_unique<DescriptionFiles>();
+    ArchiveReader reader(builder, *files, sink);
     XMDOpenError status = XMDOpenSuccess;
-    if (!reader.readFile(path, file.fileName(), file.absolutePath(), true, status))
+    if (!reader.readFile({path, file.fileName(), file.absolutePath()}, true, status))
         return nullptr;
     sink.take(Finding(rules::rootLoaded, {}, {word, file.baseName()}));
     return root;

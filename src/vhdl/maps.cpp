@@ -52,11 +52,12 @@ struct MapWriter::Definition {
     QString high;
     QString low;
     const VMValuable *valuable;    ///< which holds the field or group
+    const VMXMLElement *cause;     ///< what the description declares it by: the field, or the group's valuable
     QLatin1StringView rangeRemark; ///< in front of a range
 };
 
-MapWriter::MapWriter(QStringList &seen, DeclarationListener *listener)
-    : m_seen(seen), m_known(seen.cbegin(), seen.cend()), m_listener(listener)
+MapWriter::MapWriter(QStringList &seen, DeclarationListener *listener, const FindVariable &find)
+    : m_seen(seen), m_known(seen.cbegin(), seen.cend()), m_listener(listener), m_find(find)
 {
 }
 
@@ -140,29 +141,38 @@ DeclarationListener *MapWriter::beginLine()
 void MapWriter::writeLogical(const VMBitField &field, int level)
 {
     writeDefinition({kLogical, field.getName(), field.upPosExpression, field.downPosExpression,
-                     elementCast<VMValuable>(field.parent), kNoRemark},
+                     elementCast<VMValuable>(field.parent), &field, kNoRemark},
                     level);
 }
 
 void MapWriter::writePhysical(const VMBitField &field, int level)
 {
     writeDefinition({kPhysical, field.getName(), field.physicalUpPosExpression, field.physicalDownPosExpression,
-                     elementCast<VMValuable>(field.parent), kNoRemark},
+                     elementCast<VMValuable>(field.parent), &field, kNoRemark},
                     level);
 }
 
 void MapWriter::writeLogical(const VMBitGroup &group, int level)
 {
     writeDefinition({kLogical, group.name, group.getUpPosExpression(), group.getDownPosExpression(), group.valuable,
-                     group.isContiguous() ? kNoRemark : kNotContiguous},
+                     group.valuable, group.isContiguous() ? kNoRemark : kNotContiguous},
                     level);
 }
 
 void MapWriter::writePhysical(const VMBitGroup &group, int level)
 {
     writeDefinition({kPhysical, group.name, group.getUpPosPhysicalExpression(), group.getDownPosPhysicalExpression(),
-                     group.valuable, group.isPhysicalContiguous() ? kNoRemark : kNotContiguous},
+                     group.valuable, group.valuable, group.isPhysicalContiguous() ? kNoRemark : kNotContiguous},
                     level);
+}
+
+Evaluated MapWriter::evaluate(const QString &expression, const VMXMLArchive &archive) const
+{
+    if (m_find)
+        return evaluateExpression(expression, m_find);
+    Evaluated result;
+    result.value = archive.variables->evalExpression(expression, result.message, result.failed);
+    return result;
 }
 
 /// One position is a constant, two are a subtype: by their numbers, not their texts. A position that does not evaluate
@@ -176,19 +186,17 @@ void MapWriter::writeDefinition(const Definition &definition, int level)
     }
     const QString high = vhdlExpression(definition.high);
     const QString low = vhdlExpression(definition.low);
-    QString message;
-    bool error = false;
-    const int highNumber = archive->variables->evalExpression(high, message, error);
-    const int lowNumber = error ? 0 : archive->variables->evalExpression(low, message, error);
+    const Evaluated highNumber = evaluate(high, *archive);
+    const Evaluated lowNumber = highNumber.failed ? highNumber : evaluate(low, *archive);
     DeclarationListener *listener = beginLine();
-    if (error) {
-        m_text += "ERROR while evaluating expressions when generating vhdl"_L1 + message;
+    if (lowNumber.failed) {
+        m_text += "ERROR while evaluating expressions when generating vhdl"_L1 + lowNumber.message;
         m_isBehindError = true;
         if (listener)
-            listener->onUnevaluated(definition.name, *definition.valuable);
+            listener->onUnevaluated(definition.name, *definition.cause);
         return;
     }
-    const bool isRange = highNumber != lowNumber;
+    const bool isRange = highNumber.value != lowNumber.value;
     const QString line = isRange ? lineOf(definition.rangeRemark, "subtype  "_L1, definition.prefix, definition.name,
                                           " is"_L1, kValueColumn, "integer range "_L1, high, " downto "_L1, low, u";")
                                  : lineOf("constant "_L1, definition.prefix, definition.name, u":", kValueColumn,
@@ -203,9 +211,9 @@ void MapWriter::writeDefinition(const Definition &definition, int level)
     if (!listener || isComment)
         return;
     if (isRange)
-        listener->onRange(definition.prefix + definition.name, high, low, *definition.valuable);
+        listener->onRange(definition.prefix + definition.name, high, low, *definition.cause);
     else
-        listener->onConstant(definition.prefix + definition.name, high, *definition.valuable);
+        listener->onConstant(definition.prefix + definition.name, high, *definition.cause);
 }
 
 } // namespace veldmap

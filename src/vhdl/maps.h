@@ -1,5 +1,7 @@
 #pragma once
 
+#include "model/scope_index.h"
+
 #include <QSet>
 #include <QString>
 #include <QStringList>
@@ -9,6 +11,7 @@ class VMBitField;
 class VMBitGroup;
 class VMStruct;
 class VMValuable;
+class VMXMLArchive;
 class VMXMLElement;
 
 namespace veldmap {
@@ -31,7 +34,8 @@ public:
 /// in \a seen is commented out, a new one is appended to it.
 class MapWriter {
 public:
-    explicit MapWriter(QStringList &seen, DeclarationListener *listener = nullptr);
+    /// \a find, if given, finds the variables of positions in the archive of what is written, as its manager would.
+    explicit MapWriter(QStringList &seen, DeclarationListener *listener = nullptr, const FindVariable &find = {});
 
     void write(const VMXMLElement &element, int level);
     /// The line of a field or group in one of the maps.
@@ -50,6 +54,7 @@ private:
     void writeKind(const VMValuable &valuable, int level);
     void writeKind(const VMXMLElement &, int) {} // gaps and memories have no words
     void writeAddress(const VMXMLElement &element, const QString &name, int level);
+    Evaluated evaluate(const QString &expression, const VMXMLArchive &archive) const;
     void writeDefinition(const Definition &definition, int level);
 
     QString m_text;
@@ -60,6 +65,7 @@ private:
 
     QSet<QString> m_known; // what m_seen holds
     DeclarationListener *m_listener;
+    FindVariable m_find;
     bool m_isBehindError = false;
 };
 

@@ -134,9 +134,10 @@ void PackageChecks::onVariableRange(const VMIntVar &variable, const QString &lef
 void PackageChecks::onModule(const VMStruct &module, const QString &name, int addressBits)
 {
     m_module = &module;
-    declare({name});
+    const Where where = {name, &module};
+    declare(where);
     if (addressBits < kLeastAddressBits || addressBits > kMostAddressBits)
-        refuse(rules::vhdlAddressBits, {name});
+        refuse(rules::vhdlAddressBits, where);
 }
 
 void PackageChecks::onConstant(const QString &name, const QString &value, const VMXMLElement &cause)
@@ -196,15 +197,20 @@ void PackageChecks::refuse(const Rule &rule, const Where &where)
     if (refused.count++ > 0)
         return;
     refused.place = placeOf(where);
-    refused.first = where.element ? pathOf(*where.element) : where.name;
-    if (where.element && !where.name.isEmpty())
+    const bool hasPath = where.element && where.element != m_module;
+    refused.first = hasPath ? pathOf(*where.element) : where.name;
+    if (hasPath && !where.name.isEmpty())
         refused.first += ": "_L1 + where.name;
 }
 
-/// The file as a whole, whatever the line is for.
-Place PackageChecks::placeOf(const Where &) const
+/// A line that is for nothing in particular stands for the archive's tag. What a host made has no tag.
+Place PackageChecks::placeOf(const Where &where) const
 {
-    return {m_archive.getTotalPath()};
+    const SourcePlace &source = where.element    ? where.element->source
+                                : where.variable ? where.variable->source
+                                                 : m_archive.source;
+    const Place place = source.place();
+    return place.isNull() ? Place{m_archive.getTotalPath()} : place;
 }
 
 void PackageChecks::declare(const Where &where)
@@ -262,12 +268,12 @@ std::optional<qint64> PackageChecks::lookUp(const QString &name) const
     return value;
 }
 
-/// The module's name and the names from there on; the prototype of an array stands for the array.
+/// The module's name and the names from there on to the register; the prototype of an array stands for the array.
 QString PackageChecks::pathOf(const VMXMLElement &element) const
 {
     QStringList names;
     for (const VMXMLElement *at = &element; at && at != m_module; at = at->parent) {
-        if (at->arrayNumber == -1)
+        if (at->arrayNumber == -1 && at->getType() != VMXMLElement::XML_BITFIELD)
             names.prepend(at->getName());
     }
     if (m_module)

@@ -71,8 +71,8 @@ public:
     void report();
 
 private:
-    /// Where a line stands: what it declares, and what of the description it is for: a register or array, or a
-    /// variable. Both are null for a line that is for the package itself.
+    /// Where a line stands: what it declares, and what of the description it is for: a field, a register, an array or a
+    /// module, or a variable. Both are null for a line that is for the package itself.
     struct Where {
         const QString &name;
         const VMXMLElement *element = nullptr;

@@ -10,6 +10,8 @@
 using namespace Qt::StringLiterals;
 using veldmap::appendLine;
 using veldmap::Column;
+using veldmap::FindVariable;
+using veldmap::MapWriter;
 using veldmap::PackageChecks;
 
 namespace {
@@ -74,7 +76,7 @@ void appendVariable(QString &text, const VMIntVar &variable, PackageChecks *chec
 }
 
 /// The block of a module.
-void appendModule(QString &text, const VMStruct &module, PackageChecks *checks)
+void appendModule(QString &text, const VMStruct &module, PackageChecks *checks, const FindVariable &find = {})
 {
     const QString name = module.getTypeString().toUpper();
     const int addressBits = vhdl_log2(module.getBitSize()) - 2;
@@ -92,7 +94,7 @@ void appendModule(QString &text, const VMStruct &module, PackageChecks *checks)
     if (checks)
         checks->onModule(module, name + "_REG_NBA"_L1, addressBits);
     QStringList seen; // what is repeated within the module is commented out
-    veldmap::MapWriter maps(seen, checks);
+    MapWriter maps(seen, checks, find);
     maps.write(module, 0);
     text += maps.takeText();
     if (checks)
@@ -103,13 +105,22 @@ void appendModule(QString &text, const VMStruct &module, PackageChecks *checks)
 
 namespace veldmap {
 
-PackageTexts::PackageTexts(const VMRootArchive &root) : m_packages(std::make_unique<const ChipPackages>(root)) {}
+PackageTexts::PackageTexts(const VMRootArchive &root)
+    : m_packages(std::make_unique<const ChipPackages>(root)), m_names(std::make_unique<const ScopeIndex>(root))
+{
+}
 
 PackageTexts::~PackageTexts() = default;
 
 QString PackageTexts::textOf(const VMXMLArchive &archive, QList<Finding> &findings) const
 {
     PackageChecks checks(archive, *m_packages, findings);
+    std::optional<Scope> scope; // most packages have plain numbers alone
+    const auto find = [&](const QString &name) {
+        if (!scope)
+            scope.emplace(*m_names, archive);
+        return scope->findVariable(name);
+    };
     const QString package = archive.getVHDLPkgName();
     QString text =
         expand(kPackageHead, {{u"file"_s, archive.getVHDLFileRelativeName()}, {u"blanks"_s, QString(6, u' ')}});
@@ -126,7 +137,7 @@ QString PackageTexts::textOf(const VMXMLArchive &archive, QList<Finding> &findin
     for (const auto &element : archive.templates) {
         const auto *module = elementCast<VMStruct>(element.get());
         if (module && module->isTypedef == 0)
-            appendModule(text, *module, &checks);
+            appendModule(text, *module, &checks, find);
     }
     appendLine(text);
     appendLine(text, "end "_L1, package, u";");

@@ -13,6 +13,7 @@ class VMXMLArchive;
 namespace veldmap {
 
 class ChipPackages;
+class ScopeIndex;
 
 /// The VHDL packages of one chip. It reads the root, which must outlive it and stay as it is; any number of threads may
 /// ask for texts at a time.
@@ -27,6 +28,7 @@ public:
 
 private:
     std::unique_ptr<const ChipPackages> m_packages;
+    std::unique_ptr<const ScopeIndex> m_names;
 };
 
 } // namespace veldmap
