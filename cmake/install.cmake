@@ -3,10 +3,13 @@ include(CMakePackageConfigHelpers)
 
 set(VELDMAP_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/veldmap)
 
-install(TARGETS veldmap_library veldmap EXPORT veldmapTargets
+set(installed_targets veldmap_library)
+if(VELDMAP_BUILD_PROGRAM)
+    list(APPEND installed_targets veldmap)
+endif()
+install(TARGETS ${installed_targets} EXPORT veldmapTargets
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/veldmap)
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/docsite/pool/ DESTINATION ${CMAKE_INSTALL_DATADIR}/veldmap/docpool)
 install(EXPORT veldmapTargets NAMESPACE veldmap:: DESTINATION ${VELDMAP_PACKAGE_DIR})
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "veldmap_export.h"
+#include <veldmap/veldmap_export.h>
 
 #include <QString>
 

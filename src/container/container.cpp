@@ -6,6 +6,7 @@
 #include "container/rules.h"
 #include "files/file_reader.h"
 #include "files/file_writer.h"
+#include "files/paths.h"
 #include "findings/callback_sink.h"
 #include "findings/limits.h"
 
@@ -74,9 +75,9 @@ QByteArray enciphered(QByteArray document)
 bool isSameFile(const QString &left, const QString &right)
 {
     std::error_code error; // what is not there is not the same
-    const std::filesystem::path path = QFile::encodeName(left).toStdString();
+    const std::filesystem::path path = veldmap::nativePath(left);
     return std::filesystem::is_regular_file(path, error) &&
-           std::filesystem::equivalent(path, QFile::encodeName(right).toStdString(), error);
+           std::filesystem::equivalent(path, veldmap::nativePath(right), error);
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "findings/callbacks.h"
-#include "veldmap_export.h"
+#include <veldmap/findings/callbacks.h>
+#include <veldmap/veldmap_export.h>
 
 #include <QString>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "expression/evaluation_context.h"
-#include "expression/variant.h"
-#include "veldmap_export.h"
+#include <veldmap/expression/evaluation_context.h>
+#include <veldmap/expression/variant.h>
+#include <veldmap/veldmap_export.h>
 
 #include <deque>
 #include <string>

@@ -5,20 +5,12 @@
 bool recursiveMkdir(const QString &base, const QString &relative)
 {
     const QDir directory(base);
-    for (qsizetype slash = relative.indexOf(u'/'); slash >= 0; slash = relative.indexOf(u'/', slash + 1)) {
-        if (slash > 0)
-            directory.mkdir(relative.first(slash));
-    }
-    if (!relative.isEmpty())
-        directory.mkdir(relative);
+    QString below = relative;
+    while (below.startsWith(u'/')) // else it would lead to the root of the file system
+        below.remove(0, 1);
+    for (qsizetype slash = below.indexOf(u'/'); slash >= 0; slash = below.indexOf(u'/', slash + 1))
+        directory.mkdir(below.first(slash));
+    if (!below.isEmpty())
+        directory.mkdir(below);
     return true;
 }
-
-namespace veldmap {
-
-bool liesBelow(const QString &directory, const QString &path)
-{
-    return QDir(path).absolutePath().startsWith(QDir(directory).absolutePath() + u'/');
-}
-
-} // namespace veldmap

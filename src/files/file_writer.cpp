@@ -1,5 +1,7 @@
 #include "files/file_writer.h"
 
+#include "files/paths.h"
+
 #include <QFile>
 #include <QFileInfo>
 
@@ -70,7 +72,7 @@ bool writeOver(const QString &target, const QByteArray &content, QString &reason
 bool moveOver(const QString &file, const QString &target, QString &reason)
 {
     std::error_code error;
-    std::filesystem::rename(QFile::encodeName(file).toStdString(), QFile::encodeName(target).toStdString(), error);
+    std::filesystem::rename(nativePath(file), nativePath(target), error);
     if (error)
         reason = QString::fromStdString(error.message());
     return !error;
@@ -90,7 +92,7 @@ bool writeWholeFile(const QString &path, const QByteArray &content, QString &rea
         reason = path.isEmpty() ? u"The file has no name"_s : u"Too many levels of symbolic links"_s;
         return false;
     }
-    const fs::file_status status = fs::status(QFile::encodeName(target).toStdString(), error);
+    const fs::file_status status = fs::status(nativePath(target), error);
     // What is no plain file (a device, a directory) is not replaced, and neither is one that may not be written.
     const bool exists = fs::exists(status);
     const bool isReplaceable = fs::is_regular_file(status) && QFileInfo(target).isWritable();
@@ -99,7 +101,7 @@ bool writeWholeFile(const QString &path, const QByteArray &content, QString &rea
         return writeOver(target, content, reason, isOpened);
     isOpened = true;
     if (exists)
-        fs::permissions(QFile::encodeName(file.fileName()).toStdString(), status.permissions(), error);
+        fs::permissions(nativePath(file.fileName()), status.permissions(), error);
     const bool isWritten = writeAll(file, content, reason);
     if (isWritten && moveOver(file.fileName(), target, reason))
         return true;

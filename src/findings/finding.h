@@ -1,7 +1,7 @@
 #pragma once
 
-#include "findings/place.h"
-#include "findings/rule.h"
+#include <veldmap/findings/place.h>
+#include <veldmap/findings/rule.h>
 
 #include <QList>
 #include <QString>

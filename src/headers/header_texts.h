@@ -1,7 +1,7 @@
 #pragma once
 
 #include "headers/instance_macros.h"
-#include "veldmap_export.h"
+#include <veldmap/veldmap_export.h>
 
 #include <QString>
 #include <QStringList>

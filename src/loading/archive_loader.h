@@ -1,8 +1,8 @@
 #pragma once
 
-#include "findings/callbacks.h"
-#include "loading/document.h"
-#include "model/archive.h"
+#include <veldmap/findings/callbacks.h>
+#include <veldmap/loading/document.h>
+#include <veldmap/model/archive.h>
 
 class QDomElement;
 class VMBitField;

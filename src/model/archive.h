@@ -1,7 +1,7 @@
 #pragma once
 
-#include "model/element.h"
-#include "model/variables.h"
+#include <veldmap/model/element.h>
+#include <veldmap/model/variables.h>
 
 #include <QList>
 

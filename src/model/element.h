@@ -1,7 +1,7 @@
 #pragma once
 
-#include "model/source_place.h"
-#include "veldmap_export.h"
+#include <veldmap/model/source_place.h>
+#include <veldmap/veldmap_export.h>
 
 #include <QMap>
 #include <QString>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "findings/finding.h"
-#include "veldmap_export.h"
+#include <veldmap/veldmap_export.h>
 
 namespace veldmap {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "model/element.h"
-#include "veldmap_export.h"
+#include <veldmap/veldmap_export.h>
 
 #include <QStringView>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/variables.h"
+#include <veldmap/model/variables.h>
 
 #include <QMap>
 

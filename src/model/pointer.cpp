@@ -1,6 +1,7 @@
 #include "model/pointer.h"
 
 #include "model/root_archive.h"
+#include "model/tree_size.h"
 
 #include <algorithm>
 
@@ -84,7 +85,7 @@ void VMPointer::allocatePointedElement()
     VMRootArchive *root = getRootArchive();
     const VMXMLElement *type = root ? root->getTemplate(pointedType) : nullptr;
     const veldmap::TreeSize size = type ? veldmap::treeSizeOf(*type) : veldmap::TreeSize();
-    if (pointedElement || !root || !hasRoomBehindFor(size))
+    if (pointedElement || !root || !hasRoomBehindFor(size.depth))
         return;
     std::unique_ptr<VMXMLElement> element(root->allocateElementFromTypeName(pointedType, "*("_L1 + getName() + u')'));
     if (!element)
@@ -92,19 +93,20 @@ void VMPointer::allocatePointedElement()
     element->reparent(this);
     element->remap(getValue());
     pointedElement = std::move(element);
-    m_pointedSize = size;
+    m_pointedElements = size.elements;
+    m_pointedLevels = size.depth;
 }
 
-bool VMPointer::hasRoomBehindFor(const veldmap::TreeSize &size) const
+bool VMPointer::hasRoomBehindFor(qint64 levels) const
 {
-    veldmap::TreeSize front = {0, 0};
+    qint64 elements = 0; // behind the pointers in front of this one
     for (const VMXMLElement *holder = parent; holder; holder = holder->parent) {
         if (const auto *pointer = elementCast<VMPointer>(holder)) {
-            front.elements += pointer->m_pointedSize.elements;
-            front.depth += pointer->m_pointedSize.depth;
+            elements += pointer->m_pointedElements;
+            levels += pointer->m_pointedLevels;
         }
     }
-    return front.depth + size.depth <= kPointedLevels && front.elements < kPointedElements;
+    return levels <= kPointedLevels && elements < kPointedElements;
 }
 
 void VMPointer::deletePointedElement()

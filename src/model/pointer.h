@@ -1,7 +1,6 @@
 #pragma once
 
-#include "model/tree_size.h"
-#include "model/valuable.h"
+#include <veldmap/model/valuable.h>
 
 /// A valuable whose value is an address. The element behind it is made when a host first looks there.
 ///
@@ -48,7 +47,9 @@ public:
     QString innerData;   ///< preview of the memory behind the pointer, for a host
 
 private:
-    bool hasRoomBehindFor(const veldmap::TreeSize &size) const;
+    bool hasRoomBehindFor(qint64 levels) const;
 
-    veldmap::TreeSize m_pointedSize = {0, 0}; // of what allocatePointedElement made
+    // Of what allocatePointedElement made.
+    qint64 m_pointedElements = 0;
+    int m_pointedLevels = 0;
 };

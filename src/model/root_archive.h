@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/element.h"
+#include <veldmap/model/element.h>
 
 #include <QList>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/valuable.h"
+#include <veldmap/model/valuable.h>
 
 #include <type_traits>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "findings/place.h"
+#include <veldmap/findings/place.h>
 
 #include <QExplicitlySharedDataPointer>
 #include <QSharedData>

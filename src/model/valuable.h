@@ -1,7 +1,7 @@
 #pragma once
 
-#include "model/bitfield.h"
-#include "model/element.h"
+#include <veldmap/model/bitfield.h>
+#include <veldmap/model/element.h>
 
 #include <memory>
 #include <vector>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "expression/evaluation_context.h"
-#include "model/source_place.h"
-#include "veldmap_export.h"
+#include <veldmap/expression/evaluation_context.h>
+#include <veldmap/model/source_place.h>
+#include <veldmap/veldmap_export.h>
 
 #include <QList>
 #include <QMap>

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "model/aggregates.h"
-#include "model/archive.h"
-#include "model/pointer.h"
-#include "model/root_archive.h"
-#include "model/scalars.h"
+#include <veldmap/model/aggregates.h>
+#include <veldmap/model/archive.h>
+#include <veldmap/model/pointer.h>
+#include <veldmap/model/root_archive.h>
+#include <veldmap/model/scalars.h>
 
 #include <type_traits>
 #include <utility>

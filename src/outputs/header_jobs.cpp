@@ -1,4 +1,4 @@
-#include "files/directories.h"
+#include "files/paths.h"
 #include "headers/header_texts.h"
 #include "model/archive.h"
 #include "model/root_archive.h"

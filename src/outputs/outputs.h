@@ -1,7 +1,7 @@
 #pragma once
 
-#include "files/output_files.h"
-#include "veldmap_export.h"
+#include <veldmap/files/output_files.h>
+#include <veldmap/veldmap_export.h>
 
 #include <QString>
 

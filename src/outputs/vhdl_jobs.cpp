@@ -1,4 +1,4 @@
-#include "files/directories.h"
+#include "files/paths.h"
 #include "model/archive.h"
 #include "model/root_archive.h"
 #include "outputs/output_jobs.h"

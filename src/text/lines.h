@@ -1,7 +1,7 @@
 #pragma once
 
 #include "text/columns.h"
-#include "veldmap_export.h"
+#include <veldmap/veldmap_export.h>
 
 #include <QList>
 #include <QString>

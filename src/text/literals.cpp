@@ -1,5 +1,8 @@
 #include "text/literals.h"
 
+#include "text/literal_scan.h"
+#include "text/names.h"
+
 #include <algorithm>
 
 using namespace Qt::StringLiterals;

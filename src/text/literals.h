@@ -1,8 +1,6 @@
 #pragma once
 
-#include "veldmap_export.h"
-
-#include "text/names.h"
+#include <veldmap/veldmap_export.h>
 
 #include <QString>
 
@@ -21,39 +19,8 @@ VELDMAP_EXPORT unsigned int convertBinaryStringToUnsignedInt(const QString &digi
 
 namespace veldmap {
 
-/// \a text with each number literal of one notation as \a replacement gives it: "0", \a letter in either case, then all
-/// the digits of the notation that follow. A literal that continues a name or a number stays.
-template <typename Replacement>
-QString replaceLiterals(const QString &text, char16_t letter, bool (*isDigit)(QChar), const Replacement &replacement);
-
 /// The number that \a text is where people write one by hand: decimal, 0x hexadecimal or 0b binary, with a "-" in front
 /// if it is negative. Nothing when it is none, or beyond 64 bits.
 VELDMAP_EXPORT std::optional<qint64> numberOf(const QString &text);
-
-VELDMAP_EXPORT bool isHexDigit(QChar character);
-VELDMAP_EXPORT bool isBinaryDigit(QChar character);
-
-/// The length of the literal that begins at \a start of \a text, 0 when there is none.
-qsizetype literalLength(QStringView text, qsizetype start, char16_t letter, bool (*isDigit)(QChar));
-
-template <typename Replacement>
-QString replaceLiterals(const QString &text, char16_t letter, bool (*isDigit)(QChar), const Replacement &replacement)
-{
-    if (!text.contains(QChar(letter), Qt::CaseInsensitive))
-        return text;
-    QString result;
-    qsizetype begin = 0; // of the run without a literal
-    for (qsizetype at = text.indexOf(u'0'); at >= 0; at = text.indexOf(u'0', at + 1)) {
-        const qsizetype length = literalLength(text, at, letter, isDigit);
-        if (length == 0)
-            continue;
-        result += QStringView(text).sliced(begin, at - begin);
-        result += replacement(QStringView(text).sliced(at, length));
-        begin = at + length;
-        at = begin - 1;
-    }
-    result += QStringView(text).sliced(begin);
-    return result;
-}
 
 } // namespace veldmap

@@ -1,6 +1,8 @@
 #include "vhdl/notation.h"
 
+#include "text/literal_scan.h"
 #include "text/literals.h"
+#include "text/names.h"
 
 #include <QRegularExpression>
 

@@ -1,6 +1,8 @@
 #include "vhdl/static_expression.h"
 
+#include "text/literal_scan.h"
 #include "text/literals.h"
+#include "text/names.h"
 
 #include <QSet>
 #include <QtNumeric>

@@ -1,9 +1,6 @@
 // Loads a description through the installed library and compares it with the header that the build made of it.
 
-#include <loading/memory_map_loader.h>
-#include <model/memory_map.h>
-#include <model/root_archive.h>
-#include <model/valuable.h>
+#include <veldmap/veldmap.h>
 
 #include <cstdint>
 

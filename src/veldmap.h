@@ -1,0 +1,41 @@
+#pragma once
+
+/// All of the library.
+
+#include <veldmap/access/completion.h>
+#include <veldmap/container/aes.h>
+#include <veldmap/container/container.h>
+#include <veldmap/container/md5.h>
+#include <veldmap/expression/evaluation_context.h>
+#include <veldmap/expression/evaluator.h>
+#include <veldmap/expression/variant.h>
+#include <veldmap/files/directories.h>
+#include <veldmap/files/output_files.h>
+#include <veldmap/findings/callbacks.h>
+#include <veldmap/findings/finding.h>
+#include <veldmap/findings/limits.h>
+#include <veldmap/findings/place.h>
+#include <veldmap/findings/rule.h>
+#include <veldmap/headers/c_names.h>
+#include <veldmap/loading/archive_loader.h>
+#include <veldmap/loading/document.h>
+#include <veldmap/loading/load.h>
+#include <veldmap/loading/memory_map_loader.h>
+#include <veldmap/model/aggregates.h>
+#include <veldmap/model/archive.h>
+#include <veldmap/model/bitfield.h>
+#include <veldmap/model/element.h>
+#include <veldmap/model/memory_map.h>
+#include <veldmap/model/pointer.h>
+#include <veldmap/model/root_archive.h>
+#include <veldmap/model/scalars.h>
+#include <veldmap/model/source_place.h>
+#include <veldmap/model/valuable.h>
+#include <veldmap/model/variables.h>
+#include <veldmap/model/visit.h>
+#include <veldmap/outputs/outputs.h>
+#include <veldmap/text/columns.h>
+#include <veldmap/text/literals.h>
+#include <veldmap/text/names.h>
+#include <veldmap/vhdl/notation.h>
+#include <veldmap/xml/comment_text.h>
