@@ -14,12 +14,6 @@ namespace veldmap {
 
 namespace {
 
-#ifndef VELDMAP_TREE_IS_FROZEN
-/// A tree that fills indexes when it is asked can be read by one thread.
-#define VELDMAP_TREE_IS_FROZEN false
-#endif
-constexpr bool kTreeIsFrozen = VELDMAP_TREE_IS_FROZEN;
-
 /// Whether the file of \a job is newer than the description that it is made from. One whose time is not known is no
 /// reason to write.
 bool isUpToDate(const OutputJob &job)
@@ -35,7 +29,7 @@ bool isUpToDate(const OutputJob &job)
 
 OutputFiles OutputRun::run()
 {
-    OrderedWork(*this, static_cast<qsizetype>(m_jobs.size())).run(kTreeIsFrozen ? m_options.threads : 1);
+    OrderedWork(*this, static_cast<qsizetype>(m_jobs.size())).run(m_options.threads);
     tellFiles();
     return m_files;
 }

@@ -1,0 +1,149 @@
+// What is written and told is the same for every number of threads.
+
+#include "outputs/outputs.h"
+
+#include "findings/finding.h"
+#include "support/loaded.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFileInfo>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// All that a run leaves behind, one line for each thing in its order.
+struct Result {
+    QStringList told;
+    QStringList heard; ///< progress and traces
+    QStringList files; ///< written, then skipped, failed, missing, unreached
+    QStringList content;
+};
+
+Result resultOf(const Loaded &soc, veldmap::Output output, const QString &directory, int threads)
+{
+    Result result;
+    const QString site = soc.path(directory);
+    QDir().mkpath(site);
+    const auto shortened = [&](QString text) { return text.replace(site + u'/', u""_s); };
+    veldmap::OutputOptions options;
+    options.directory = site;
+    options.pool = soc.path(u"pool"_s);
+    options.threads = threads;
+    options.progress = [&](const QString &path) { result.heard += shortened(path); };
+    options.trace = [&](const QString &text) { result.heard += u"trace "_s + shortened(text); };
+    veldmap::FindingList list;
+    const veldmap::OutputFiles files = veldmap::writeOutput(*soc.map, output, options, list);
+    for (const veldmap::Finding &finding : list.findings)
+        result.told += shortened(placedText(finding)).replace(site, u"DIR"_s).replace(soc.directory->path(), u"."_s);
+    result.files = files.written + files.skipped + files.missing + files.unreached;
+    for (const veldmap::FailedFile &file : files.failed)
+        result.files += file.path + u' ' + file.reason;
+    for (QString &file : result.files)
+        file = shortened(file);
+    QDirIterator all(site, QDir::Files, QDirIterator::Subdirectories);
+    while (all.hasNext()) {
+        const QString path = all.next();
+        result.content += shortened(path) + u'\n' + readFile(path);
+    }
+    result.content.sort();
+    bool hasError = false;
+    for (const veldmap::Finding &finding : list.findings)
+        hasError = hasError || finding.severity == veldmap::Severity::Error;
+    EXPECT_EQ(hasError, !files.isComplete());
+    return result;
+}
+
+/// The result of one thread, which those of more threads must equal.
+Result sameForAllThreads(const Loaded &soc, veldmap::Output output,
+                         const std::function<void(const QString &directory)> &prepare = {})
+{
+    Result first;
+    for (const int threads : {1, 2, 4, 16}) {
+        const QString directory = u"out"_s + QString::number(threads);
+        if (prepare)
+            prepare(soc.path(directory));
+        const Result result = resultOf(soc, output, directory, threads);
+        if (threads == 1)
+            first = result;
+        EXPECT_EQ(result.told, first.told) << threads;
+        EXPECT_EQ(result.heard, first.heard) << threads;
+        EXPECT_EQ(result.files, first.files) << threads;
+        EXPECT_EQ(result.content, first.content) << threads;
+    }
+    return first;
+}
+
+/// A root that includes \a count files, each with a module of some registers.
+Files manyFiles(int count)
+{
+    Files files = {{u"soc.xml"_s, {}}};
+    QString root;
+    for (int at = 0; at < count; ++at) {
+        const QString number = QString::number(at);
+        root += u"<include file='sub/a%1.xml'/>"_s.arg(number);
+        QString registers;
+        for (int place = 0; place < 10 * (count - at); ++place) // the first are the longest to make
+            registers += u"<reg name='r%1'><bits name='f' pos='3:1'/></reg>"_s.arg(place);
+        files.push_back({u"sub/a%1.xml"_s.arg(number),
+                         u"<archive><module name='m%1'>%2<reg name='bare'/></module>"
+                         "<instance name='I%1' type='m%1' address='256*%1'/></archive>"_s.arg(number, registers)});
+    }
+    files.front().second = u"<archive>"_s + root + u"</archive>"_s;
+    return files;
+}
+
+} // namespace
+
+TEST(Outputs, OrderOfFilesAndMessages)
+{
+    const Loaded soc(manyFiles(12));
+    ASSERT_TRUE(soc.isLoaded()) << soc.errors.join(u'|').toStdString();
+    const Result headers = sameForAllThreads(soc, veldmap::Output::Headers, [](const QString &directory) {
+        QDir().mkpath(directory + u"/sub/a3.h"_s);     // no C header, so no assembly header
+        QDir().mkpath(directory + u"/sub/a7_asm.h"_s); // but the other way round
+    });
+    EXPECT_EQ(headers.files.filter(u"a3"_s).size(), 1);
+    EXPECT_EQ(headers.files.filter(u"a7"_s).size(), 2);
+    EXPECT_EQ(headers.files.first(3), QStringList({u"soc.h"_s, u"soc_asm.h"_s, u"sub/a0.h"_s}));
+    EXPECT_EQ(headers.told.size(), 2);
+
+    const Result packages = sameForAllThreads(soc, veldmap::Output::Vhdl, [](const QString &directory) {
+        QDir().mkpath(directory + u"/sub/a2_reg_pkg.vhd"_s);
+    });
+    ASSERT_EQ(packages.told.size(), 13);
+    EXPECT_TRUE(packages.told[2].contains(u"Module 'm2'"_s)) << "also of a package that can't be written";
+    EXPECT_TRUE(packages.told[12].startsWith(u"sub/a2_reg_pkg.vhd can't be written: "_s));
+
+    const Result site = sameForAllThreads(soc, veldmap::Output::Docs,
+                                          [](const QString &directory) { QDir().mkpath(directory + u"/I8.html"_s); });
+    EXPECT_EQ(site.told.last(), u"The pages behind it are not written: I9, I10, I11"_s);
+    EXPECT_EQ(site.files.filter(u".html"_s).first(10).last(), u"I7.html"_s) << "behind the start page and the frames";
+}
+
+TEST(Outputs, LaterFilesTakeThePlaceOfEarlierOnes)
+{
+    // A header is named up to the first dot, a page after its instance.
+    const Loaded soc({{u"soc.xml"_s, u"<archive><include file='a.old.xml'/><include file='a.new.xml'/></archive>"_s},
+                      {u"a.old.xml"_s, u"<archive asm='no'><module name='m'><reg name='r' count='500'/></module>"
+                                       "<instance name='I' type='m'/></archive>"_s},
+                      {u"a.new.xml"_s, u"<archive asm='no'><module name='n'><reg name='last'/></module>"
+                                       "<instance name='I' type='n'/></archive>"_s}});
+    ASSERT_TRUE(soc.isLoaded()) << soc.errors.join(u'|').toStdString();
+    const Result headers = sameForAllThreads(soc, veldmap::Output::Headers);
+    EXPECT_EQ(headers.files.filter(u"a.h"_s), QStringList({u"a.h"_s, u"a.h"_s}));
+    EXPECT_TRUE(headers.content.first().contains(u"last"_s));
+    const Result site = sameForAllThreads(soc, veldmap::Output::Docs);
+    EXPECT_EQ(site.told.first(), u"I.html shows the last of several instances of that name."_s);
+    EXPECT_TRUE(site.content.filter(u"I.html"_s).first().contains(u"last"_s));
+
+    // The first makes the file newer than the description of the second, which is then left alone.
+    soc.map->skipUpToDate = true;
+    const Result skipped = sameForAllThreads(soc, veldmap::Output::Headers);
+    EXPECT_EQ(skipped.heard.filter(u"trace Skipping a.h"_s).size(), 2) << "from the run before";
+    const Result fresh = sameForAllThreads(soc, veldmap::Output::Headers,
+                                           [](const QString &directory) { QDir(directory).removeRecursively(); });
+    EXPECT_EQ(fresh.heard.filter(u"trace Skipping a.h"_s).size(), 1);
+    EXPECT_TRUE(fresh.content.filter(u"a.h"_s).first().contains(u"500"_s));
+}
