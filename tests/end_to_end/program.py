@@ -62,8 +62,8 @@ class Program(support.Case):
     def test_build_writes_what_the_single_commands_write(self):
         one, each = self.folder / "one", self.folder / "each"
         for command in ("headers", "vhdl", "docs"):
-            self.expect(run(command, *self.roots, "-o", each / command), 0, err=None)
-        self.expect(run("build", *self.roots, "--headers", one / "headers", "--vhdl", one / "vhdl", "--docs",
+            self.expect(run(command, *self.roots, "-o", each / command, "-j", 1), 0, err=None)
+        self.expect(run("build", "-j", 3, *self.roots, "--headers", one / "headers", "--vhdl", one / "vhdl", "--docs",
                         one / "docs"), 0, err=None)
         self.assertEqual(support.files_below(one), support.files_below(each))
         # One that fails does not keep the others from being written.
@@ -71,6 +71,10 @@ class Program(support.Case):
         self.expect(run("build", "--chip", self.chip, "--headers", self.folder / "file" / "x", "--vhdl", one / "more"),
                     1, err=None)
         self.assertEqual(support.files_below(one / "more"), support.files_below(each / "vhdl"))
+        for number in ("0", "-1", "two", ""):
+            self.expect(run("headers", *self.roots, "-o", one / "none", "-j", number), 2,
+                        err=f"error: '{number}' is no number of threads: -j takes one from 1 on.\n")
+        self.assertFalse((one / "none").exists())
         self.expect(run("build", *self.roots), 2, err=None)
         self.expect(run("build", "--soft", self.soft, "--vhdl", one), 2, err=None)
 
