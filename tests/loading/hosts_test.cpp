@@ -6,6 +6,7 @@
 #include "loading/load.h"
 #include "model/aggregates.h"
 #include "model/pointer.h"
+#include "model/scalars.h"
 
 #include <QDir>
 #include <QDomDocument>
@@ -33,11 +34,12 @@ int evaluated(const VMXMLArchive &archive, const QString &expression)
 // Public lists and names are the host's to change; what is looked up afterwards is there.
 TEST(Hosts, LookupsSeeWhatAHostHasChanged)
 {
-    const Loaded soc({{u"soc.xml"_s, u"<archive><include file='a.xml'/><var name='V' value='1'/><var name='W' value='2'/>"
-                                     "<enum name='e'><entry name='E'/></enum><module name='m'><ptr name='p' type='x'/>"
-                                     "</module><typedef name='x'><uint8 name='b'/></typedef>"
-                                     "<instance name='I' type='m'/></archive>"_s},
-                      {u"a.xml"_s, u"<archive><enum name='e'/></archive>"_s}});
+    const Loaded soc(
+        {{u"soc.xml"_s, u"<archive><include file='a.xml'/><var name='V' value='1'/><var name='W' value='2'/>"
+                        "<enum name='e'><entry name='E'/></enum><module name='m'><ptr name='p' type='x'/>"
+                        "</module><typedef name='x'><uint8 name='b'/></typedef>"
+                        "<instance name='I' type='m'/></archive>"_s},
+         {u"a.xml"_s, u"<archive><enum name='e'/></archive>"_s}});
     ASSERT_TRUE(soc.isLoaded());
     VMXMLArchive &archive = soc.archiveAt(0);
     VMXMLElement *module = soc.root().getTemplate(u"m"_s);
@@ -77,7 +79,8 @@ TEST(Hosts, EveryCallOfALoaderStartsWithWholeLimits)
     VMRootArchive root(&map, u"host"_s);
     VMArchiveLoader loader;
     QDomDocument document;
-    QDomElement tag = elementOf(document, u"<archive><module name='m'><reg name='r' count='250000'/></module></archive>"_s);
+    QDomElement tag =
+        elementOf(document, u"<archive><module name='m'><reg name='r' count='250000'/></module></archive>"_s);
     for (const QString &file : {u"a.xml"_s, u"b.xml"_s, u"c.xml"_s})
         EXPECT_TRUE(loader.manageArchiveTag(tag, file, u"/"_s, &root, nullptr, nullptr, nullptr)) << file.toStdString();
 }
@@ -114,10 +117,9 @@ TEST(Hosts, ReadingAheadChangesNothing)
         const QString name = u"f%1.xml"_s.arg(file);
         files.front().second += u"<include file='%1'/>"_s.arg(name);
         QString content = u"<archive><include file='common.xml'/><include file='f%1.xml'/><include file='no%1.xml' "
-                          "optional='%2'/><include><case cond='%2' file='c.xml'/></include>"
-                          "<var name='V%3' value='C+%3'/></archive>"_s.arg(QString::number((file + 7) % 60),
-                                                                          file % 2 ? u"1"_s : u"yes"_s,
-                                                                          QString::number(file));
+                          "optional='%2'/><include><case cond='%3&lt;30' file='c.xml'/></include>"
+                          "<var name='V%3' value='C+%3'/></archive>"_s.arg(
+                              QString::number((file + 7) % 60), file % 2 ? u"no"_s : u"yes"_s, QString::number(file));
         files.push_back({name, content});
     }
     files.front().second += u"</archive>"_s;
