@@ -2,6 +2,7 @@
 
 #include "loading/rules.h"
 #include "model/aggregates.h"
+#include "model/kinds.h"
 #include "model/pointer.h"
 #include "model/root_archive.h"
 
@@ -89,11 +90,9 @@ ArchiveReader::Element ArchiveReader::readMemory(const Tag &tag, VMXMLArchive &a
 
 ArchiveReader::Element ArchiveReader::readPointer(const Tag &tag, VMXMLArchive &archive, const QString &parentName)
 {
-    static const QStringList builtInWords = {u"void"_s,  u"int8"_s,   u"uint8"_s, u"int16"_s, u"uint16"_s,
-                                             u"int32"_s, u"uint32"_s, u"bool"_s,  u"memory"_s};
     QString type = readName(tag, u"type");
-    if (builtInWords.contains(type.toLower()))
-        type = type.toLower();
+    if (const QString folded = type.toLower(); folded == kMemoryWord || scalarKindNamed(folded, kFoldedType))
+        type = folded;
     const QString name = readName(tag, u"name");
     Count count = readCount(tag);
     auto pointer = std::make_unique<VMPointer>(name, type);

@@ -1,7 +1,8 @@
 #include "loading/archive_reader.h"
 
 #include "loading/rules.h"
-#include "model/scalars.h"
+#include "model/kinds.h"
+#include "model/valuable.h"
 
 #include <algorithm>
 #include <iterator>
@@ -9,52 +10,6 @@
 using namespace Qt::StringLiterals;
 
 namespace veldmap {
-
-namespace {
-
-template <typename Register>
-std::unique_ptr<VMValuable> makeRegister(const QString &name, bool readable, bool writable)
-{
-    return std::make_unique<Register>(name, readable, writable);
-}
-
-/// Software can always read and write its own integers.
-template <typename Integer>
-std::unique_ptr<VMValuable> makeInteger(const QString &name, bool, bool)
-{
-    return std::make_unique<Integer>(name);
-}
-
-struct ValuableRow {
-    QLatin1StringView tag;
-    std::unique_ptr<VMValuable> (*create)(const QString &name, bool readable, bool writable);
-};
-constexpr ValuableRow kValuables[] = {
-    {"reg"_L1, makeRegister<VMRegister32>},
-    {"reg32"_L1, makeRegister<VMRegister32>},
-    {"reg16"_L1, makeRegister<VMRegister16>},
-    {"reg8"_L1, makeRegister<VMRegister8>},
-    {"ireg"_L1, makeRegister<VMInternalRegister8>},
-    {"uint"_L1, makeInteger<VMUnsignedInt32>},
-    {"uint32"_L1, makeInteger<VMUnsignedInt32>},
-    {"uint16"_L1, makeInteger<VMUnsignedInt16>},
-    {"uint8"_L1, makeInteger<VMUnsignedInt8>},
-    {"int"_L1, makeInteger<VMInt32>},
-    {"int32"_L1, makeInteger<VMInt32>},
-    {"int16"_L1, makeInteger<VMInt16>},
-    {"int8"_L1, makeInteger<VMInt8>},
-    {"bool"_L1, makeInteger<VMBoolean>},
-    {"void"_L1, makeInteger<VMVoid>}, // no tag of a description leads here
-};
-
-/// The row of a tag, or null.
-const ValuableRow *findValuable(QStringView tagName)
-{
-    const auto row = std::ranges::find_if(kValuables, [&](const ValuableRow &r) { return r.tag == tagName; });
-    return row == std::end(kValuables) ? nullptr : row;
-}
-
-} // namespace
 
 const ArchiveReader::MemberTag *ArchiveReader::findMemberTag(QStringView tagName)
 {
@@ -69,7 +24,7 @@ const ArchiveReader::MemberTag *ArchiveReader::findMemberTag(QStringView tagName
     const auto row = std::ranges::find_if(kMembers, [&](const MemberTag &r) { return r.tag == tagName; });
     if (row != std::end(kMembers))
         return row;
-    return tagName != "void"_L1 && findValuable(tagName) ? &kValuableMember : nullptr;
+    return scalarKindNamed(tagName, kMemberTag) ? &kValuableMember : nullptr;
 }
 
 ArchiveReader::Element ArchiveReader::readMember(const MemberTag &row, const Tag &tag, VMXMLArchive &archive,
@@ -92,12 +47,12 @@ ArchiveReader::Element ArchiveReader::readValuable(const Tag &tag, VMXMLArchive 
         fail(tag, archive, rules::valuableWithoutName, {tagName});
         return nullptr;
     }
-    const ValuableRow *row = findValuable(tagName);
-    if (!row) {
+    const ScalarKind *kind = scalarKindNamed(tagName, kAnyUse); // a host may ask for a void too
+    if (!kind) {
         fail(tag, archive, rules::foreignTagInModule, {tagName});
         return nullptr;
     }
-    auto valuable = row->create(name, protect.contains(u'r'), protect.contains(u'w'));
+    auto valuable = kind->make(name, protect.contains(u'r'), protect.contains(u'w'));
     valuable->source = sourceOf(tag);
     valuable->cKeywords += readKeywords(tag);
     if (const QString display = readText(tag, u"display", u"notdef"_s); display != "notdef"_L1)
