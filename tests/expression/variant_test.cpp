@@ -88,6 +88,16 @@ TEST(VariantStorage, TextAndBytesThatAreNotThereAreNull)
     EXPECT_EQ(bytes(nullptr, 2).getSize(), 0);
 }
 
+TEST(VariantStorage, DataIsCopiedAsFarAsThereIsRoom)
+{
+    unsigned char bytes[5] = {9, 9, 9, 9, 9};
+    EXPECT_EQ(valueOf("D4294967295").getData(bytes, 3), 3);
+    EXPECT_EQ(bytes[2] + bytes[3], 255 + 9);
+    EXPECT_EQ(valueOf("I0").getData(bytes, 5), 4);
+    EXPECT_EQ(bytes[3] + bytes[4], 0 + 9);
+    EXPECT_EQ(valueOf("Sabc").getData(bytes, 5) + valueOf("0").getData(bytes, 5) + valueOf("I1").getData(bytes, -1), 0);
+}
+
 TEST(VariantStorage, CopiesAreDeepAndMovesLeaveNull)
 {
     const std::string longText(1000, 'x');

@@ -102,6 +102,12 @@ TEST(Includes, CirclesAndSelves)
     ASSERT_TRUE(soc.isLoaded()) << soc.errors.join(u'|').toStdString();
     EXPECT_EQ(soc.archiveAt(0).variables->last().leftValue, 5);
 
+    Files chain = {{u"soc.xml"_s, u"<archive><include file='1.xml'/></archive>"_s}};
+    for (int at = 1; at < 200; ++at)
+        chain.push_back(
+            {u"%1.xml"_s.arg(at), u"<archive><include file='%1.xml' optional='yes'/></archive>"_s.arg(at + 1)});
+    EXPECT_EQ(Loaded(chain).root().xmlArchives.size(), 200);
+
     // A file that calls itself by another name is new at every include.
     const Loaded endless(u"<archive relative='other.xml'><include file='soc.xml'/></archive>"_s);
     EXPECT_FALSE(endless.isLoaded());

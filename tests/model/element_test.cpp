@@ -11,11 +11,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+const QString kModule = u"<typedef name='pair'><uint8 name='a'/><uint16 name='b'/></typedef><module name='m'>%1"
+                        "</module><instance name='I' type='m' address='0x1000'/>"_s;
+
 /// \a content as one module `m`, placed at 0x1000 as `I`.
-QString placed(const QString &content)
+Loaded placed(const QString &content)
 {
-    return u"<typedef name='pair'><uint8 name='a'/><uint16 name='b'/></typedef><module name='m'>"_s + content +
-           u"</module><instance name='I' type='m' address='0x1000'/>"_s;
+    return Loaded::archive(kModule.arg(content));
 }
 
 const VMStruct &instanceOf(const Loaded &soc)
@@ -56,13 +58,12 @@ TEST(Layout, MembersAlignAsInCAndSizesWrap)
                     QString::number(element->getAlignConstraint()));
             return text;
         },
-        placed(u"%1"_s));
+        kModule);
 }
 
 TEST(Paths, OfTypesAndMembers)
 {
-    const Loaded soc =
-        Loaded::archive(placed(u"<reg name='r'/><struct name='s' count='2'><reg8 name='x'/></struct>"_s));
+    const Loaded soc = placed(u"<reg name='r'/><struct name='s' count='2'><reg8 name='x'/></struct>"_s);
     EXPECT_EQ(soc.type<VMStruct>(u"m"_s).memberList.at(0)->getPath(), u"$archive..r"_s);
     const auto &array = *elementCast<VMArray>(instanceOf(soc).memberList.at(1).get());
     EXPECT_EQ(array.getMemberList(), QStringList({u"s[0]"_s, u"s[1]"_s}));
@@ -78,7 +79,7 @@ TEST(Paths, TopOfTheTree)
     EXPECT_TRUE(lone.isRootElement());
     EXPECT_FALSE(lone.isInstance());
 
-    const Loaded soc = Loaded::archive(placed(u"<reg name='r'/>"_s));
+    const Loaded soc = placed(u"<reg name='r'/>"_s);
     const auto &module = soc.type<VMStruct>(u"m"_s);
     EXPECT_TRUE(module.isRootElement() && !module.isInstance() && instanceOf(soc).isInstance());
     EXPECT_EQ(module.memberList.at(0)->getTopArchive(), &soc.archiveAt(0));
@@ -89,10 +90,10 @@ TEST(Paths, TopOfTheTree)
 
 TEST(Copies, ShareNothingAndCarryWhatTheyShould)
 {
-    const Loaded soc = Loaded::archive(
+    const Loaded soc =
         placed(u"<reg16 name='h' protect='rw'><l name='lo'/><h name='hi'/><bits name='a' pos='3:0' cut='2'>"_s
                "<options><option name='o' value='1'/><mask/></options></bits></reg16>"
-               "<ptr name='p' type='pair'/><uint8 name='u' count='2'/>"_s));
+               "<ptr name='p' type='pair'/><uint8 name='u' count='2'/>"_s);
     const auto *source = elementCast<VMStruct>(soc.root().instances.at(0).get());
     elementCast<VMValuable>(source->memberList.at(0).get())->setValue(0x1234);
     elementCast<VMArray>(source->memberList.at(2).get())->memberList.at(1)->setName(u"odd"_s);
@@ -129,8 +130,8 @@ TEST(Copies, ShareNothingAndCarryWhatTheyShould)
 
 TEST(Pointers, MakeWhatTheyPointTo)
 {
-    const Loaded soc = Loaded::archive(
-        placed(u"<ptr name='p' type='pair'/><ptr name='b' type='uint'/><ptr name='n' type='nothing'/>"_s));
+    const Loaded soc =
+        placed(u"<ptr name='p' type='pair'/><ptr name='b' type='uint'/><ptr name='n' type='nothing'/>"_s);
     const auto pointer = [&](std::size_t at) {
         return elementCast<VMPointer>(instanceOf(soc).memberList.at(at).get());
     };
@@ -254,9 +255,9 @@ TEST(Types, AreFoundAsInAWalkOverTheLists)
 
 TEST(MemoryImages, CoverMembersAndLeavePadding)
 {
-    const Loaded soc = Loaded::archive(
+    const Loaded soc =
         placed(u"<uint8 name='a'/><hole size='24'/><reg name='w' protect='w'/><memory name='m' size='4'/>"_s
-               "<int8 name='i' count='2'/><uint16 name='b'/>"_s));
+               "<int8 name='i' count='2'/><uint16 name='b'/>"_s);
     auto &instance = *soc.root().instances.at(0);
     unsigned char image[17];
     for (unsigned char &byte : image)
@@ -281,14 +282,18 @@ TEST(MemoryImages, CoverMembersAndLeavePadding)
 
 TEST(MemoryImages, MembersOutsideTheirHolderTakeNoPart)
 {
-    const Loaded soc =
-        Loaded::archive(placed(u"<reg8 name='a'/><hole size='0-64'/><reg name='b'/><memory name='c' size='1'/>"_s));
+    const Loaded soc = placed(u"<reg8 name='a'/><hole size='0-64'/><reg name='b'/><memory name='c' size='1'/>"_s);
     VMXMLElement &instance = *soc.root().instances.at(0);
     ASSERT_EQ(instance.sizeOf(), 4);
     unsigned char image[4] = {0x5A, 0x5A, 0x5A, 0x5A};
     instance.memSet(image);
     instance.getReadMask(image);
     EXPECT_EQ(QByteArray(reinterpret_cast<const char *>(image), 4), QByteArray("\0\x5A\x5A\x5A", 4));
+
+    const Loaded empty = placed(u"<reg name='a'/><hole size='0-64'/><reg8 name='b'/>"_s);
+    ASSERT_EQ(instanceOf(empty).sizeOf(), 0);
+    empty.root().instances.at(0)->memSet(image);
+    EXPECT_EQ(elementCast<VMValuable>(instanceOf(empty).memberList.front().get())->getValue(), 0u);
 }
 
 TEST(MemoryImages, ServeWhatLiesInThemWhereverItsHolderEnds)
@@ -334,7 +339,7 @@ TEST(NullArguments, EndInAnAssertionWithWords)
 
 TEST(Dump, PrintsTheTreeWithItsSizes)
 {
-    const Loaded soc = Loaded::archive(placed(u"<reg name='r'><bits name='f' pos='0'/></reg><hole size='8'/>"_s));
+    const Loaded soc = placed(u"<reg name='r'><bits name='f' pos='0'/></reg><hole size='8'/>"_s);
     testing::internal::CaptureStdout();
     const int size = soc.root().dumpInfo(1);
     const QString text = QString::fromStdString(testing::internal::GetCapturedStdout());

@@ -94,6 +94,8 @@ TEST(Text, CommentsBreakBehindTheWordThatReachesTheWidth)
         {u"aaaa bbbb cccc dddd eeee ffff gggg hhhh iiii jjjj"_s, 45, 0,
          u"/// aaaa bbbb cccc dddd eeee ffff gggg hhhh iiii\n/// jjjj"_s},
         {u"a\tb"_s, 80, 0, u"/// a\tb"_s},
+        {QString(39, u'a') + u" b"_s, 48, 1, u"    /// "_s + QString(39, u'a') + u" b"_s},
+        {QString(40, u'a') + u" b"_s, 48, 1, u"    /// "_s + QString(40, u'a') + u"\n    /// b"_s},
         // 40 columns are too few at level 1, where lines get 47.
         {u"aaaaaaaaa bbbbbbbbb ccccccccc ddddddddd eeeeeeeee f"_s, 40, 1,
          u"    /// aaaaaaaaa bbbbbbbbb ccccccccc ddddddddd\n    /// eeeeeeeee f"_s},
