@@ -13,7 +13,7 @@ VMRootArchive *load(Session &session, const QString &path, bool chip, int thread
 {
     const int errorsBefore = session.messages.errorCount();
     VMRootArchive *root =
-        loadRoot(session.map, path, chip, session.messages, threads).release(); // the map will own it
+        loadRoot(session.map, path, chip, session.messages, {.threads = threads}).release(); // the map will own it
     // A file that can't be opened is only a warning of the library, and -q hides it.
     if (!root && session.messages.errorCount() == errorsBefore)
         session.messages.tell(rules::kNotLoaded, {path});

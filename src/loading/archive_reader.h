@@ -5,6 +5,7 @@
 #include "loading/document.h"
 #include "loading/tree_builder.h"
 #include "model/bitfield.h"
+#include "xml/document_listener.h"
 #include "xml/tag_attributes.h"
 
 #include <memory>
@@ -38,6 +39,9 @@ public:
     }
     ArchiveReader(const ArchiveReader &) = delete;
     ArchiveReader &operator=(const ArchiveReader &) = delete;
+
+    /// \a listener, if not null, sees each document before its tags are read.
+    void setDocumentListener(DocumentListener *listener) { m_listener = listener; }
 
     // archive_tags.cpp
     /// Reads the file \a name: its archive, or the one of that name that is there already, with status 2.
@@ -144,6 +148,7 @@ private:
     TreeBuilder &m_builder;
     DescriptionFiles &m_files;
     Sink &m_sink;
+    DocumentListener *m_listener = nullptr;
     SourceFile m_file; ///< that is being read
     int m_includeDepth = 0;
 };

@@ -41,6 +41,8 @@ VMXMLArchive *ArchiveReader::readFile(const FileName &name, bool isMandatory, XM
         return nullptr;
 
     status = XMDOpenInvalid;
+    if (m_listener)
+        m_listener->onDocument(file->document, sourceFileOf(name.basePath, name.relativeFile).name());
     const Tag tag = file->document.root();
     if (tag.name() == "bigarchive"_L1)
         return readBigArchive(tag, name, status);

@@ -11,16 +11,22 @@ class VMRootArchive;
 
 namespace veldmap {
 
+class DocumentListener;
 class Sink;
+
+/// What a load is asked for beside its root.
+struct LoadOptions {
+    int threads = 1;                       ///< with more than one, the others read files ahead
+    DocumentListener *documents = nullptr; ///< sees each document before its tags are read; not owned
+};
 
 /// Loads the description at \a path, with all that it includes, for the memory map \a map; \a chip only chooses the
 /// word in the notes. \a sink hears all there is to tell, in the order in which it arises, on the caller's thread. Null
 /// when \a path is empty or the load failed. The caller stores the result in the map. Global variables of a failed load
 /// stay in the map.
 ///
-/// With more than one of \a threads the others read files ahead; all have ended when it returns, and what is made and
-/// heard is the same.
+/// What is made and heard is the same for every number of threads; all have ended when it returns.
 VELDMAP_EXPORT std::unique_ptr<VMRootArchive> loadRoot(VMMemoryMap &map, const QString &path, bool chip, Sink &sink,
-                                                       int threads = 1);
+                                                       const LoadOptions &options = {});
 
 } // namespace veldmap

@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 namespace veldmap {
 
 std::unique_ptr<VMRootArchive> loadRoot(VMMemoryMap &map, const QString &path, bool chip, Sink &sink,
-                                       int threads)
+                                        const LoadOptions &options)
 {
     const QString word = chip ? u"Chip"_s : u"Soft"_s;
     if (path.isEmpty()) {
@@ -25,8 +25,9 @@ std::unique_ptr<VMRootArchive> loadRoot(VMMemoryMap &map, const QString &path, b
     auto root = std::make_unique<VMRootArchive>(&map, file.baseName());
     TreeBuilder builder(root.get());
     std::unique_ptr<DescriptionFiles> files =
-        threads > 1 ? std::make_unique<ReadAhead>(threads - 1) : std::make_unique<DescriptionFiles>();
+        options.threads > 1 ? std::make_unique<ReadAhead>(options.threads - 1) : std::make_unique<DescriptionFiles>();
     ArchiveReader reader(builder, *files, sink);
+    reader.setDocumentListener(options.documents);
     XMDOpenError status = XMDOpenSuccess;
     if (!reader.readFile({path, file.fileName(), file.absolutePath()}, true, status))
         return nullptr;

@@ -129,7 +129,7 @@ TEST(Hosts, ReadingAheadChangesNothing)
     const auto told = [&](int threads) {
         VMMemoryMap map;
         veldmap::FindingList list;
-        const auto root = veldmap::loadRoot(map, written.path(u"soc.xml"_s), true, list, threads);
+        const auto root = veldmap::loadRoot(map, written.path(u"soc.xml"_s), true, list, {.threads = threads});
         QStringList texts;
         for (const veldmap::Finding &finding : list.findings)
             texts += veldmap::placedText(finding);

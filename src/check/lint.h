@@ -1,0 +1,49 @@
+#pragma once
+
+#include "check/lint_rule.h"
+#include "findings/finding.h"
+#include "xml/document_listener.h"
+
+#include <veldmap/veldmap_export.h>
+
+#include <QHash>
+#include <QList>
+#include <QStringList>
+
+#include <span>
+
+class VMMemoryMap;
+
+namespace veldmap {
+
+/// All rules of lint, group by group. Each is a row of a table in this room; docs/rules.md tells of each.
+VELDMAP_EXPORT std::span<const LintRule *const> lintRules();
+
+/// Finds what is most likely not meant in descriptions that load.
+///
+/// It listens to a load for what only the documents show (misspelt attributes, comments that allow something), and
+/// walks the finished tree for the rest. Every finding has the place of the tag concerned.
+class VELDMAP_EXPORT Lint final : public DocumentListener {
+public:
+    void onDocument(const TagDocument &document, const QString &file) override;
+
+    /// Tells \a sink all findings, with the severities of their rules, also those of rules that are off: file by file
+    /// as they were read, from top to bottom. Without a root of \a map, because it failed to load or is not there, only
+    /// what its documents show is told. What a comment "veldmap: allow ID" in front of a tag allows is left out.
+    void report(const VMMemoryMap &map, Sink &sink) const;
+
+private:
+    /// A tag with all below it, in which a comment allows what some rules forbid.
+    struct Allowed {
+        QStringList ids;
+        Place first; ///< of the tag
+        Place last;  ///< of the last tag in it
+    };
+    bool isAllowed(const Finding &finding) const;
+
+    QStringList m_files; ///< in the order in which they were read
+    FindingList m_ofDocuments;
+    QHash<QString, QList<Allowed>> m_allowed; ///< by file
+};
+
+} // namespace veldmap
