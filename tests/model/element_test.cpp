@@ -172,7 +172,7 @@ TEST(Pointers, MakeWhatTheyPointTo)
 
 TEST(Pointers, FollowTheTypeWordThatTheyHold)
 {
-    const Loaded soc = Loaded::archive(placed(u"<ptr name='p' type='uint8'/>"_s));
+    const Loaded soc = placed(u"<ptr name='p' type='uint8'/>"_s);
     auto *pointer = elementCast<VMPointer>(instanceOf(soc).memberList.at(0).get());
     pointer->allocatePointedElement();
     pointer->pointedType = u"pair"_s;
@@ -299,8 +299,8 @@ TEST(MemoryImages, MembersOutsideTheirHolderTakeNoPart)
 TEST(MemoryImages, ServeWhatLiesInThemWhereverItsHolderEnds)
 {
     // The gap moves b in front of s, where it still lies in the image of the instance.
-    const Loaded soc = Loaded::archive(placed(u"<reg name='a'/><struct name='s'><reg8 name='x'/><hole size='0-24'/>"
-                                              "<reg8 name='b' protect='r'/></struct><reg8 name='c'/><reg name='d'/>"_s));
+    const Loaded soc = placed(u"<reg name='a'/><struct name='s'><reg8 name='x'/><hole size='0-24'/>"
+                              "<reg8 name='b' protect='r'/></struct><reg8 name='c'/><reg name='d'/>"_s);
     VMXMLElement &instance = *soc.root().instances.at(0);
     auto &inner = *elementCast<VMStruct>(instanceOf(soc).memberList.at(1).get());
     auto &moved = *elementCast<VMValuable>(instanceOf(soc).memberList.at(2).get());
