@@ -210,13 +210,17 @@ void CExEv::clear()
     m_tokens.clear();
     std::string().swap(m_expression); // clear() would keep the memory
     m_position = m_expression.c_str();
+    m_tokenBegin = 0;
     m_error = kSuccess;
+    m_errorPosition = 0;
 }
 
 void CExEv::setError(int code)
 {
-    if (m_error == kSuccess)
-        m_error = code;
+    if (m_error != kSuccess)
+        return;
+    m_error = code;
+    m_errorPosition = m_tokenBegin;
 }
 
 /// Ends a row of steps with \a error.
@@ -299,6 +303,7 @@ int CExEv::getNextToken()
 bool CExEv::readToken(CExEv_Token &token)
 {
     m_position += std::strspn(m_position, kBlanks);
+    m_tokenBegin = static_cast<std::size_t>(m_position - m_expression.c_str());
     const char first = *m_position;
     if (first == '\0')
         return true; // the end is the token of no kind, and stays to be read again
@@ -458,6 +463,7 @@ void CExEv::run()
 /// Reads one token and acts on it; false at the end of the text and after an error.
 bool CExEv::step()
 {
+    const std::size_t previousBegin = m_tokenBegin;
     const int kind = getNextToken();
     if (kind == -1)
         return stop(kErrorMemory);
@@ -469,8 +475,10 @@ bool CExEv::step()
             m_top->kind = CExEv_Token::kTokenFunc;
             return true;
         }
-        if (!resolveIdentifier())
+        if (!resolveIdentifier()) {
+            m_tokenBegin = previousBegin; // that of the name
             return stop(kErrorIdentifier);
+        }
     }
     return accept(kind) && kind != CExEv_Token::kTokenNull;
 }

@@ -4,6 +4,7 @@
 #include <veldmap/expression/variant.h>
 #include <veldmap/veldmap_export.h>
 
+#include <cstddef>
 #include <deque>
 #include <string>
 
@@ -82,6 +83,8 @@ public:
     void setError(int code);
     /// The recorded error, 0 while all is well.
     int getError() const { return m_error; }
+    /// The first byte of the token at which the recorded error was found, counted from the begin of the text.
+    std::size_t getErrorPosition() const { return m_errorPosition; }
 
     /// Makes an empty current token; one that is there already is used again. Null when memory is out.
     CExEv_Token *newToken();
@@ -137,7 +140,9 @@ private:
     bool pushOperator();
 
     std::string m_expression;
-    const char *m_position = ""; // in m_expression
+    const char *m_position = "";  // in m_expression
+    std::size_t m_tokenBegin = 0; // in m_expression, of the token that was read last
+    std::size_t m_errorPosition = 0;
     CExEv_Token *m_top = nullptr;
     CExEv_Token *m_free = nullptr;
     CExEv_Token *m_current = nullptr; // on neither list

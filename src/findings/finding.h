@@ -16,6 +16,7 @@ struct Finding {
     Place place;
     QStringList arguments; ///< one for each number in the rule's words
     Severity severity;     ///< the rule's, unless the finding is graver or milder than its kind
+    QString note = {};     ///< what explains it in a line of its own, empty where its words do
 
     /// A finding of \a rule with the rule's own severity.
     explicit Finding(const Rule &rule, const Place &place = {}, const QStringList &arguments = {})

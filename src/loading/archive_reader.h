@@ -8,6 +8,8 @@
 #include "xml/document_listener.h"
 #include "xml/tag_attributes.h"
 
+#include <QSet>
+
 #include <memory>
 
 class VMStruct;
@@ -42,6 +44,11 @@ public:
 
     /// \a listener, if not null, sees each document before its tags are read.
     void setDocumentListener(DocumentListener *listener) { m_listener = listener; }
+    /// From now on a refused tag is left out, and what stands behind it is read all the same, so that one run tells of
+    /// all faults. What only follows from a fault that was told is not told again. hasFailed() then says whether the
+    /// tree is good for anything.
+    void goOnAfterErrors() { m_goesOn = true; }
+    bool hasFailed() const { return m_hasFailed; }
 
     // archive_tags.cpp
     /// Reads the file \a name: its archive, or the one of that name that is there already, with status 2.
@@ -114,9 +121,20 @@ private:
     bool readValuableChild(const Tag &child, VMValuable &valuable, VMXMLArchive &archive, const QString &tagName);
 
     // Tells what is wrong at a tag; always false.
-    bool fail(const Tag &tag, const VMXMLArchive &archive, const Rule &rule, const QStringList &arguments = {}) const;
-    bool fail(const Tag &tag, const VMXMLArchive &archive, const Refusal &refused) const;
-    void tell(const Rule &rule, const Place &place, const QStringList &arguments = {}) const;
+    bool fail(const Tag &tag, const VMXMLArchive &archive, const Rule &rule, const QStringList &arguments = {});
+    bool fail(const Tag &tag, const VMXMLArchive &archive, const Refusal &refused);
+    /// The same of an expression that has no value, unless that follows from what was told before.
+    bool failEvaluation(const Tag &tag, const VMXMLArchive &archive, const Rule &rule, const QStringList &arguments,
+                        const Evaluated &result);
+    /// The same of something that is not there, named \a name.
+    bool failUnknown(const QString &name, const Tag &tag, const VMXMLArchive &archive, const Rule &rule,
+                     const QStringList &arguments);
+    void tell(const Rule &rule, const Place &place, const QStringList &arguments = {}, const QString &note = {});
+    bool follows(const QString &name) const;
+    /// The name under which a field of \a valuable is lost: no name of a description has a blank.
+    static QString fieldName(const VMValuable &valuable, const QString &name);
+    /// Notes that \a name was meant to be declared and is not; always false.
+    bool lose(const QString &name);
 
     Evaluated evaluate(const QString &expression, const VMXMLArchive &archive);
 
@@ -151,6 +169,11 @@ private:
     DocumentListener *m_listener = nullptr;
     SourceFile m_file; ///< that is being read
     int m_includeDepth = 0;
+
+    bool m_goesOn = false;
+    bool m_hasFailed = false;
+    bool m_lacksFile = false;  ///< any name may have been declared in a file that is not there
+    QSet<QString> m_lostNames; ///< what would have been declared but for a fault
 };
 
 /// "bin", "hex", or anything else for decimal.

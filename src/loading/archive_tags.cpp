@@ -37,8 +37,11 @@ VMXMLArchive *ArchiveReader::readFile(const FileName &name, bool isMandatory, XM
         if (isMandatory || finding.rule != &rules::fileNotOpened)
             m_sink.take(finding);
     }
-    if (status != XMDOpenSuccess)
+    if (status != XMDOpenSuccess) {
+        m_hasFailed = m_hasFailed || status == XMDOpenInvalid;
+        m_lacksFile = true;
         return nullptr;
+    }
 
     status = XMDOpenInvalid;
     if (m_listener)
@@ -66,10 +69,12 @@ VMXMLArchive *ArchiveReader::readBigArchive(const Tag &tag, const FileName &name
         if (child.name() != "archive"_L1) {
             tell(rules::foreignTagAmongArchives, {name.path, child.lineNumber(), child.columnNumber()},
                  {child.name().toString()});
-            return nullptr;
+            if (!m_goesOn)
+                return nullptr;
+            continue;
         }
         last = readArchive(child, name.relativeFile, name.basePath);
-        if (!last)
+        if (!last && !m_goesOn)
             return nullptr;
     }
     status = XMDOpenSuccess;
@@ -100,11 +105,14 @@ VMXMLArchive *ArchiveReader::readArchive(const Tag &tag, const QString &relative
     archive.vhdlPackage = readText(tag, u"vhdlpkg");
 
     const bool isOneTooMany = archive.getRootArchive()->xmlArchives.size() > limits::kArchives;
-    bool isComplete = !isOneTooMany || fail(tag, archive, rules::tooManyArchives, {QString::number(limits::kArchives)});
+    bool isComplete =
+        !isOneTooMany || fail(tag, archive, Refusal{&rules::tooManyArchives, {QString::number(limits::kArchives)}});
     for (const Tag &child : ChildTags(tag)) {
-        isComplete = isComplete && readArchiveChild(child, archive);
         if (!isComplete)
             break;
+        const bool isRead = readArchiveChild(child, archive);
+        m_hasFailed = m_hasFailed || !isRead;
+        isComplete = isRead || m_goesOn;
     }
     if (!isComplete) {
         m_builder.discardArchive(archive);
@@ -159,21 +167,54 @@ bool ArchiveReader::readArchiveChild(const Tag &child, VMXMLArchive &archive)
     return row->read(*this, child, archive);
 }
 
-bool ArchiveReader::fail(const Tag &tag, const VMXMLArchive &archive, const Rule &rule,
-                         const QStringList &arguments) const
+bool ArchiveReader::fail(const Tag &tag, const VMXMLArchive &archive, const Rule &rule, const QStringList &arguments)
 {
+    m_hasFailed = true;
     tell(rule, {archive.getTotalPath(), tag.lineNumber(), tag.columnNumber()}, arguments);
     return false;
 }
 
-bool ArchiveReader::fail(const Tag &tag, const VMXMLArchive &archive, const Refusal &refused) const
+bool ArchiveReader::fail(const Tag &tag, const VMXMLArchive &archive, const Refusal &refused)
 {
+    m_goesOn = false; // what stands behind it would be refused for the same limit
     return fail(tag, archive, *refused.rule, refused.arguments);
 }
 
-void ArchiveReader::tell(const Rule &rule, const Place &place, const QStringList &arguments) const
+bool ArchiveReader::failEvaluation(const Tag &tag, const VMXMLArchive &archive, const Rule &rule,
+                                   const QStringList &arguments, const Evaluated &result)
 {
-    m_sink.take(Finding(rule, place, arguments));
+    if (!result.unknownName.isEmpty() && follows(result.unknownName))
+        return false;
+    m_hasFailed = true;
+    tell(rule, {archive.getTotalPath(), tag.lineNumber(), tag.columnNumber()}, arguments, result.reason);
+    return false;
+}
+
+bool ArchiveReader::failUnknown(const QString &name, const Tag &tag, const VMXMLArchive &archive, const Rule &rule,
+                                const QStringList &arguments)
+{
+    return follows(name) ? false : fail(tag, archive, rule, arguments);
+}
+
+/// That \a name is not known follows from an earlier fault, or may follow from a missing file; but the first fault is
+/// always told.
+bool ArchiveReader::follows(const QString &name) const
+{
+    return m_goesOn && m_hasFailed && (m_lacksFile || m_lostNames.contains(name));
+}
+
+bool ArchiveReader::lose(const QString &name)
+{
+    if (m_goesOn)
+        m_lostNames.insert(name);
+    return false;
+}
+
+void ArchiveReader::tell(const Rule &rule, const Place &place, const QStringList &arguments, const QString &note)
+{
+    Finding finding(rule, place, arguments);
+    finding.note = note;
+    m_sink.take(finding);
 }
 
 Evaluated ArchiveReader::evaluate(const QString &expression, const VMXMLArchive &archive)
@@ -186,7 +227,7 @@ bool ArchiveReader::evaluateSize(const QString &expression, int &value, const Ta
 {
     const Evaluated result = evaluate(expression, archive);
     value = result.value;
-    return !result.failed || fail(tag, archive, rule, arguments);
+    return !result.failed || failEvaluation(tag, archive, rule, arguments, result);
 }
 
 bool ArchiveReader::evaluateArrayCount(Count &count, const Tag &tag, const VMXMLArchive &archive,

@@ -115,6 +115,11 @@ quint32 resetValueOf(QStringView reset, qint64 width)
 
 } // namespace
 
+QString ArchiveReader::fieldName(const VMValuable &valuable, const QString &name)
+{
+    return valuable.getName() + u' ' + name;
+}
+
 bool ArchiveReader::readBits(const Tag &tag, VMValuable &valuable, VMXMLArchive &archive)
 {
     m_builder.countDeclared();
@@ -130,7 +135,7 @@ bool ArchiveReader::readBits(const Tag &tag, VMValuable &valuable, VMXMLArchive 
     BitsCut cut;
     if (!readPosition(attributes, tag, valuable, archive, cut.whole) ||
         !readCut(attributes, tag, valuable, archive, cut))
-        return false;
+        return lose(fieldName(valuable, name));
     if (valuable.bitFields.size() + static_cast<std::size_t>(cut.pieces) > limits::kBitFields)
         return fail(tag, archive, rules::tooManyFields, {valuable.getName(), QString::number(limits::kBitFields)});
     if (const Refusal refused = m_builder.countCopies(cut.pieces - 1))
@@ -178,8 +183,8 @@ bool ArchiveReader::evaluatePosition(BitPosition &position, const QString &name,
     const auto evaluateText = [&](const QString &text, int &number) {
         const Evaluated result = evaluate(text, archive);
         number = result.value;
-        return !result.failed ||
-               fail(tag, archive, rules::positionExpression, {valuable.getName(), name, text, result.message});
+        return !result.failed || failEvaluation(tag, archive, rules::positionExpression,
+                                                {valuable.getName(), name, text, result.message}, result);
     };
     if (!evaluateText(position.upText, position.up))
         return false;
@@ -196,7 +201,8 @@ bool ArchiveReader::readCut(const BitsAttributes &attributes, const Tag &tag, co
     const QString &name = attributes.name;
     const Evaluated start = evaluate(attributes.cutStart, archive);
     if (start.failed)
-        return fail(tag, archive, rules::cutStart, {valuable.getName(), name, attributes.cutStart, start.message});
+        return failEvaluation(tag, archive, rules::cutStart,
+                              {valuable.getName(), name, attributes.cutStart, start.message}, start);
     if (attributes.cut != "no"_L1) {
         const qint64 width = cut.whole.width();
         cut.pieceWidth = attributes.cut.toInt();
@@ -212,7 +218,7 @@ bool ArchiveReader::readCut(const BitsAttributes &attributes, const Tag &tag, co
     if (!attributes.cutEnum.isEmpty()) {
         cut.names = m_builder.findEnum(attributes.cutEnum, archive);
         if (!cut.names)
-            return fail(tag, archive, rules::cutEnum, {name, attributes.cutEnum});
+            return failUnknown(attributes.cutEnum, tag, archive, rules::cutEnum, {name, attributes.cutEnum});
     }
     cut.start = start.value;
     cut.prefix = attributes.cutPrefix;
@@ -225,7 +231,7 @@ bool ArchiveReader::readBitsChildren(const Tag &tag, const QString &name, VMBitF
     for (const Tag &child : ChildTags(tag)) {
         const QStringView childName = child.name();
         if (childName == "options"_L1) {
-            if (!readOptions(child, field, archive))
+            if (!readOptions(child, field, archive) && !m_goesOn)
                 return false;
         } else if (!takeComment(child, comment)) {
             return fail(child, archive, rules::foreignTagInField, {name, childName.toString()});

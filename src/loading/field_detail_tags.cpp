@@ -14,7 +14,7 @@ bool ArchiveReader::readBitgroup(const Tag &tag, VMValuable &valuable, VMXMLArch
         const QStringView childName = child.name();
         if (childName != "entry"_L1)
             return fail(tag, archive, rules::foreignTagInGroup, {group->name, childName.toString()});
-        if (!readBitgroupEntry(child, *group, archive))
+        if (!readBitgroupEntry(child, *group, archive) && !m_goesOn)
             return false;
     }
     valuable.addBitGroup(group.release());
@@ -27,7 +27,8 @@ bool ArchiveReader::readBitgroupEntry(const Tag &tag, VMBitGroup &group, VMXMLAr
     VMBitField *field = group.valuable->getBitFieldByName(reference);
     const VMBitGroup *other = group.valuable->getBitGroupByName(reference);
     if (!field && !other)
-        return fail(tag, archive, rules::groupReference, {group.name, reference});
+        return failUnknown(fieldName(*group.valuable, reference), tag, archive, rules::groupReference,
+                           {group.name, reference});
     if (const Refusal refused = m_builder.countCopies((field ? 1 : 0) + (other ? other->size() : 0)))
         return fail(tag, archive, refused);
     if (field)
@@ -44,7 +45,7 @@ bool ArchiveReader::readOptions(const Tag &tag, VMBitField &field, VMXMLArchive 
     if (!linkedName.isEmpty()) {
         linked = m_builder.findEnum(linkedName, archive);
         if (!linked)
-            return fail(tag, archive, rules::optionsEnum, {field.getName(), linkedName});
+            return failUnknown(linkedName, tag, archive, rules::optionsEnum, {field.getName(), linkedName});
     }
     VMBitFieldOptions &options = field.options;
     for (const Tag &child : ChildTags(tag)) {
@@ -52,7 +53,7 @@ bool ArchiveReader::readOptions(const Tag &tag, VMBitField &field, VMXMLArchive 
         if (childName == "option"_L1 && linked)
             return fail(child, archive, rules::optionBesideEnum, {field.getName(), linkedName});
         if (childName == "option"_L1) {
-            if (!readOption(child, options, archive))
+            if (!readOption(child, options, archive) && !m_goesOn)
                 return false;
         } else if (childName == "default"_L1) {
             options.hasDefault = true;
@@ -81,7 +82,7 @@ bool ArchiveReader::readOption(const Tag &tag, VMBitFieldOptions &options, VMXML
     const QString expression = readText(tag, u"value", u"0"_s);
     const Evaluated value = evaluate(expression, archive);
     if (value.failed)
-        return fail(tag, archive, rules::optionExpression, {expression, value.message});
+        return failEvaluation(tag, archive, rules::optionExpression, {expression, value.message}, value);
     option.value = value.value;
     for (const Tag &child : ChildTags(tag)) {
         if (!takeComment(child, option.comment))

@@ -33,7 +33,7 @@ XMDOpenError ArchiveReader::readInclude(const Tag &tag, VMXMLArchive &archive)
 {
     const QScopedValueRollback depth(m_includeDepth, m_includeDepth + 1);
     if (m_includeDepth > limits::kIncludeDepth) {
-        fail(tag, archive, rules::includesTooDeep, {QString::number(limits::kIncludeDepth)});
+        fail(tag, archive, Refusal{&rules::includesTooDeep, {QString::number(limits::kIncludeDepth)}});
         return XMDOpenInvalid;
     }
     const bool load = readFlag(tag, u"load", true);
@@ -49,7 +49,9 @@ XMDOpenError ArchiveReader::readInclude(const Tag &tag, VMXMLArchive &archive)
             alternative.condition = readText(child, u"cond", u"0"_s);
             const Evaluated holds = evaluate(alternative.condition, archive);
             if (holds.failed) {
-                fail(child, archive, rules::includeCondition, {alternative.condition, alternative.file});
+                failEvaluation(child, archive, rules::includeCondition, {alternative.condition, alternative.file},
+                               holds);
+                m_lacksFile = true; // which one is to be read, nobody knows
                 return XMDOpenInvalid;
             }
             const bool isTaken = load && holds.value != 0 && !isCaseTaken;

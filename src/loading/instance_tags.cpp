@@ -20,8 +20,10 @@ VMXMLElement *ArchiveReader::readInstance(const Tag &tag, VMXMLArchive &archive)
     const QString type = readText(tag, u"type");
     const QString category = readText(tag, u"category", u"Unclassified"_s);
     const Evaluated address = evaluate(readText(tag, u"address", u"0"_s), archive);
-    if (address.failed)
-        return refuse(rules::instanceAddress, {name, type});
+    if (address.failed) {
+        failEvaluation(tag, archive, rules::instanceAddress, {name, type}, address);
+        return nullptr;
+    }
     if (name.isEmpty())
         return refuse(rules::instanceWithoutName, {type});
     if (type.isEmpty())
@@ -29,10 +31,14 @@ VMXMLElement *ArchiveReader::readInstance(const Tag &tag, VMXMLArchive &archive)
 
     VMRootArchive *root = archive.getRootArchive();
     const VMXMLElement *known = m_builder.findType(type, archive);
-    if (!root || !known)
-        return refuse(rules::instanceOfUnknownType, {name, type});
-    if (const Refusal refused = m_builder.countCopyOf(*known))
-        return refuse(*refused.rule, refused.arguments);
+    if (!root || !known) {
+        failUnknown(type, tag, archive, rules::instanceOfUnknownType, {name, type});
+        return nullptr;
+    }
+    if (const Refusal refused = m_builder.countCopyOf(*known)) {
+        fail(tag, archive, refused);
+        return nullptr;
+    }
     VMXMLElement *instance = root->addInstance(*known, name, static_cast<unsigned int>(address.value));
     instance->source = sourceOf(tag);
     if (instance->category.isEmpty() || instance->category == "Unclassified"_L1)
@@ -58,10 +64,14 @@ ArchiveReader::Element ArchiveReader::readInnerInstance(const Tag &tag, VMXMLArc
         !evaluateSize(count.expression, count.value, tag, archive, rules::memberCount, {parentName, name}))
         return nullptr;
     const VMXMLElement *known = m_builder.findType(type, archive);
-    if (!known)
-        return refuse(rules::memberOfUnknownType, {name, type});
-    if (const Refusal refused = m_builder.countCopyOf(*known))
-        return refuse(*refused.rule, refused.arguments);
+    if (!known) {
+        failUnknown(type, tag, archive, rules::memberOfUnknownType, {name, type});
+        return nullptr;
+    }
+    if (const Refusal refused = m_builder.countCopyOf(*known)) {
+        fail(tag, archive, refused);
+        return nullptr;
+    }
     Element copy(VMXMLElement::anonymousCopy(known));
     copy->source = sourceOf(tag);
     copy->setName(name);

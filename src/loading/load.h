@@ -18,6 +18,7 @@ class Sink;
 struct LoadOptions {
     int threads = 1;                       ///< with more than one, the others read files ahead
     DocumentListener *documents = nullptr; ///< sees each document before its tags are read; not owned
+    bool goesOn = false; ///< tells of all faults, not of the first alone; it loads nothing all the same
 };
 
 /// Loads the description at \a path, with all that it includes, for the memory map \a map; \a chip only chooses the

@@ -28,8 +28,11 @@ std::unique_ptr<VMRootArchive> loadRoot(VMMemoryMap &map, const QString &path, b
         options.threads > 1 ? std::make_unique<ReadAhead>(options.threads - 1) : std::make_unique<DescriptionFiles>();
     ArchiveReader reader(builder, *files, sink);
     reader.setDocumentListener(options.documents);
+    if (options.goesOn)
+        reader.goOnAfterErrors();
     XMDOpenError status = XMDOpenSuccess;
-    if (!reader.readFile({path, file.fileName(), file.absolutePath()}, true, status))
+    if (!reader.readFile({path, file.fileName(), file.absolutePath()}, true, status) ||
+        (options.goesOn && reader.hasFailed()))
         return nullptr;
     sink.take(Finding(rules::rootLoaded, {}, {word, file.baseName()}));
     return root;

@@ -33,7 +33,7 @@ VMXMLElement *ArchiveReader::readType(const Tag &tag, VMXMLArchive &archive)
         return nullptr;
 
     if (VMXMLElement *known = m_builder.findType(name, archive)) {
-        fail(tag, archive, rules::typeAlreadyKnown, {name});
+        tell(rules::typeAlreadyKnown, {archive.getTotalPath(), tag.lineNumber(), tag.columnNumber()}, {name});
         return known;
     }
     return &m_builder.addTemplate(archive, std::move(module), name);
@@ -46,9 +46,10 @@ bool ArchiveReader::readTypeChildren(const Tag &tag, VMStruct &module, VMXMLArch
         const QStringView childName = child.name();
         if (const MemberTag *row = findMemberTag(childName); row && row->inModule) {
             Element member = readMember(*row, child, archive, module.getName());
-            if (!member)
+            if (!member && !m_goesOn)
                 return false;
-            module.addElement(member.release());
+            if (member)
+                module.addElement(member.release());
             continue;
         }
         bool isRead = true;
@@ -62,7 +63,7 @@ bool ArchiveReader::readTypeChildren(const Tag &tag, VMStruct &module, VMXMLArch
             isRead = readEnum(child, archive);
         else if (!takeComment(child, module.comment))
             isRead = fail(child, archive, rules::foreignTagInModule, {childName.toString()});
-        if (!isRead)
+        if (!isRead && !m_goesOn)
             return false;
     }
     module.rubyConstants = rubyConstants;
@@ -87,12 +88,14 @@ ArchiveReader::Element ArchiveReader::readStruct(const Tag &tag, VMXMLArchive &a
         const QStringView childName = child.name();
         if (const MemberTag *row = findMemberTag(childName)) {
             Element member = readMember(*row, child, archive, name);
-            if (!member)
+            if (!member && !m_goesOn)
                 return nullptr;
-            structure->addElement(member.release());
+            if (member)
+                structure->addElement(member.release());
         } else if (!takeComment(child, structure->comment)) {
             fail(child, archive, rules::foreignTagInStruct, {name, childName.toString()});
-            return nullptr;
+            if (!m_goesOn)
+                return nullptr;
         }
     }
     return arrayOf(std::move(structure), count, name, tag, archive);
@@ -103,7 +106,7 @@ ArchiveReader::Element ArchiveReader::readHole(const Tag &tag, VMXMLArchive &arc
     const QString size = readText(tag, u"size", u"32"_s);
     const Evaluated bits = evaluate(size, archive);
     if (bits.failed) {
-        fail(tag, archive, rules::holeExpression, {size, bits.message});
+        failEvaluation(tag, archive, rules::holeExpression, {size, bits.message}, bits);
         return nullptr;
     }
     auto hole = std::make_unique<VMHole>(bits.value);
@@ -123,16 +126,17 @@ bool ArchiveReader::readAlias(const Tag &tag, VMXMLArchive &archive)
             element = readMember(*row, child, archive, name);
             const bool isValuable = !row->read;
             if (isValuable && !element)
-                return false;
+                return lose(name);
             if (isValuable)
                 element->declaredType = childName.toString();
         } else if (!takeComment(child, comment)) {
             // Told, and passed over: only the lack of an element fails an alias.
-            fail(tag, archive, rules::foreignTagInAlias, {name, childName.toString()});
+            tell(rules::foreignTagInAlias, {archive.getTotalPath(), tag.lineNumber(), tag.columnNumber()},
+                 {name, childName.toString()});
         }
     }
     if (!element)
-        return false;
+        return lose(name);
     element->comment = comment;
     element->source = sourceOf(tag);
     m_builder.addTemplate(archive, std::move(element), name);

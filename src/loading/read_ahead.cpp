@@ -39,7 +39,8 @@ void appendIncludes(const Tag &archive, const FileName &name, std::vector<FileNa
     for (const Tag &child : ChildTags(archive)) {
         const QString file = child.name() == "include"_L1 ? certainFile(child) : QString();
         if (!file.isEmpty())
-            included.push_back(FileName::included(name.basePath, relative.isEmpty() ? name.relativeFile : relative, file));
+            included.push_back(
+                FileName::included(name.basePath, relative.isEmpty() ? name.relativeFile : relative, file));
     }
 }
 

@@ -58,7 +58,7 @@ ArchiveReader::Element ArchiveReader::readValuable(const Tag &tag, VMXMLArchive 
     if (const QString display = readText(tag, u"display", u"notdef"_s); display != "notdef"_L1)
         valuable->displayType = displayOf(display);
     for (const Tag &child : ChildTags(tag)) {
-        if (!readValuableChild(child, *valuable, archive, tagName))
+        if (!readValuableChild(child, *valuable, archive, tagName) && !m_goesOn)
             return nullptr;
     }
     valuable->buildPhysicalMap();

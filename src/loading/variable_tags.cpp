@@ -43,14 +43,19 @@ bool ArchiveReader::readVariable(const Tag &tag, VMXMLArchive &archive)
     const bool isGlobal = readFlag(tag, u"global");
     if (variable.name.isEmpty())
         return fail(tag, archive, rules::variableWithoutName, {archive.getBaseName()});
-    if (variable.leftExpression.isEmpty())
+    if (variable.leftExpression.isEmpty()) {
+        lose(variable.name);
         return fail(tag, archive, rules::variableWithoutValue, {variable.name, archive.getBaseName()});
+    }
 
     VMVariableManager &manager = isGlobal ? TreeBuilder::globalManagerOf(archive) : *archive.variables;
     variable.comment = readOnlyComment(tag);
     const Evaluated value = m_builder.evaluate(variable.leftExpression, manager, variable.name);
-    if (value.failed)
-        return fail(tag, archive, rules::variableExpression, {archive.getBaseName(), variable.name, value.message});
+    if (value.failed) {
+        lose(variable.name);
+        return failEvaluation(tag, archive, rules::variableExpression,
+                              {archive.getBaseName(), variable.name, value.message}, value);
+    }
     variable.leftValue = value.value;
     variable.source = sourceOf(tag);
     m_builder.addVariable(manager, variable);
@@ -66,17 +71,23 @@ bool ArchiveReader::readRange(const Tag &tag, VMXMLArchive &archive)
     const QString direction = readText(tag, u"dir", u"down"_s);
     if (range.name.isEmpty())
         return fail(tag, archive, rules::rangeWithoutName);
-    if (range.leftExpression.isEmpty() || range.rightExpression.isEmpty())
+    if (range.leftExpression.isEmpty() || range.rightExpression.isEmpty()) {
+        lose(range.name);
         return fail(tag, archive, rules::rangeWithoutBound, {range.name});
-    if (direction != "up"_L1 && direction != "down"_L1)
+    }
+    if (direction != "up"_L1 && direction != "down"_L1) {
+        lose(range.name);
         return fail(tag, archive, rules::rangeDirection, {direction, range.name});
+    }
 
     Evaluated bound;
     for (const auto &[expression, number] : {std::pair(&VMIntVar::leftExpression, &VMIntVar::leftValue),
                                              std::pair(&VMIntVar::rightExpression, &VMIntVar::rightValue)}) {
         bound = m_builder.evaluate(range.*expression, *archive.variables, range.name);
-        if (bound.failed)
-            return fail(tag, archive, rules::rangeExpression, {range.name, bound.message});
+        if (bound.failed) {
+            lose(range.name);
+            return failEvaluation(tag, archive, rules::rangeExpression, {range.name, bound.message}, bound);
+        }
         range.*number = bound.value;
     }
     range.dir = direction == "up"_L1 ? VMIntVar::up : VMIntVar::down;
@@ -101,7 +112,7 @@ bool ArchiveReader::readEnum(const Tag &tag, VMXMLArchive &archive)
             isRead = readEnumBound(child, *created, archive);
         else if (!takeComment(child, created->comment))
             isRead = fail(child, archive, rules::foreignTagInEnum, {created->name, childName.toString()});
-        if (!isRead) {
+        if (!isRead && !m_goesOn) {
             disownEntries(archive, created.get());
             return false;
         }
@@ -123,8 +134,11 @@ bool ArchiveReader::readEnumEntry(const Tag &tag, VMEnum &owner, VMXMLArchive &a
         entry.leftExpression = QString::number(wrappingAdd(owner.lastValue, 1));
 
     const Evaluated value = m_builder.evaluate(entry.leftExpression, *archive.variables, entry.name);
-    if (value.failed)
-        return fail(tag, archive, rules::enumExpression, {owner.name, entry.leftExpression, value.message});
+    if (value.failed) {
+        lose(entry.name);
+        return failEvaluation(tag, archive, rules::enumExpression, {owner.name, entry.leftExpression, value.message},
+                              value);
+    }
     entry.leftValue = value.value;
     entry.ownerEnum = &owner;
     entry.source = sourceOf(tag);
@@ -145,7 +159,8 @@ bool ArchiveReader::readEnumBound(const Tag &tag, const VMEnum &owner, VMXMLArch
     bound.comment = readOnlyComment(tag);
     const Evaluated value = m_builder.evaluate(bound.leftExpression, *archive.variables, bound.name);
     if (value.failed)
-        return fail(tag, archive, rules::enumExpression, {owner.name, bound.leftExpression, value.message});
+        return failEvaluation(tag, archive, rules::enumExpression, {owner.name, bound.leftExpression, value.message},
+                              value);
     bound.leftValue = value.value;
     bound.source = sourceOf(tag);
     m_builder.addVariable(*archive.variables, bound);

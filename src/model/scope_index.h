@@ -62,7 +62,9 @@ private:
 struct Evaluated {
     int value = -1;
     bool failed = false;
-    QString message; ///< on failure
+    QString message;     ///< on failure
+    QString reason;      ///< what is wrong and where, in words for a line below the message
+    QString unknownName; ///< the name that has no meaning, if that is what is wrong
 };
 
 /// Looks up the variable of a name, or null.

@@ -2,6 +2,7 @@
 
 #include "expression/evaluator.h"
 #include "model/archive.h"
+#include "model/evaluation_errors.h"
 #include "model/include_walk.h"
 #include "model/memory_map.h"
 #include "model/root_archive.h"
@@ -30,14 +31,19 @@ bool isPlainNumber(const QString &expression)
 veldmap::Evaluated evaluate(cexev::CExEvCtx &context, const QString &name, const QString &expression)
 {
     if (isPlainNumber(expression))
-        return {expression.toInt(), false, {}};
+        return {expression.toInt(), false, {}, {}, {}};
     cexev::CExEv evaluator(&context);
     variant::Variant value;
-    if (evaluator.evalExpression(hexadecimalPreparseExpression(expression).toUtf8().constData(), value) != 0)
-        return {-1, true, u"Error in expression of : %1"_s.arg(name)};
+    if (evaluator.evalExpression(hexadecimalPreparseExpression(expression).toUtf8().constData(), value) != 0) {
+        return {-1,
+                true,
+                u"Error in expression of : %1"_s.arg(name),
+                veldmap::evaluationError(expression, evaluator).text(),
+                {}};
+    }
     int number = 0; // what a text counts as
     value.asInt(number);
-    return {number, false, {}};
+    return {number, false, {}, {}, {}};
 }
 
 /// Hands \a result to an operation's out-parameters.
@@ -55,11 +61,17 @@ public:
     int getValue(const char *name, variant::Variant &result) override
     {
         const VMIntVar *variable = m_find(QString::fromUtf8(name));
-        if (!variable)
-            return CXMLVarCtx::getValue(name, result);
-        result.setInt(variable->leftValue);
-        return 1;
+        if (variable) {
+            result.setInt(variable->leftValue);
+            return 1;
+        }
+        const int isKnown = CXMLVarCtx::getValue(name, result);
+        if (!isKnown)
+            unknownName = QString::fromUtf8(name);
+        return isKnown;
     }
+
+    QString unknownName;
 
 private:
     const veldmap::FindVariable &m_find;
@@ -277,7 +289,9 @@ const VMVariableManager *globalVariablesOf(const VMXMLArchive &archive)
 Evaluated evaluateExpression(const QString &expression, const FindVariable &find, const QString &name)
 {
     FoundContext context(find);
-    return evaluate(context, name.isEmpty() ? expression : name, expression);
+    Evaluated result = evaluate(context, name.isEmpty() ? expression : name, expression);
+    result.unknownName = context.unknownName;
+    return result;
 }
 
 ScopeContext::ScopeContext(const VMVariableManager &manager) : m_manager(manager) {}
