@@ -1,6 +1,6 @@
 """Times whole processes on one processor, in turn, and prints their medians: the generators on a description of 25,000
-registers, `veldmap headers` on two processors as well, the bare parsing of the same files, `veldmap headers` on twice the description, and `veldmap check` on the
-plain files and on the same ones as encrypted containers."""
+registers, `veldmap headers` on two processors as well, the bare parsing of the same files, `veldmap headers` on twice
+the description, and `veldmap check` on the plain files and on the same ones as encrypted containers."""
 
 import argparse
 import os
