@@ -2,6 +2,7 @@
 
 #include "check/document_checks.h"
 #include "check/tree_checks.h"
+#include "check/tree_rules.h"
 
 #include <algorithm>
 #include <tuple>
@@ -19,7 +20,16 @@ auto lineAndColumn(const Place &place)
 
 std::span<const LintRule *const> lintRules()
 {
-    return {};
+    static constexpr const LintRule *kRules[] = {
+        // trees
+        &lint::fieldOverlap,      &lint::fieldNameTwice,    &lint::fieldBeyondRegister,
+        &lint::fieldWidth,        &lint::fieldNoAccess,     &lint::registerNoAccess,
+        &lint::optionBeyondField, &lint::optionValueTwice,  &lint::optionNameTwice,
+        &lint::groupOverlap,      &lint::groupGap,          &lint::instanceOverlap,
+        &lint::instanceView,      &lint::instanceUnaligned, &lint::instanceBeyondMemory,
+        &lint::instanceNameTwice,
+    };
+    return kRules;
 }
 
 void Lint::onDocument(const TagDocument &document, const QString &file)

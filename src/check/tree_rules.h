@@ -1,0 +1,55 @@
+#pragma once
+
+#include "check/lint_rule.h"
+
+/// What trees show of descriptions that are most likely not meant so.
+namespace veldmap::lint {
+
+using namespace Qt::StringLiterals;
+
+// Registers: a field or option, then the path of its register.
+
+inline constexpr LintRule fieldOverlap = {
+    {"field-overlap"_L1, Severity::Warning, u"field '%1' of '%2' overlaps '%3' in %4"}};
+inline constexpr LintRule fieldNameTwice = {
+    {"field-name-twice"_L1, Severity::Warning, u"%1 '%2' of '%3' has the name of a field further up"}};
+inline constexpr LintRule fieldBeyondRegister = {
+    {"field-beyond-register"_L1, Severity::Warning, u"field '%1' of '%2' has %3, but the register ends at bit %4"}};
+inline constexpr LintRule fieldWidth = {
+    {"field-width"_L1, Severity::Error, u"field '%1' of '%2' is %3 bits wide: its position '%4:%5' comes to %6:%7"}};
+inline constexpr LintRule fieldNoAccess = {
+    {"field-no-access"_L1, Severity::Warning,
+     u"%1 of the %2 fields of '%3' can be neither read nor written; the first is '%4'"}};
+inline constexpr LintRule registerNoAccess = {
+    {"register-no-access"_L1, Severity::Warning, u"register '%1' can be neither read nor written"}};
+inline constexpr LintRule optionBeyondField = {
+    {"option-beyond-field"_L1, Severity::Warning,
+     u"option '%1' of field '%2' of '%3' has the value %4, but the field holds 0 to %5"}};
+inline constexpr LintRule optionValueTwice = {
+    {"option-value-twice"_L1, Severity::Warning, u"option '%1' of field '%2' of '%3' has the value %4 of option '%5'"}};
+inline constexpr LintRule optionNameTwice = {
+    {"option-name-twice"_L1, Severity::Warning,
+     u"option '%1' of field '%2' of '%3' has the name of an option further up"}};
+inline constexpr LintRule groupOverlap = {
+    {"group-overlap"_L1, Severity::Warning, u"pieces of bitgroup '%1' of '%2' overlap in %3"}};
+inline constexpr LintRule groupGap = {
+    {"group-gap"_L1, Severity::Warning, u"bitgroup '%1' of '%2' leaves out %3 between its pieces"}};
+
+// The memory map: instances.
+
+inline constexpr LintRule instanceOverlap = {{"instance-overlap"_L1, Severity::Warning,
+                                              u"members of instance '%1' (%2 to %3) overlap those of '%4' (%5 to %6)"}};
+inline constexpr LintRule instanceView = {
+    {"instance-view"_L1, Severity::Warning, u"instance '%1' of type '%2' lies at %3, as '%4' of type '%5' does"},
+    false};
+inline constexpr LintRule instanceUnaligned = {
+    {"instance-unaligned"_L1, Severity::Warning,
+     u"instance '%1' lies at %2, which is no multiple of %3 as the alignment of its type '%4' asks for"}};
+inline constexpr LintRule instanceBeyondMemory = {
+    {"instance-beyond-memory"_L1, Severity::Warning,
+     u"instance '%1' at %2 takes %3 bytes, which is %4 beyond the last 32-bit address"}};
+inline constexpr LintRule instanceNameTwice = {
+    {"instance-name-twice"_L1, Severity::Warning,
+     u"instance '%1' at %2 shares its name in paths or headers with '%3' at %4"}};
+
+} // namespace veldmap::lint
