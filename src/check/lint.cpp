@@ -22,12 +22,14 @@ std::span<const LintRule *const> lintRules()
 {
     static constexpr const LintRule *kRules[] = {
         // trees
-        &lint::fieldOverlap,      &lint::fieldNameTwice,    &lint::fieldBeyondRegister,
-        &lint::fieldWidth,        &lint::fieldNoAccess,     &lint::registerNoAccess,
-        &lint::optionBeyondField, &lint::optionValueTwice,  &lint::optionNameTwice,
-        &lint::groupOverlap,      &lint::groupGap,          &lint::instanceOverlap,
-        &lint::instanceView,      &lint::instanceUnaligned, &lint::instanceBeyondMemory,
-        &lint::instanceNameTwice,
+        &lint::fieldOverlap,      &lint::fieldNameTwice,     &lint::fieldBeyondRegister,
+        &lint::fieldWidth,        &lint::fieldNoAccess,      &lint::registerNoAccess,
+        &lint::optionBeyondField, &lint::optionValueTwice,   &lint::optionNameTwice,
+        &lint::groupOverlap,      &lint::groupGap,           &lint::instanceOverlap,
+        &lint::instanceView,      &lint::instanceUnaligned,  &lint::instanceBeyondMemory,
+        &lint::instanceNameTwice, &lint::memberNameTwice,    &lint::negativeSize,
+        &lint::holeBits,          &lint::layoutDiffers,      &lint::sizeDiffers,
+        &lint::moduleTypeName,    &lint::pointerTypeUnknown, &lint::unusedType,
     };
     return kRules;
 }

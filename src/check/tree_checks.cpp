@@ -34,9 +34,12 @@ void checkTree(const VMMemoryMap &map, Sink &sink)
 {
     DistinctSink distinct(sink);
     for (const VMRootArchive *root : {map.chipRootArchive, map.softRootArchive}) {
-        if (root)
-            checkRegisters(*root, distinct);
+        if (!root)
+            continue;
+        checkRegisters(*root, distinct);
+        checkStructures(*root, distinct);
     }
+    checkUnusedTypes(map, distinct);
     checkMemoryMap(map, distinct);
 }
 

@@ -9,6 +9,8 @@ class VMRootArchive;
 /// declares: what a template holds is checked there, not in each copy.
 namespace veldmap {
 
+void checkStructures(const VMRootArchive &root, Sink &sink);
+void checkUnusedTypes(const VMMemoryMap &map, Sink &sink);
 void checkRegisters(const VMRootArchive &root, Sink &sink);
 void checkMemoryMap(const VMMemoryMap &map, Sink &sink);
 

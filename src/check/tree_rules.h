@@ -52,4 +52,25 @@ inline constexpr LintRule instanceNameTwice = {
     {"instance-name-twice"_L1, Severity::Warning,
      u"instance '%1' at %2 shares its name in paths or headers with '%3' at %4"}};
 
+// Structures: a member, then the path of its structure.
+
+inline constexpr LintRule memberNameTwice = {
+    {"member-name-twice"_L1, Severity::Warning, u"member '%1' of '%2' has the name of a member further up"}};
+inline constexpr LintRule negativeSize = {
+    {"negative-size"_L1, Severity::Error, u"%1 of '%2' has a size of %3 %4: what follows lies in front of it"}};
+inline constexpr LintRule holeBits = {
+    {"hole-bits"_L1, Severity::Warning,
+     u"hole of %1 bits in '%2' is no whole number of bytes: it takes %3, and the rest is lost"}};
+inline constexpr LintRule layoutDiffers = {
+    {"layout-differs"_L1, Severity::Warning, u"member '%1' of '%2' lies at offset %3, but C places it at %4"}};
+inline constexpr LintRule sizeDiffers = {
+    {"size-differs"_L1, Severity::Warning, u"structure '%1' takes %2 bytes, but %3 in C"}};
+inline constexpr LintRule moduleTypeName = {
+    {"module-type-name"_L1, Severity::Warning,
+     u"%1 '%2' has the C type %3, which no header defines: module '%4' is called %5 there"}};
+inline constexpr LintRule pointerTypeUnknown = {
+    {"pointer-type-unknown"_L1, Severity::Warning, u"pointer '%1' points to type '%2', which does not exist"}};
+inline constexpr LintRule unusedType = {
+    {"unused-type"_L1, Severity::Warning, u"type '%1' is used by no instance, member or pointer"}, false};
+
 } // namespace veldmap::lint

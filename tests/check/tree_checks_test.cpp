@@ -28,6 +28,7 @@ TEST(TreeChecks, Cases)
     const Answer answer = [](const Loaded &soc, const QStringList &) { return findingsOf(*soc.map); };
     expectCases(u"check/registers.txt"_s, answer, u"<module name=\"uart\">%1\n</module>"_s);
     expectCases(u"check/memory_map.txt"_s, answer);
+    expectCases(u"check/structures.txt"_s, answer);
 }
 
 TEST(TreeChecks, ChipAndSoftwareShareTheMemory)

@@ -1,0 +1,182 @@
+#include "check/c_layout.h"
+#include "check/declared.h"
+#include "check/tree_groups.h"
+#include "check/tree_rules.h"
+#include "headers/c_names.h"
+#include "model/memory_map.h"
+#include "text/lines.h"
+
+#include <QSet>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace veldmap {
+
+namespace {
+
+/// Whether C code says itself how \a element is to be laid out.
+bool hasOwnLayout(const VMXMLElement &element)
+{
+    return std::ranges::any_of(element.cKeywords, [](const QString &keyword) {
+        return keyword.contains("pack"_L1) || keyword.contains("align"_L1);
+    });
+}
+
+/// Whether headers define \a type under a name of modules: HWP_UART_T.
+bool isModuleInC(const VMXMLElement &type)
+{
+    const auto *structure = elementCast<VMStruct>(&type);
+    return structure && !structure->isTypedef && structure->declaredType.isEmpty();
+}
+
+/// The names that \a member has in a C structure: a register whose halves have names has three.
+QStringList memberNames(const VMXMLElement &member)
+{
+    if (const auto *hole = elementCast<VMHole>(&member))
+        return hole->sizeOf() > 0 ? QStringList("Reserved_"_L1 + hex8(hole->offset)) : QStringList();
+    const auto *array = elementCast<VMArray>(&member);
+    const auto *valuable = elementCast<VMValuable>(array ? array->prototype.get() : &member);
+    QStringList names(member.getName());
+    if (valuable && valuable->getBitSize() != 8 && !valuable->lowName.isEmpty())
+        names += {valuable->lowName, valuable->highName};
+    return names;
+}
+
+class StructureChecks {
+public:
+    StructureChecks(const VMRootArchive &root, Sink &sink) : m_types(root), m_layout(m_types), m_sink(sink) {}
+
+    void operator()(const VMStruct &structure)
+    {
+        if (isCopyOfType(structure)) {
+            checkTypeName(structure, "member"_L1, m_types.typeOf(structure), structure.declaredType);
+            return;
+        }
+        checkNames(structure);
+        checkLayout(structure);
+    }
+
+    void operator()(const VMPointer &pointer)
+    {
+        const QString &name = pointer.pointedType;
+        const VMXMLElement *type = m_types.find(name);
+        if (!type && name != kMemoryWord && !scalarKindNamed(name, kPointedType | kFoldedType | kCType))
+            take(lint::pointerTypeUnknown, pointer, {declaredPath(pointer), name});
+        checkTypeName(pointer, "pointer"_L1, type, name);
+    }
+
+    void operator()(const VMHole &hole)
+    {
+        if (hole.holeBits < 0)
+            take(lint::negativeSize, hole,
+                 {u"a hole"_s, declaredPath(*hole.parent), QString::number(hole.holeBits), u"bits"_s});
+        else if (hole.holeBits % 8 != 0)
+            take(lint::holeBits, hole,
+                 {QString::number(hole.holeBits), declaredPath(*hole.parent), QString::number(hole.holeBits / 8)});
+    }
+
+    void operator()(const VMMemory &memory)
+    {
+        if (memory.memorySize < 0)
+            take(lint::negativeSize, memory,
+                 {"memory '"_L1 + memory.getName() + u'\'', declaredPath(*memory.parent),
+                  QString::number(memory.memorySize), u"bytes"_s});
+    }
+
+    void operator()(const VMXMLElement &) {}
+
+private:
+    void checkNames(const VMStruct &structure)
+    {
+        QSet<QString> known;
+        for (const auto &member : structure.memberList) {
+            for (const QString &name : memberNames(*member)) {
+                const qsizetype before = known.size();
+                known.insert(name);
+                if (known.size() == before)
+                    take(lint::memberNameTwice, *member, {name, declaredPath(structure)});
+            }
+        }
+    }
+
+    /// Behind the first member that C places elsewhere all others are likely to be, so it is told alone.
+    void checkLayout(const VMStruct &structure)
+    {
+        const auto isNegative = [](const auto &member) { return member->sizeOf() < 0; };
+        bool hasDifference = hasOwnLayout(structure) || std::ranges::any_of(structure.memberList, isNegative);
+        const CLayout::Size inC = m_layout.walk(structure, [&](const VMXMLElement &member, qint64 offset) {
+            hasDifference = hasDifference || hasOwnLayout(member);
+            if (hasDifference || member.offset == offset)
+                return;
+            hasDifference = true;
+            take(lint::layoutDiffers, member,
+                 {member.getName(), declaredPath(structure), QString::number(member.offset), QString::number(offset)});
+        });
+        if (!hasDifference && inC.bytes != structure.sizeOf())
+            take(lint::sizeDiffers, structure,
+                 {declaredPath(structure), QString::number(structure.sizeOf()), QString::number(inC.bytes)});
+    }
+
+    /// A member or pointer of type "uart" is a UART_T in C, also where uart is a module.
+    void checkTypeName(const VMXMLElement &element, QLatin1StringView what, const VMXMLElement *type,
+                       const QString &name)
+    {
+        if (!type || !isModuleInC(*type))
+            return;
+        const QString ofModule = "HWP_"_L1 + type->typedefName.toUpper() + "_T"_L1;
+        const QString used = ESDRTypeConvert(what == "member"_L1 ? name.toUpper() : name);
+        if (used != ofModule)
+            take(lint::moduleTypeName, element, {QString(what), declaredPath(element), used, name, ofModule});
+    }
+
+    void take(const LintRule &rule, const VMXMLElement &element, const QStringList &arguments)
+    {
+        m_sink.take(Finding(rule.rule, element.source.place(), arguments));
+    }
+
+    TypeNames m_types;
+    CLayout m_layout;
+    Sink &m_sink;
+};
+
+} // namespace
+
+void checkStructures(const VMRootArchive &root, Sink &sink)
+{
+    StructureChecks checks(root, sink);
+    visitDeclared(root, [&](const auto &element) { checks(element); });
+}
+
+void checkUnusedTypes(const VMMemoryMap &map, Sink &sink)
+{
+    const auto roots = {map.chipRootArchive, map.softRootArchive};
+    QSet<QString> used;
+    for (const VMRootArchive *root : roots) {
+        if (!root)
+            continue;
+        for (const auto &instance : root->instances)
+            used += instance->typedefName;
+        visitDeclared(*root, Overloads{[&](const VMPointer &pointer) { used += pointer.pointedType; },
+                                       [&](const VMXMLElement &element) {
+                                           if (isCopyOfType(element))
+                                               used +=
+                                                   element.isRootElement() ? element.declaredType : element.typedefName;
+                                       }});
+    }
+    for (const VMRootArchive *root : roots) {
+        if (!root)
+            continue;
+        for (const VMXMLArchive *archive : root->xmlArchives) {
+            for (const auto &type : archive->templates) {
+                const auto *valuable = elementCast<VMValuable>(type.get());
+                const bool isEnum = valuable && valuable->enumTemplate; // fields may name it, which no tree shows
+                if (!isEnum && !used.contains(type->typedefName))
+                    sink.take(Finding(lint::unusedType.rule, type->source.place(), {type->typedefName}));
+            }
+        }
+    }
+}
+
+} // namespace veldmap
