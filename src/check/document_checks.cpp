@@ -1,7 +1,128 @@
 #include "check/document_checks.h"
 
+#include "check/document_rules.h"
+#include "check/tag_check.h"
+#include "xml/tag_attributes.h"
+
+#include <algorithm>
+#include <iterator>
+
+using namespace Qt::StringLiterals;
+
 namespace veldmap {
 
-void checkDocument(const TagDocument &, const QString &, Sink &) {}
+const TagInContext *TagInContext::enclosing(TagKind wanted) const
+{
+    const TagInContext *at = parent;
+    while (at && at->kind() != wanted)
+        at = at->parent;
+    return at;
+}
+
+QString TagInContext::title() const
+{
+    QStringList path;
+    for (const TagInContext *at = this; at; at = at->parent) {
+        QStringView name = at->tag.attribute(u"name");
+        if (name.isEmpty() && at->kind() == TagKind::BitgroupEntry)
+            name = at->tag.attribute(u"ref");
+        if (!name.isEmpty())
+            path.prepend(shownText(name));
+    }
+    const QString word = row.name;
+    return path.isEmpty() ? word : word + " '"_L1 + path.join(u'.') + u'\'';
+}
+
+void DocumentTeller::tell(const LintRule &rule, const TagInContext &at, const QStringList &arguments) const
+{
+    m_sink.take(Finding(rule.rule, Place{m_file, at.tag.lineNumber(), at.tag.columnNumber(), 0},
+                        QStringList(at.title()) + arguments));
+}
+
+QString shownText(QStringView value)
+{
+    constexpr qsizetype kLongest = 60;
+    const QString text = value.first(qMin(value.size(), 4 * kLongest)).toString().simplified();
+    return text.size() <= kLongest ? text : text.first(kLongest - 3) + u"..."_s;
+}
+
+namespace {
+
+/// Whether the loader takes a tag without a name, though what is generated names it.
+bool mayLackName(TagKind kind)
+{
+    constexpr TagKind kKinds[] = {TagKind::Option, TagKind::Bitgroup, TagKind::Enum, TagKind::Alias,
+                                  TagKind::Memory, TagKind::Pointer,  TagKind::Half};
+    return std::ranges::find(kKinds, kind) != std::end(kKinds);
+}
+
+/// Looks at the tags of a document, each once, from the root down.
+class DocumentWalk {
+public:
+    DocumentWalk(const QString &file, Sink &sink) : m_teller(file, sink) {}
+
+    void walk(const TagInContext &at)
+    {
+        checkAttributes(at);
+        if (at.kind() == TagKind::Comment || at.kind() == TagKind::CJoker)
+            return; // what is below is text
+        int commentLine = 0;
+        int cJokerLine = 0;
+        for (const Tag &child : ChildTags(at.tag)) {
+            const TagRow *row = findTagRow(at.kind(), child.name());
+            if (!row) {
+                // Elsewhere the loader has the word for it.
+                if (passesOverTags(at.kind()))
+                    m_teller.tell(rules::unusedTag, at, {shownText(child.nameAsWritten())});
+                continue;
+            }
+            const TagInContext inside = {child, *row, &at};
+            if (row->kind == TagKind::Comment)
+                checkRepeated(inside, commentLine);
+            else if (row->kind == TagKind::CJoker)
+                checkRepeated(inside, cJokerLine);
+            walk(inside);
+        }
+    }
+
+private:
+    void checkAttributes(const TagInContext &at)
+    {
+        for (const TagDocument::Attribute &attribute : at.tag.attributes()) {
+            const AttributeRow *row = at.row.findAttribute(attribute.name);
+            if (!row) {
+                checkUnknownAttribute(at, attribute.name, m_teller);
+                continue;
+            }
+            if (row->value == ValueKind::Name || row->value == ValueKind::RawName) {
+                checkName(at, row->value, attribute.value, m_teller);
+            } else {
+                checkWord(at, *row, attribute.value, m_teller);
+            }
+        }
+        if (mayLackName(at.kind()) && at.tag.attribute(u"name").isEmpty())
+            m_teller.tell(rules::nameless, at, {});
+    }
+
+    void checkRepeated(const TagInContext &text, int &earlierLine)
+    {
+        if (earlierLine != 0)
+            m_teller.tell(rules::repeatedText, text, {QString::number(earlierLine)});
+        earlierLine = text.tag.lineNumber();
+    }
+
+    const DocumentTeller m_teller;
+};
+
+} // namespace
+
+void checkDocument(const TagDocument &document, const QString &file, Sink &sink)
+{
+    const Tag root = document.root();
+    if (root.isNull())
+        return;
+    if (const TagRow *row = findTagRow(TagKind::Document, root.name()))
+        DocumentWalk(file, sink).walk({root, *row});
+}
 
 } // namespace veldmap

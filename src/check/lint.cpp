@@ -1,6 +1,7 @@
 #include "check/lint.h"
 
 #include "check/document_checks.h"
+#include "check/document_rules.h"
 #include "check/tree_checks.h"
 #include "check/tree_rules.h"
 
@@ -30,6 +31,20 @@ std::span<const LintRule *const> lintRules()
         &lint::instanceNameTwice, &lint::memberNameTwice,    &lint::negativeSize,
         &lint::holeBits,          &lint::layoutDiffers,      &lint::sizeDiffers,
         &lint::moduleTypeName,    &lint::pointerTypeUnknown, &lint::unusedType,
+        // words
+        &rules::unknownAttribute,
+        &rules::unusedAttribute,
+        &rules::unusedTag,
+        &rules::unknownValue,
+        &rules::repeatedText,
+        &rules::resetCut,
+        // names
+        &rules::changedName,
+        &rules::illegalName,
+        &rules::reservedWord,
+        &rules::nameless,
+        // numbers
+        &rules::numberTooLarge,
     };
     return kRules;
 }

@@ -213,6 +213,7 @@ private:
             break;
         case QXmlStreamReader::Comment:
             takeInside(Kind::Comment, {}, m_reader.text());
+            m_document.appendNote(m_reader.text(), m_reader.lineNumber(), m_reader.columnNumber());
             break;
         case QXmlStreamReader::ProcessingInstruction:
             takeInside(Kind::Instruction, m_reader.processingInstructionTarget(), m_reader.processingInstructionData());
@@ -281,6 +282,8 @@ void TagDocument::openElement(QStringView name, int line, int column)
 {
     const int index = appendNode(Kind::Element, name, {});
     m_open.push_back({index});
+    for (; m_placedNotes < m_notes.size(); ++m_placedNotes)
+        m_notes[m_placedNotes].tag = index;
     Node &node = m_nodes.back();
     node.line = line;
     node.column = column;
@@ -291,6 +294,18 @@ void TagDocument::appendAttribute(QStringView name, QStringView value)
 {
     m_attributes.push_back({keep(name), value.isEmpty() ? QStringView(u"") : keep(value)});
     ++m_nodes.back().attributeCount;
+}
+
+void TagDocument::closeElement()
+{
+    m_open.pop_back();
+    m_placedNotes = m_notes.size();
+}
+
+void TagDocument::appendNote(QStringView text, qint64 line, qint64 column)
+{
+    // Inside the root, the last node is the comment itself and keeps its text already.
+    m_notes.push_back({m_open.empty() ? keep(text) : m_nodes.back().text, line, column, kNone});
 }
 
 void TagDocument::appendDomChildren(const QDomElement &element)

@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <memory>
+#include <span>
 #include <vector>
 
 class QDomElement;
@@ -43,15 +44,25 @@ public:
     /// The document element.
     Tag root() const;
 
+    struct Attribute {
+        QStringView name;
+        QStringView value;
+    };
+    /// What an author has noted as "<!-- ... -->", and its place: behind that.
+    struct Note {
+        QStringView text;
+        qint64 line;
+        qint64 column;
+        int tag; ///< number of the tag that follows in the same tag, -1 when none does
+    };
+    /// The notes of a document that was read from bytes, in its order, also those in front of the root.
+    std::span<const Note> notes() const { return m_notes; }
+
 private:
     friend class Tag;
     enum class Kind : quint8 { Element, Text, CData, Comment, Instruction, Entity };
     static constexpr int kNone = -1;
 
-    struct Attribute {
-        QStringView name;
-        QStringView value;
-    };
     struct Node {
         Kind kind = Kind::Element;
         QStringView name;      // of an element, an instruction or an entity, as written
@@ -74,13 +85,16 @@ private:
     int appendNode(Kind kind, QStringView name, QStringView text);
     void openElement(QStringView name, int line, int column);
     void appendAttribute(QStringView name, QStringView value);
-    void closeElement() { m_open.pop_back(); }
+    void closeElement();
+    void appendNote(QStringView text, qint64 line, qint64 column);
     void appendDomChildren(const QDomElement &element);
     QStringView keep(QStringView text);
 
     std::vector<Node> m_nodes; // in document order; the first is the root
     std::vector<Attribute> m_attributes;
     std::vector<OpenNode> m_open;
+    std::vector<Note> m_notes;
+    std::size_t m_placedNotes = 0;                     // in front, whose tag is decided
     std::vector<std::unique_ptr<char16_t[]>> m_blocks; // the text; blocks never move
     qsizetype m_blockSize = 0;
     qsizetype m_blockUsed = 0;
@@ -97,6 +111,14 @@ public:
     /// The place behind the ">" of the start tag, both counted as QDomNode does.
     int lineNumber() const { return node().line; }
     int columnNumber() const { return node().column; }
+    /// Counts the tags of a document in its order, with gaps.
+    int number() const { return m_node; }
+    /// All attributes, in the order of the document.
+    std::span<const TagDocument::Attribute> attributes() const
+    {
+        return std::span(m_document->m_attributes)
+            .subspan(static_cast<std::size_t>(node().firstAttribute), static_cast<std::size_t>(node().attributeCount));
+    }
     /// The value of the attribute \a attribute, null when the tag has none of that name.
     QStringView attribute(QStringView attribute) const;
 

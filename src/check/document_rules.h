@@ -1,0 +1,67 @@
+#pragma once
+
+#include "check/lint_rule.h"
+
+/// What is wrong with the words, names, numbers and texts of a document. The first argument of nearly all is the tag,
+/// as "bits 'uart.ctrl.speed'".
+namespace veldmap::rules {
+
+using namespace Qt::StringLiterals;
+
+// Words
+
+inline constexpr LintRule unknownAttribute = {
+    {"unknown-attribute"_L1, Severity::Warning, u"%1: '%2' is no attribute of '%3'%4"}};
+inline constexpr LintRule unusedAttribute = {
+    {"unused-attribute"_L1, Severity::Warning, u"%1: attribute '%2' has no effect here%3"}};
+inline constexpr LintRule unusedTag = {{"unused-tag"_L1, Severity::Warning, u"%1: a '%2' in it has no effect"}};
+inline constexpr LintRule unknownValue = {{"unknown-value"_L1, Severity::Warning, u"%1: %2=\"%3\" %4"}};
+inline constexpr LintRule repeatedText = {{"repeated-text"_L1, Severity::Warning, u"%1 replaces the one in line %2"}};
+inline constexpr LintRule resetCut = {
+    {"reset-cut"_L1, Severity::Warning, u"%1: the reset value %2 does not fit %3 bits and is cut to %4"}};
+
+// Names
+
+inline constexpr LintRule changedName = {
+    {"changed-name"_L1, Severity::Warning,
+     u"%1: the name '%2' becomes '%3', since names have letters, digits and underscores alone"}};
+inline constexpr LintRule illegalName = {
+    {"illegal-name"_L1, Severity::Warning, u"%1: '%2' is no name that C can have, since %3"}};
+inline constexpr LintRule reservedWord = {
+    {"reserved-word"_L1, Severity::Warning, u"%1: '%2' is a reserved word of %3, which refuses it as a name"}};
+
+inline constexpr LintRule nameless = {{"nameless"_L1, Severity::Warning, u"%1 has no name"}};
+
+// Numbers
+
+inline constexpr LintRule numberTooLarge = {
+    {"number-too-large"_L1, Severity::Warning, u"%1: the number %2 in %3 is beyond 32 bits and is read as %4"}};
+inline constexpr LintRule resultTooLarge = {
+    {"result-too-large"_L1, Severity::Warning, u"%1: %2=\"%3\" is %4, which is beyond 32 bits and is taken for %5"}};
+inline constexpr LintRule hexadecimalAddress = {
+    {"hexadecimal-address"_L1, Severity::Warning,
+     u"%1: address=\"%2\" looks hexadecimal, but without 0x it is read as %3"}};
+inline constexpr LintRule valueInC = {
+    {"value-in-c"_L1, Severity::Warning, u"%1: %2=\"%3\" is %4 here, but its text in the C header is %5%6"}};
+
+// Texts
+
+inline constexpr LintRule trailingBackslash = {
+    {"trailing-backslash"_L1, Severity::Warning,
+     u"%1: a backslash ends a line of its comment, so that C takes the next line for a comment too"}};
+inline constexpr LintRule commentEnd = {
+    {"comment-end"_L1, Severity::Warning, u"%1: the '*/' in its comment ends a C comment around the header's text"},
+    false};
+inline constexpr LintRule unprintableText = {
+    {"unprintable-text"_L1, Severity::Warning, u"%1: its %2 has a character that does not print, U+%3"}};
+inline constexpr LintRule commentMarkup = {{"comment-markup"_L1, Severity::Warning, u"%1: '%2' in its comment %3"}};
+inline constexpr LintRule commentScript = {
+    {"comment-script"_L1, Severity::Warning, u"%1: %2 in its comment is run by whoever opens the page"}};
+inline constexpr LintRule openCondition = {{"open-condition"_L1, Severity::Warning, u"%1: its line %2, '%3', %4"}};
+
+// Notes that allow something
+
+inline constexpr LintRule unknownWaiver = {
+    {"unknown-waiver"_L1, Severity::Warning, u"'%1' in a note of veldmap is %2"}};
+
+} // namespace veldmap::rules
