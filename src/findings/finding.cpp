@@ -1,5 +1,7 @@
 #include "findings/finding.h"
 
+using namespace Qt::StringLiterals;
+
 namespace veldmap {
 
 QString Finding::text() const
@@ -16,6 +18,24 @@ QString Finding::text() const
     }
     text += words;
     return text;
+}
+
+QString wordOf(Severity severity)
+{
+    switch (severity) {
+    case Severity::Note:
+        return u"note"_s;
+    case Severity::Warning:
+        return u"warning"_s;
+    case Severity::Error:
+        break;
+    }
+    return u"error"_s;
+}
+
+QString wordsWithoutArguments(const Rule &rule)
+{
+    return Finding(rule, {}, QStringList(9, u"..."_s)).text();
 }
 
 QString placedText(const Finding &finding)

@@ -9,6 +9,12 @@
 
 namespace veldmap {
 
+/// A second place that a finding speaks of, and what stands there: "first declared here".
+struct RelatedPlace {
+    Place place;
+    QString what;
+};
+
 /// One fault, or one thing to tell: what rule, where, and what its words speak of. No text is made before a sink wants
 /// one, and none is taken apart again.
 struct Finding {
@@ -17,6 +23,7 @@ struct Finding {
     QStringList arguments; ///< one for each number in the rule's words
     Severity severity;     ///< the rule's, unless the finding is graver or milder than its kind
     QString note = {};     ///< what explains it in a line of its own, empty where its words do
+    QList<RelatedPlace> related = {};
 
     /// A finding of \a rule with the rule's own severity.
     explicit Finding(const Rule &rule, const Place &place = {}, const QStringList &arguments = {})
@@ -29,6 +36,12 @@ struct Finding {
     /// The rule's words with the arguments in their places; inserted text is not scanned again.
     VELDMAP_EXPORT QString text() const;
 };
+
+/// "error", "warning" or "note".
+VELDMAP_EXPORT QString wordOf(Severity severity);
+
+/// The words of \a rule with "..." in the places of arguments.
+VELDMAP_EXPORT QString wordsWithoutArguments(const Rule &rule);
 
 /// "FILE:LINE:COLUMN:TEXT", or the text alone for a finding without a place.
 VELDMAP_EXPORT QString placedText(const Finding &finding);

@@ -13,7 +13,8 @@ enum class Severity { Note, Warning, Error };
 struct Rule {
     QLatin1StringView id; ///< lower case with hyphens, unique in the program
     Severity severity;
-    QStringView words; ///< with %1 to %9 for the arguments, which are numbered from 1 without gaps
+    QStringView words;     ///< with %1 to %9 for the arguments, which are numbered from 1 without gaps
+    QStringView hint = {}; ///< what to do about it, where the words leave that open; a clause without a full stop
 };
 
 } // namespace veldmap
