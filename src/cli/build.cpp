@@ -14,7 +14,7 @@ ExitStatus build(const Options &options, Session &session)
     }
     if (!options.vhdlDirectory.isEmpty() && !requireChip(options, session))
         return kWrongUsage;
-    if (!loadDescriptions(options, session))
+    if (!loadAndLint(options, session))
         return kFailed;
     // What can be written is, also when something before it could not be.
     bool isComplete = true;

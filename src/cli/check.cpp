@@ -5,7 +5,7 @@ namespace veldmap::cli {
 
 ExitStatus check(const Options &options, Session &session)
 {
-    return loadDescriptions(options, session) ? kDone : kFailed;
+    return loadAndLint(options, session) ? kDone : kFailed;
 }
 
 } // namespace veldmap::cli

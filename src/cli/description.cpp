@@ -9,28 +9,56 @@ namespace veldmap::cli {
 
 namespace {
 
-VMRootArchive *load(Session &session, const QString &path, bool chip, int threads)
+VMRootArchive *loadOne(Session &session, const QString &path, bool chip, const LoadOptions &options)
 {
     const int errorsBefore = session.messages.errorCount();
-    VMRootArchive *root =
-        loadRoot(session.map, path, chip, session.messages, {.threads = threads}).release(); // the map will own it
+    VMRootArchive *root = loadRoot(session.map, path, chip, session.messages, options).release(); // the map will own it
     // A file that can't be opened is only a warning of the library, and -q hides it.
     if (!root && session.messages.errorCount() == errorsBefore)
         session.messages.tell(rules::kNotLoaded, {path});
     return root;
 }
 
+bool load(const Options &options, Session &session, DocumentListener *documents)
+{
+    const LoadOptions how = {.threads = options.threads, .documents = documents};
+    VMMemoryMap &map = session.map;
+    if (!options.chip.isEmpty())
+        map.chipRootArchive = loadOne(session, options.chip, true, how);
+    if (!options.soft.isEmpty())
+        map.softRootArchive = loadOne(session, options.soft, false, how);
+    session.messages.clearProgress();
+    return (options.chip.isEmpty() || map.chipRootArchive) && (options.soft.isEmpty() || map.softRootArchive);
+}
+
+void tellFindings(const Lint &lint, const LintOptions &options, Session &session)
+{
+    constexpr qsizetype kMost = 100; // more than anybody mends before the next run
+    FindingList found;
+    lint.report(session.map, found);
+    const LintSelection selection = selectFindings(found.findings, options.choice, options.most.value_or(kMost));
+    for (const LintSelection::Told &told : selection.told)
+        session.messages.takeLint(told.finding, told.more);
+    if (selection.hidden > 0)
+        session.messages.tellNote(rules::kMoreFindings, {QString::number(selection.hidden)});
+}
+
 } // namespace
 
 bool loadDescriptions(const Options &options, Session &session)
 {
-    VMMemoryMap &map = session.map;
-    if (!options.chip.isEmpty())
-        map.chipRootArchive = load(session, options.chip, true, options.threads);
-    if (!options.soft.isEmpty())
-        map.softRootArchive = load(session, options.soft, false, options.threads);
-    session.messages.clearProgress();
-    return (options.chip.isEmpty() || map.chipRootArchive) && (options.soft.isEmpty() || map.softRootArchive);
+    return load(options, session, nullptr);
+}
+
+bool loadAndLint(const Options &options, Session &session)
+{
+    Messages &messages = session.messages;
+    messages.setStrict(options.lint.choice.isStrict());
+    Lint lint;
+    const bool isLoaded = load(options, session, options.lint.isOn ? &lint : nullptr);
+    if (options.lint.isOn)
+        tellFindings(lint, options.lint, session);
+    return isLoaded && messages.errorCount() == 0;
 }
 
 } // namespace veldmap::cli

@@ -10,4 +10,7 @@ struct Session;
 /// chip fails, so that one run shows the messages of both. False when one of them did not load.
 [[nodiscard]] bool loadDescriptions(const Options &options, Session &session);
 
+/// The same, and tells what lint finds unless \a options refuse it. False also when something found counts as an error.
+[[nodiscard]] bool loadAndLint(const Options &options, Session &session);
+
 } // namespace veldmap::cli

@@ -23,6 +23,19 @@ void writeError(const QString &text)
     std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stderr);
 }
 
+QLatin1StringView colourOf(Severity severity)
+{
+    switch (severity) {
+    case Severity::Note:
+        return "\x1b[1;36m"_L1;
+    case Severity::Warning:
+        return "\x1b[1;35m"_L1;
+    case Severity::Error:
+        break;
+    }
+    return "\x1b[1;31m"_L1;
+}
+
 bool areColoursRefused()
 {
     const char *const refused = std::getenv("NO_COLOR");
@@ -31,11 +44,6 @@ bool areColoursRefused()
 
 } // namespace
 
-struct Messages::Level {
-    QLatin1StringView word;
-    QLatin1StringView colour; // as an escape sequence of terminals
-};
-
 Messages::Messages() : m_isTerminal(isatty(STDERR_FILENO) != 0), m_useColours(m_isTerminal && !areColoursRefused())
 {
     m_sinceStart.start();
@@ -43,33 +51,40 @@ Messages::Messages() : m_isTerminal(isatty(STDERR_FILENO) != 0), m_useColours(m_
 
 void Messages::take(const Finding &finding)
 {
-    static constexpr Level kError = {"error"_L1, "\x1b[1;31m"_L1};
-    static constexpr Level kWarning = {"warning"_L1, "\x1b[1;35m"_L1};
-    static constexpr Level kNote = {"note"_L1, "\x1b[1;36m"_L1};
-    switch (finding.severity) {
-    case Severity::Error:
-        ++m_errors;
-        print(kError, finding);
-        break;
-    case Severity::Warning:
-        if (m_verbosity != Verbosity::Quiet)
-            print(kWarning, finding);
-        break;
-    case Severity::Note:
+    if (finding.severity == Severity::Note) {
         if (m_verbosity == Verbosity::Verbose)
-            print(kNote, finding);
+            print(Severity::Note, finding, finding.text());
         else
             showProgress(placedText(finding));
-        break;
+        return;
     }
+    tell(finding, m_isStrict ? Severity::Error : finding.severity, finding.text());
 }
 
-void Messages::print(const Level &level, const Finding &finding)
+void Messages::takeLint(const Finding &finding, qsizetype more)
 {
     QString text = finding.text();
+    if (more > 0)
+        text += u" (and %1 more here)"_s.arg(more);
+    tell(finding, finding.severity, text + " ["_L1 + finding.rule->id + u']');
+}
+
+void Messages::tell(const Finding &finding, Severity severity, const QString &text)
+{
+    if (severity == Severity::Error)
+        ++m_errors;
+    if (severity == Severity::Error || m_verbosity != Verbosity::Quiet)
+        print(severity, finding, text);
+}
+
+void Messages::print(Severity severity, const Finding &finding, const QString &words)
+{
+    QString text = words;
     if (text.endsWith(u'\n'))
         text.chop(1);
-    const QString word = m_useColours ? level.colour + QString(level.word) + u':' + kColourEnd : level.word + u':';
+    QString word = wordOf(severity) + u':';
+    if (m_useColours)
+        word = colourOf(severity) + word + kColourEnd;
     const Place &place = finding.place;
     const QString where = place.isNull() ? QString()
                                          : place.file + u':' + QString::number(place.line) + u':' +

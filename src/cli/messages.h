@@ -12,17 +12,27 @@ enum class Verbosity { Quiet, Normal, Verbose };
 
 /// Everything that the program tells its user beside its results, on the standard error.
 ///
-/// A finding is printed as compilers do, "FILE:LINE:COLUMN: error: TEXT"; one without a place as "error: TEXT". Notes
-/// are what a long job is doing at the moment.
+/// A finding is printed as compilers do, "FILE:LINE:COLUMN: error: TEXT"; one without a place as "error: TEXT". Behind
+/// what lint finds stands the rule, " [ID]". Notes are what a long job is doing at the moment.
 class Messages final : public Sink {
 public:
     Messages();
 
     void setVerbosity(Verbosity verbosity) { m_verbosity = verbosity; }
+    /// Makes an error of every warning that follows.
+    void setStrict(bool isStrict) { m_isStrict = isStrict; }
 
     void take(const Finding &finding) override;
+    /// Takes a finding of lint, for which \a more of its kind stand at its place. Its notes are told as its warnings.
+    void takeLint(const Finding &finding, qsizetype more);
     /// Takes a finding of \a rule that has no place.
     void tell(const Rule &rule, const QStringList &arguments = {}) { take(Finding(rule, {}, arguments)); }
+    /// Takes a note that has no place and is told as a warning is.
+    void tellNote(const Rule &rule, const QStringList &arguments)
+    {
+        const Finding note(rule, {}, arguments);
+        tell(note, Severity::Note, note.text());
+    }
     /// How many errors were told so far.
     int errorCount() const { return m_errors; }
 
@@ -32,13 +42,14 @@ public:
     void clearProgress();
 
 private:
-    struct Level;
-    void print(const Level &level, const Finding &finding);
+    void tell(const Finding &finding, Severity severity, const QString &text);
+    void print(Severity severity, const Finding &finding, const QString &words);
 
     QElapsedTimer m_sinceStart;
     bool m_isTerminal;
     bool m_useColours;
     Verbosity m_verbosity = Verbosity::Normal;
+    bool m_isStrict = false;
     bool m_isProgressShown = false;
     int m_errors = 0;
 };

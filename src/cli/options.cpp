@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QThread>
 
+#include <algorithm>
 #include <limits>
 #include <string>
 #include <vector>
@@ -37,6 +38,7 @@ struct Arguments {
     std::optional<std::string> imageFile;
     std::string imageAddress;
     std::optional<std::string> threads;
+    LintArguments lint;
     bool verbose = false;
     bool quiet = false;
 };
@@ -139,7 +141,12 @@ Command addCheck(CLI::App &app, Arguments &arguments)
     CLI::App *command = app.add_subcommand("check", "Load descriptions and report what is wrong with them");
     addRoots(*command, arguments);
     command->add_option("FILE", arguments.chip, "the same as --chip FILE")->type_name("")->excludes("--chip");
-    command->footer("Example:\n  veldmap check soc.xml");
+    addLintOptions(*command, arguments.lint);
+    command->footer("@FILE stands for the options in that file, one a line.\n\n"
+                    "Examples:\n"
+                    "  veldmap check soc.xml\n"
+                    "  veldmap check soc.xml -Wall --strict\n"
+                    "  veldmap check --chip soc.xml --soft firmware.xml @lint.options");
     return {command, check, true};
 }
 
@@ -151,6 +158,7 @@ Command addHeaders(CLI::App &app, Arguments &arguments)
     addThreads(*command, arguments);
     command->add_flag("--skip-up-to-date", arguments.skipUpToDate,
                       "leave headers alone that are newer than their description");
+    addLintOptions(*command, arguments.lint);
     command->footer("With both roots the headers lie below DIR/chip and DIR/soft.\n\n"
                     "Examples:\n"
                     "  veldmap headers --chip soc.xml -o include\n"
@@ -164,6 +172,7 @@ Command addVhdl(CLI::App &app, Arguments &arguments)
     addRoots(*command, arguments);
     addOutput(*command, arguments, "directory for the packages, made if need be");
     addThreads(*command, arguments);
+    addLintOptions(*command, arguments.lint);
     command->footer("A package is written as its description says; lines that VHDL does not take are told.\n\n"
                     "Example:\n"
                     "  veldmap vhdl --chip soc.xml -o rtl");
@@ -176,6 +185,7 @@ Command addDocs(CLI::App &app, Arguments &arguments)
     addRoots(*command, arguments);
     addOutput(*command, arguments, "directory for the site, made if need be");
     addThreads(*command, arguments);
+    addLintOptions(*command, arguments.lint);
     command->footer("Open DIR/index.html in a browser. With both roots there is a site in each of DIR/chip and "
                     "DIR/soft.\n\n"
                     "Example:\n"
@@ -192,6 +202,7 @@ Command addBuild(CLI::App &app, Arguments &arguments)
     command->add_option("--vhdl", arguments.vhdlDirectory, "directory for VHDL packages")->type_name("DIR");
     command->add_option("--docs", arguments.docsDirectory, "directory for the documentation site")->type_name("DIR");
     addThreads(*command, arguments);
+    addLintOptions(*command, arguments.lint);
     command->footer("Example:\n"
                     "  veldmap build --chip soc.xml --headers include --vhdl rtl --docs site");
     return {command, build, true};
@@ -273,6 +284,17 @@ Command addEval(CLI::App &app, Arguments &arguments)
     return {command, eval, false, {u"expression"_s, kAnyNumber}};
 }
 
+Command addRules(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *command = app.add_subcommand("rules", "List the rules of lint, for -W");
+    command->add_flag("--json", arguments.json, "as a JSON list");
+    command->footer("One rule a line: its ID, what it finds counts as, whether it is on, and its words.\n\n"
+                    "Examples:\n"
+                    "  veldmap rules\n"
+                    "  veldmap rules --json");
+    return {command, listRules, false};
+}
+
 Command addEncrypt(CLI::App &app, Arguments &arguments)
 {
     CLI::App *command = app.add_subcommand("encrypt", "Write a description as an encrypted container");
@@ -319,7 +341,7 @@ ExitStatus runCommand(const std::vector<Command> &commands, const Arguments &arg
             continue;
         Options options = optionsOf(arguments);
         if (!takeWords(command, words, options, messages) || !takeImage(arguments, options, messages) ||
-            !takeThreads(arguments, options, messages))
+            !takeThreads(arguments, options, messages) || !takeLintOptions(arguments.lint, options.lint, messages))
             return kWrongUsage;
         if (command.needsRoot && !options.hasRoot()) {
             messages.tell(rules::kNoRoot);
@@ -359,6 +381,7 @@ int runCommandLine(int argc, char **argv, Session &session)
         addWrite(app, arguments),    //
         addComplete(app, arguments), //
         addEval(app, arguments),     //
+        addRules(app, arguments),    //
         addEncrypt(app, arguments),  //
     };
     app.footer("Examples:\n"
@@ -371,8 +394,13 @@ int runCommandLine(int argc, char **argv, Session &session)
                "  veldmap eval '0x10+0b11'\n\n"
                "'veldmap COMMAND --help' tells more of a command. Numbers are decimal, 0x hexadecimal or 0b binary.\n"
                "The exit status is 0 when all was done, 1 when something failed, 2 for wrong usage.");
+    std::optional<std::vector<std::string>> given =
+        expandOptionFiles({argv + qMin(argc, 1), argv + argc}, session.messages);
+    if (!given)
+        return kWrongUsage;
+    std::ranges::reverse(*given); // as CLI11 wants them
     try {
-        app.parse(argc, argv);
+        app.parse(*std::move(given));
     } catch (const CLI::ParseError &end) {
         // Help and version end the parsing too.
         return app.exit(end) == 0 ? kDone : kWrongUsage;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "cli/lint_options.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -34,6 +36,7 @@ struct Options {
     bool json = false;
     bool recursive = false;
     bool force = false;
+    LintOptions lint;
     int threads = 1; ///< how many make the text of files
     std::optional<ImageOption> image;
     QStringList words;   ///< what the command is about: expressions, paths, assignments or a text

@@ -29,8 +29,18 @@ inline constexpr Rule kNoThreads = {"no-threads"_L1, Severity::Error,
                                     u"'%1' is no number of threads: -j takes one from 1 on."};
 inline constexpr Rule kNoAssignment = {"no-assignment"_L1, Severity::Error,
                                        u"'%1' does not say what to write: PATH=VALUE."};
+inline constexpr Rule kNoRule = {"unknown-rule"_L1, Severity::Error,
+                                 u"There is no rule '%1'; 'veldmap rules' shows which there are."};
+inline constexpr Rule kNoRuleButNear = {"misspelt-rule"_L1, Severity::Error,
+                                        u"There is no rule '%1'; did you mean '%2'?"};
+inline constexpr Rule kNoMessageNumber = {"no-message-number"_L1, Severity::Error,
+                                          u"'%1' is no number of messages: --max-messages takes one from 0 on."};
+inline constexpr Rule kNoOptionFile = {"no-option-file"_L1, Severity::Error,
+                                       u"The file of options %1 can't be read: %2"};
 
 // of the run
+inline constexpr Rule kMoreFindings = {"more-findings"_L1, Severity::Note,
+                                       u"%1 more findings are not told; --max-messages=0 tells all."};
 inline constexpr Rule kNotLoaded = {"not-loaded"_L1, Severity::Error, u"%1 did not load."};
 inline constexpr Rule kNoDirectory = {"no-directory"_L1, Severity::Error, u"The directory %1 can't be made."};
 inline constexpr Rule kOutput = {"output-unwritable"_L1, Severity::Error, u"The standard output can't be written: %1"};

@@ -78,7 +78,7 @@ bool writeFiles(Session &session, Output output, const QString &directory, const
 
 ExitStatus loadAndWrite(const Options &options, Output output, Session &session)
 {
-    if (!loadDescriptions(options, session))
+    if (!loadAndLint(options, session))
         return kFailed;
     return writeFiles(session, output, options.outputDirectory, options) ? kDone : kFailed;
 }

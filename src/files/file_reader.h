@@ -1,5 +1,7 @@
 #pragma once
 
+#include <veldmap/veldmap_export.h>
+
 #include <QByteArray>
 
 class QFile;
@@ -7,6 +9,6 @@ class QFile;
 namespace veldmap {
 
 /// All that the open \a file holds, or one byte more than \a limit where it holds more.
-QByteArray readAtMost(QFile &file, qint64 limit);
+VELDMAP_EXPORT QByteArray readAtMost(QFile &file, qint64 limit);
 
 } // namespace veldmap

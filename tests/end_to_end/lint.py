@@ -1,0 +1,138 @@
+"""Lint as a user has it: what is told, what counts as an error, and how rules are turned on and off."""
+
+import json
+import os
+import pty
+import subprocess
+import urllib.parse
+
+import support
+from support import archive, options, run
+
+# Lines 3 to 5 have one finding each; that of line 5 is of a rule that is off.
+UART = archive('<module name="uart"><reg32 name="ctrl" protect="rw">', '<bits name="en" pos="0" access="rw" acess="r"/>',
+               '<bits name="mode" pos="3:2" access="rw"/><bits name="fast" pos="2:1" access="rw"/></reg32></module>',
+               '<typedef name="spare"><uint8 name="a"/></typedef>', '<instance name="U" type="uart" address="0x1000"/>')
+WIDE = archive('<module name="uart"><reg32 name="ctrl" protect="rw">', '<bits name="en" pos="0:3" access="rw"/>',
+               '</reg32></module>')
+MISSING = archive('<include file="missing.xml"/>')
+
+
+class Lint(support.Case):
+    def setUp(self):
+        super().setUp()
+        self.root = self.lay_out({"root.xml": UART, "wide.xml": WIDE, "missing.xml.in": MISSING})
+
+    def told(self, *arguments, status=0):
+        """The findings of a check: line, severity and rule of each."""
+        checked = run("check", self.root, *arguments)
+        self.expect(checked, status, err=None)
+        found = []
+        for line in checked.err.splitlines():
+            place, severity, rest = line.split(": ", 2)
+            self.assertTrue(place.startswith(f"{self.root}:") and rest.endswith("]"), line)
+            found.append((int(place.split(":")[-2]), severity, rest.rpartition(" [")[2][:-1]))
+        return found
+
+    def test_findings_and_their_severities(self):
+        both = [(3, "warning", "unknown-attribute"), (4, "warning", "field-overlap")]
+        unused = (5, "warning", "unused-type")
+        as_errors = lambda found: [(line, "error", rule) for line, _, rule in found]
+        self.assertEqual(self.told(), both)
+        self.assertEqual(self.told("-Wno-field-overlap"), both[:1])
+        self.assertEqual(self.told("-W", "no-field-overlap"), both[:1])
+        self.assertEqual(self.told("--no-warn", "field-overlap", "-Wfield-overlap"), both[:1])
+        self.assertEqual(self.told("-Wunused-type"), [*both, unused])
+        self.assertEqual(self.told("-Wall", "-Wno-unknown-attribute"), [both[1], unused])
+        self.assertEqual(self.told("-Werror=field-overlap", status=1), [both[0], *as_errors(both[1:])])
+        self.assertEqual(self.told("-Werror=unused-type", status=1), [*both, *as_errors([unused])])
+        for strict in ("--strict", "-Werror"):
+            self.assertEqual(self.told(strict, status=1), as_errors(both))
+        self.assertEqual(self.told("--strict", "-Wno-error=field-overlap", status=1), [*as_errors(both[:1]), both[1]])
+        self.assertEqual(self.told("-q"), [])
+        self.assertEqual(self.told("-q", "-Werror=field-overlap", status=1), as_errors(both[1:]))
+
+    def test_wrong_words_are_wrong_usage(self):
+        near = "error: There is no rule '{}'; did you mean 'field-overlap'?\n"
+        for words, id in ((["-Wfeild-overlap"], "feild-overlap"), (["-W", "no-field_overlap"], "field_overlap"),
+                          (["-Werror=fieldoverlap"], "fieldoverlap"), (["--no-warn=field-overlaps"], "field-overlaps")):
+            self.expect(run("check", self.root, *words), 2, err=near.format(id))
+        self.expect(run("check", self.root, "-Wqqqq"), 2,
+                    err="error: There is no rule 'qqqq'; 'veldmap rules' shows which there are.\n")
+        self.expect(run("check", self.root, "--max-messages", "-1"), 2, err=None)
+        self.expect(run("check", self.root, "-W"), 2, err=None)
+        self.expect(run("tree", "--chip", self.root, "-Wall"), 2, err=None)
+
+    def test_without_lint_only_the_load_is_told(self):
+        self.expect(run("check", self.root, "--no-lint", "-Wall", "--strict"), 0)
+        wide = self.folder / "wide.xml"
+        self.expect(run("headers", "--chip", wide, "-o", self.folder / "out", "--no-lint"), 0)
+        self.assertTrue((self.folder / "out/wide.h").exists())
+        for command in (["tree"], ["show", "$U"], ["complete", "$"], ["eval", "1"]):
+            self.expect(run(*command, "--chip", self.root), 0, out=None)
+
+    def test_generating_commands_tell_and_write(self):
+        for command in (["headers", "-o"], ["vhdl", "-o"], ["docs", "-o"], ["build", "--headers"]):
+            out = self.folder / command[0]
+            done = run(*command, out, "--chip", self.root)
+            self.expect(done, 0, err=None)
+            self.assertIn("[field-overlap]", done.err)
+            self.assertTrue(any(out.iterdir()))
+            # Nothing is written with an error, whether the user or the rule makes it one.
+            for more in (["--chip", self.root, "--strict"], ["--chip", self.folder / "wide.xml"]):
+                done = run(*command, self.folder / "none", *more)
+                self.expect(done, 1, err=None)
+                self.assertIn("error: ", done.err)
+                self.assertFalse((self.folder / "none").exists())
+
+    def test_strict_is_for_loading_too(self):
+        root = self.lay_out({"includes.xml": MISSING}, "includes.xml")
+        warned = run("check", root, "--no-lint")
+        self.expect(warned, 0, err=f"warning: Unable to open file {self.folder}/missing.xml\n"
+                                   f"{root}:0:0: warning: Skipped.\n")
+        self.expect(run("check", root, "--no-lint", "--strict"), 1, err=warned.err.replace("warning:", "error:"))
+
+    def test_files_of_options(self):
+        file = self.folder / "my options"
+        file.write_text("# of this project\n\n-Wno-field-overlap  # we have unions\n-W unused-type\n--max-messages 7")
+        self.assertEqual([rule for *_, rule in self.told(f"@{file}")], ["unknown-attribute", "unused-type"])
+        file.write_text(f"--chip {self.root}\r\n\t-Wno-all\r\n")
+        self.expect(run("check", f"@{file}"), 0)
+        file.write_text("-Wno-such-rule")
+        self.expect(run("check", self.root, f"@{file}"), 2, err=None)
+        self.expect(run("check", self.root, "@none"), 2,
+                    err="error: The file of options none can't be read: No such file or directory\n")
+        self.expect(run("check", self.root, f"@{self.folder}"), 2, err=None)
+        self.expect(run("eval", '"@none"'), 0, out="@none\n")
+        self.expect(run("complete", "--chip", self.root, "@none"), 0, out="$U\t\t\t\n")
+
+    def test_many_findings_are_cut(self):
+        lines = [f'<bits name="b{number}" pos="{number}" access="rw" acess="r"/>' for number in range(32)]
+        registers = [f'<reg32 name="r{number}">{"".join(lines[:10])}</reg32>' for number in range(12)]
+        root = self.lay_out({"root.xml": archive('<module name="m">', *registers, "</module>")})
+        words = ("check", root, "-Wno-all", "-Wunknown-attribute")
+        told = run(*words).err.splitlines()
+        self.assertEqual(len(told), 101)
+        self.assertEqual(told[-1], "note: 20 more findings are not told; --max-messages=0 tells all.")
+        self.assertEqual(len(run(*words, "--max-messages=0").err.splitlines()), 120)
+        self.assertEqual(len(run(*words, "--max-messages=5").err.splitlines()), 6)
+        self.assertEqual(len(run(*words, "--max-messages=5", "--strict").err.splitlines()), 120)
+
+    def test_rules_are_listed(self):
+        rows = json.loads(run("rules", "--json").out)
+        self.assertEqual({row["id"]: row["on"] for row in rows}["unused-type"], False)
+        listed = run("rules")
+        self.expect(listed, 0, out=None)
+        self.assertEqual([line.split()[:3] for line in listed.out.splitlines()],
+                         [[row["id"], row["severity"], "on" if row["on"] else "off"] for row in rows])
+        self.assertEqual(len(rows), len({row["id"] for row in rows}))
+
+
+def require_rules():
+    known = {row["id"] for row in json.loads(run("rules", "--json").out)}
+    if missing := {"unknown-attribute", "field-overlap", "field-width", "unused-type"} - known:
+        support.skip(f"the program has no rules {missing}")
+
+
+if __name__ == "__main__":
+    support.main(__doc__, prepare=require_rules)
