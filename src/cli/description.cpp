@@ -19,9 +19,8 @@ VMRootArchive *loadOne(Session &session, const QString &path, bool chip, const L
     return root;
 }
 
-bool load(const Options &options, Session &session, DocumentListener *documents)
+bool load(const Options &options, Session &session, const LoadOptions &how)
 {
-    const LoadOptions how = {.threads = options.threads, .documents = documents};
     VMMemoryMap &map = session.map;
     if (!options.chip.isEmpty())
         map.chipRootArchive = loadOne(session, options.chip, true, how);
@@ -36,7 +35,8 @@ void tellFindings(const Lint &lint, const LintOptions &options, Session &session
     constexpr qsizetype kMost = 100; // more than anybody mends before the next run
     FindingList found;
     lint.report(session.map, found);
-    const LintSelection selection = selectFindings(found.findings, options.choice, options.most.value_or(kMost));
+    const qsizetype most = options.most.value_or(session.messages.hasFormat() ? 0 : kMost);
+    const LintSelection selection = selectFindings(found.findings, options.choice, most);
     for (const LintSelection::Told &told : selection.told)
         session.messages.takeLint(told.finding, told.more);
     if (selection.hidden > 0)
@@ -47,17 +47,19 @@ void tellFindings(const Lint &lint, const LintOptions &options, Session &session
 
 bool loadDescriptions(const Options &options, Session &session)
 {
-    return load(options, session, nullptr);
+    return load(options, session, {.threads = options.threads});
 }
 
 bool loadAndLint(const Options &options, Session &session)
 {
     Messages &messages = session.messages;
     messages.setStrict(options.lint.choice.isStrict());
+    if (!options.lint.isOn)
+        return loadDescriptions(options, session) && messages.errorCount() == 0;
+    messages.showNotes();
     Lint lint;
-    const bool isLoaded = load(options, session, options.lint.isOn ? &lint : nullptr);
-    if (options.lint.isOn)
-        tellFindings(lint, options.lint, session);
+    const bool isLoaded = load(options, session, {.threads = options.threads, .documents = &lint, .goesOn = true});
+    tellFindings(lint, options.lint, session);
     return isLoaded && messages.errorCount() == 0;
 }
 

@@ -17,10 +17,14 @@ namespace {
 constexpr QLatin1StringView kColourEnd = "\x1b[0m"_L1;
 constexpr QLatin1StringView kLineClear = "\r\x1b[K"_L1;
 
+void write(const QByteArray &bytes, std::FILE *stream)
+{
+    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stream);
+}
+
 void writeError(const QString &text)
 {
-    const QByteArray bytes = text.toUtf8();
-    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stderr);
+    write(text.toUtf8(), stderr);
 }
 
 QLatin1StringView colourOf(Severity severity)
@@ -49,6 +53,22 @@ Messages::Messages() : m_isTerminal(isatty(STDERR_FILENO) != 0), m_useColours(m_
     m_sinceStart.start();
 }
 
+void Messages::setFormat(std::unique_ptr<FindingFormat> format, std::FILE *stream)
+{
+    m_format = std::move(format);
+    m_stream = stream;
+    write(m_format->begin(), m_stream);
+}
+
+bool Messages::finish()
+{
+    if (!m_format)
+        return true;
+    write(m_format->end(), m_stream);
+    m_format.reset();
+    return std::fflush(m_stream) == 0 && std::ferror(m_stream) == 0;
+}
+
 void Messages::take(const Finding &finding)
 {
     if (finding.severity == Severity::Note) {
@@ -66,15 +86,20 @@ void Messages::takeLint(const Finding &finding, qsizetype more)
     QString text = finding.text();
     if (more > 0)
         text += u" (and %1 more here)"_s.arg(more);
-    tell(finding, finding.severity, text + " ["_L1 + finding.rule->id + u']');
+    if (!m_format) // which names the rule of every finding
+        text += " ["_L1 + finding.rule->id + u']';
+    tell(finding, finding.severity, text);
 }
 
 void Messages::tell(const Finding &finding, Severity severity, const QString &text)
 {
     if (severity == Severity::Error)
         ++m_errors;
-    if (severity == Severity::Error || m_verbosity != Verbosity::Quiet)
-        print(severity, finding, text);
+    if (severity != Severity::Error && m_verbosity == Verbosity::Quiet)
+        return;
+    print(severity, finding, text);
+    if (m_showsNotes && !m_format && !finding.note.isEmpty())
+        print(Severity::Note, finding, finding.note);
 }
 
 void Messages::print(Severity severity, const Finding &finding, const QString &words)
@@ -82,6 +107,11 @@ void Messages::print(Severity severity, const Finding &finding, const QString &w
     QString text = words;
     if (text.endsWith(u'\n'))
         text.chop(1);
+    clearProgress();
+    if (m_format) {
+        write(m_format->piece(finding, severity, text), m_stream);
+        return;
+    }
     QString word = wordOf(severity) + u':';
     if (m_useColours)
         word = colourOf(severity) + word + kColourEnd;
@@ -89,7 +119,6 @@ void Messages::print(Severity severity, const Finding &finding, const QString &w
     const QString where = place.isNull() ? QString()
                                          : place.file + u':' + QString::number(place.line) + u':' +
                                                QString::number(place.column) + ": "_L1;
-    clearProgress();
     writeError(where + word + u' ' + text + u'\n');
 }
 

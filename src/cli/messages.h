@@ -1,16 +1,18 @@
 #pragma once
 
-#include "findings/finding.h"
+#include "findings/finding_formats.h"
 
 #include <QElapsedTimer>
 #include <QString>
+
+#include <cstdio>
 
 namespace veldmap::cli {
 
 /// How much is told: errors only, warnings too, or the log as well.
 enum class Verbosity { Quiet, Normal, Verbose };
 
-/// Everything that the program tells its user beside its results, on the standard error.
+/// Everything that the program tells its user beside its results, on the standard error if no format asks for more.
 ///
 /// A finding is printed as compilers do, "FILE:LINE:COLUMN: error: TEXT"; one without a place as "error: TEXT". Behind
 /// what lint finds stands the rule, " [ID]". Notes are what a long job is doing at the moment.
@@ -21,6 +23,15 @@ public:
     void setVerbosity(Verbosity verbosity) { m_verbosity = verbosity; }
     /// Makes an error of every warning that follows.
     void setStrict(bool isStrict) { m_isStrict = isStrict; }
+
+    /// Tells the note of a finding that has one in a line below it from now on.
+    void showNotes() { m_showsNotes = true; }
+
+    /// Writes everything from now on to \a stream in \a format, until finish().
+    void setFormat(std::unique_ptr<FindingFormat> format, std::FILE *stream);
+    /// Ends the text in a format; false when it could not be written.
+    [[nodiscard]] bool finish();
+    bool hasFormat() const { return m_format != nullptr; }
 
     void take(const Finding &finding) override;
     /// Takes a finding of lint, for which \a more of its kind stand at its place. Its notes are told as its warnings.
@@ -45,11 +56,14 @@ private:
     void tell(const Finding &finding, Severity severity, const QString &text);
     void print(Severity severity, const Finding &finding, const QString &words);
 
+    std::unique_ptr<FindingFormat> m_format; ///< none for the text of compilers
+    std::FILE *m_stream = stderr;            ///< for the findings
     QElapsedTimer m_sinceStart;
     bool m_isTerminal;
     bool m_useColours;
     Verbosity m_verbosity = Verbosity::Normal;
     bool m_isStrict = false;
+    bool m_showsNotes = false;
     bool m_isProgressShown = false;
     int m_errors = 0;
 };

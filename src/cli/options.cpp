@@ -31,6 +31,7 @@ struct Arguments {
     std::string docsDirectory;
     std::string source;
     std::string destination;
+    std::string format = "text";
     bool skipUpToDate = false;
     bool json = false;
     bool recursive = false;
@@ -59,6 +60,7 @@ Options optionsOf(const Arguments &arguments)
     options.docsDirectory = directoryOf(arguments.docsDirectory);
     options.source = QString::fromStdString(arguments.source);
     options.destination = QString::fromStdString(arguments.destination);
+    options.format = QString::fromStdString(arguments.format);
     options.skipUpToDate = arguments.skipUpToDate;
     options.json = arguments.json;
     options.recursive = arguments.recursive;
@@ -130,6 +132,15 @@ void addOutput(CLI::App &command, Arguments &arguments, const std::string &help)
     command.add_option("-o,--output", arguments.outputDirectory, help)->type_name("DIR")->required();
 }
 
+/// How a command tells its findings.
+void addFormat(CLI::App &command, Arguments &arguments)
+{
+    command.add_option("--format", arguments.format, "how findings are told: text, json or sarif")
+        ->type_name("FORMAT")
+        ->check(CLI::IsMember({"text", "json", "sarif"}))
+        ->group("Messages");
+}
+
 void addThreads(CLI::App &command, Arguments &arguments)
 {
     command.add_option("-j,--jobs", arguments.threads, "threads that make text, all processors if not given")
@@ -146,7 +157,8 @@ Command addCheck(CLI::App &app, Arguments &arguments)
                     "Examples:\n"
                     "  veldmap check soc.xml\n"
                     "  veldmap check soc.xml -Wall --strict\n"
-                    "  veldmap check --chip soc.xml --soft firmware.xml @lint.options");
+                    "  veldmap check --chip soc.xml --soft firmware.xml @lint.options\n"
+                    "  veldmap check soc.xml --format=sarif > findings.sarif");
     return {command, check, true};
 }
 
@@ -332,6 +344,17 @@ bool takeWords(const Command &command, const std::vector<std::string> &words, Op
     return !isMissing;
 }
 
+/// Makes \a messages write the format that \a options ask for. The findings are what check is asked for; those of the
+/// others go where messages go, beside the results.
+void startFormat(const Command &command, const Options &options, Messages &messages)
+{
+    std::FILE *stream = command.run == check ? stdout : stderr;
+    if (options.format == "json"_L1)
+        messages.setFormat(jsonOfFindings(), stream);
+    else if (options.format == "sarif"_L1)
+        messages.setFormat(sarifOfFindings(QStringLiteral(VELDMAP_VERSION), QDir::currentPath()), stream);
+}
+
 ExitStatus runCommand(const std::vector<Command> &commands, const Arguments &arguments,
                       const std::vector<std::string> &words, Session &session)
 {
@@ -347,7 +370,9 @@ ExitStatus runCommand(const std::vector<Command> &commands, const Arguments &arg
             messages.tell(rules::kNoRoot);
             return kWrongUsage;
         }
-        return command.run(options, session);
+        startFormat(command, options, messages);
+        const ExitStatus status = command.run(options, session);
+        return messages.finish() ? status : qMax(status, kFailed);
     }
     if (words.empty())
         messages.tell(rules::kNoCommand);
@@ -384,6 +409,10 @@ int runCommandLine(int argc, char **argv, Session &session)
         addRules(app, arguments),    //
         addEncrypt(app, arguments),  //
     };
+    for (const Command &command : commands) {
+        if (command.run != listRules)
+            addFormat(*command.app, arguments);
+    }
     app.footer("Examples:\n"
                "  veldmap check soc.xml\n"
                "  veldmap headers --chip soc.xml -o include\n"

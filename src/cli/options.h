@@ -32,6 +32,7 @@ struct Options {
     QString headersDirectory;
     QString vhdlDirectory;
     QString docsDirectory;
+    QString format; ///< of the findings: text, json or sarif
     bool skipUpToDate = false;
     bool json = false;
     bool recursive = false;

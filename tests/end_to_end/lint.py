@@ -1,8 +1,6 @@
 """Lint as a user has it: what is told, what counts as an error, and how rules are turned on and off."""
 
 import json
-import os
-import pty
 import subprocess
 import urllib.parse
 
@@ -117,6 +115,69 @@ class Lint(support.Case):
         self.assertEqual(len(run(*words, "--max-messages=0").err.splitlines()), 120)
         self.assertEqual(len(run(*words, "--max-messages=5").err.splitlines()), 6)
         self.assertEqual(len(run(*words, "--max-messages=5", "--strict").err.splitlines()), 120)
+
+    def test_json(self):
+        keys = {"rule", "severity", "file", "line", "column", "text"}
+        found = run("check", self.root, "--format=json")
+        self.expect(found, 0, out=None)
+        findings = json.loads(found.out)
+        self.assertEqual([(one["line"], one["severity"], one["rule"]) for one in findings], self.told())
+        self.assertTrue(all(keys <= one.keys() and one["file"] == str(self.root) for one in findings))
+        self.assertEqual(findings[0]["column"], UART.splitlines()[2].index("/>") + 2)
+        self.assertNotIn(" [", findings[0]["text"])
+        # Beside results they go where messages go; what has no place has no file.
+        for command in (["tree", "--chip"], ["headers", "-o", self.folder / "out", "--chip"]):
+            done = run(*command, self.folder / "none.xml", "--format", "json")
+            self.expect(done, 1, err=None)
+            told = [(one["rule"], one["severity"], one["file"], one["line"]) for one in json.loads(done.err)]
+            self.assertEqual(told, [("file-not-opened", "warning", "", 0), ("not-loaded", "error", "", 0)])
+        self.assertEqual(json.loads(run("check", self.root, "-q", "--format=json").out), [])
+        self.expect(run("check", self.root, "--format=xml"), 2, err=None)
+        with open("/dev/full", "w") as full:
+            failed = subprocess.run([options.veldmap, "check", self.root, "--format=json"], stdout=full)
+        self.assertEqual(failed.returncode, 1)
+
+    def test_sarif(self):
+        root = self.lay_out({"a b/\u00fc#1.xml": UART.replace("</module>", '<hole size="+*"/></module>')},
+                            "a b/\u00fc#1.xml")
+        elsewhere = self.lay_out({"else/x.xml": WIDE}, "else/x.xml")
+        done = run("check", "--chip", root.relative_to(self.folder), "--soft", elsewhere, "--format=sarif",
+                   folder=self.folder / "a b" / "..")
+        self.expect(done, 1, out=None)
+        log = json.loads(done.out)
+        self.assertEqual(log["version"], "2.1.0")
+        self.assertTrue(log["$schema"].endswith("sarif-2.1.0.json"))
+        [sarif] = log["runs"]
+        self.assertEqual(sarif["columnKind"], "utf16CodeUnits")
+        driver = sarif["tool"]["driver"]
+        self.assertEqual(driver["name"], "veldmap")
+        self.assertEqual(driver["version"], run("--version").out.strip())
+        ids = [rule["id"] for rule in driver["rules"]]
+        self.assertEqual(len(ids), len(set(ids)))
+        for rule in driver["rules"]:
+            self.assertTrue(rule["shortDescription"]["text"])
+            self.assertIn(rule["defaultConfiguration"]["level"], ("note", "warning", "error"))
+        self.assertEqual({result["ruleId"] for result in sarif["results"]}, set(ids))
+        for result in sarif["results"]:
+            self.assertEqual(ids[result["ruleIndex"]], result["ruleId"])
+            self.assertIn(result["level"], ("none", "note", "warning", "error"))
+            self.assertTrue(result["message"]["text"])
+            for location in result["locations"]:
+                physical = location["physicalLocation"]
+                path = urllib.parse.unquote(physical["artifactLocation"]["uri"])
+                self.assertNotRegex(physical["artifactLocation"]["uri"], "[^!-~]")
+                self.assertTrue((self.folder / path.removeprefix("file://")).is_file(), path)
+                self.assertTrue(all(type(place) is int and place >= 1 for place in physical["region"].values()))
+        uris = {result["locations"][0]["physicalLocation"]["artifactLocation"]["uri"] for result in sarif["results"]}
+        self.assertEqual(uris, {"a%20b/%C3%BC%231.xml", "else/x.xml"})
+        from_inside = json.loads(run("check", elsewhere, "--format=sarif", folder=self.folder / "a b").out)
+        uri = from_inside["runs"][0]["results"][0]["locations"][0]["physicalLocation"]["artifactLocation"]["uri"]
+        self.assertEqual(uri, f"file://{elsewhere}")
+        # An empty run, and a finding without a place, are sound too.
+        empty = json.loads(run("check", root, "-q", "--no-lint", "--format=sarif").out)["runs"][0]
+        self.assertEqual([result["level"] for result in empty["results"]], ["error"])
+        placeless = json.loads(run("check", "none.xml", "--format=sarif").out)["runs"][0]["results"]
+        self.assertTrue(placeless and not any("locations" in result for result in placeless))
 
     def test_rules_are_listed(self):
         rows = json.loads(run("rules", "--json").out)

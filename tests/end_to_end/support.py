@@ -15,7 +15,7 @@ from pathlib import Path
 from typing import NamedTuple
 
 SKIPPED = 77                                    # what the test driver takes as "not run"
-MESSAGE = re.compile(r"(.+:\d+:\d+: )?(error|warning): .+")
+MESSAGE = re.compile(r"(.+:\d+:\d+: )?(error|warning|note): .+")
 
 HERE = Path(__file__).resolve().parent
 PRELUDE = HERE / "prelude.h"
