@@ -39,6 +39,7 @@ QStringList memberNames(const VMXMLElement &member)
     const auto *array = elementCast<VMArray>(&member);
     const auto *valuable = elementCast<VMValuable>(array ? array->prototype.get() : &member);
     QStringList names(member.getName());
+    names.removeAll(QString()); // a member without a name is told as such
     if (valuable && valuable->getBitSize() != 8 && !valuable->lowName.isEmpty())
         names += {valuable->lowName, valuable->highName};
     return names;

@@ -38,6 +38,8 @@ void checkTree(const VMMemoryMap &map, Sink &sink)
             continue;
         checkRegisters(*root, distinct);
         checkStructures(*root, distinct);
+        checkGeneratedNames(*root, distinct);
+        checkIncludes(*root, distinct);
     }
     checkUnusedTypes(map, distinct);
     checkMemoryMap(map, distinct);

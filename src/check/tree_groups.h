@@ -11,6 +11,8 @@ namespace veldmap {
 
 void checkStructures(const VMRootArchive &root, Sink &sink);
 void checkUnusedTypes(const VMMemoryMap &map, Sink &sink);
+void checkGeneratedNames(const VMRootArchive &root, Sink &sink);
+void checkIncludes(const VMRootArchive &root, Sink &sink);
 void checkRegisters(const VMRootArchive &root, Sink &sink);
 void checkMemoryMap(const VMMemoryMap &map, Sink &sink);
 

@@ -73,4 +73,38 @@ inline constexpr LintRule pointerTypeUnknown = {
 inline constexpr LintRule unusedType = {
     {"unused-type"_L1, Severity::Warning, u"type '%1' is used by no instance, member or pointer"}, false};
 
+// Names in headers.
+
+inline constexpr LintRule macroNameTwice = {{"macro-name-twice"_L1, Severity::Warning,
+                                             u"headers leave out %1 of type '%2', whose names stand for other values "
+                                             u"further up; the first is %3 of '%4', taken by '%5'"}};
+inline constexpr LintRule macroOfTwoTypes = {
+    {"macro-of-two-types"_L1, Severity::Warning, u"macro %1 is defined for '%2' and for '%3', with different values"}};
+inline constexpr LintRule variableNameTwice = {
+    {"variable-name-twice"_L1, Severity::Warning, u"headers define '%1' as %2 here, and in %3 as %4"}};
+inline constexpr LintRule variableLikeMacro = {
+    {"variable-like-macro"_L1, Severity::Warning, u"variable '%1' has the name of a macro of %2"}};
+inline constexpr LintRule memberLikeMacro = {
+    {"member-like-macro"_L1, Severity::Warning, u"member '%1' of '%2' has the name of a macro, of %3"}};
+inline constexpr LintRule typeNameTwice = {
+    {"type-name-twice"_L1, Severity::Warning, u"type '%1' has the name of type '%2' of %3 in headers"}};
+inline constexpr LintRule typeSuffixTwice = {
+    {"type-suffix-twice"_L1, Severity::Warning, u"type '%1' is called %2 in headers"}};
+inline constexpr LintRule guardTwice = {
+    {"guard-twice"_L1, Severity::Warning,
+     u"the headers of '%1' and '%2' have one include guard, %3: where both are included, one is left out"}};
+inline constexpr LintRule assemblyMissing = {
+    {"assembly-missing"_L1, Severity::Warning,
+     u"the assembly header of '%1' includes '%2', which is not written: asm is \"no\" there"}};
+inline constexpr LintRule registerNamedBase = {
+    {"register-named-base"_L1, Severity::Warning,
+     u"register '%1' has the assembly macro _%2 of an instance's base address"}};
+
+// Includes.
+
+inline constexpr LintRule fileTwice = {{"file-twice"_L1, Severity::Warning,
+                                        u"file '%1' is read twice, as '%2' and '%3': what it declares is there twice"}};
+inline constexpr LintRule conditionNever = {
+    {"condition-never"_L1, Severity::Warning, u"condition '%1' never holds: '%2' is never included"}};
+
 } // namespace veldmap::lint

@@ -29,6 +29,7 @@ TEST(TreeChecks, Cases)
     expectCases(u"check/registers.txt"_s, answer, u"<module name=\"uart\">%1\n</module>"_s);
     expectCases(u"check/memory_map.txt"_s, answer);
     expectCases(u"check/structures.txt"_s, answer);
+    expectCases(u"check/generated_names.txt"_s, answer);
 }
 
 TEST(TreeChecks, ChipAndSoftwareShareTheMemory)
@@ -43,4 +44,32 @@ TEST(TreeChecks, ChipAndSoftwareShareTheMemory)
               "asks for [instance-unaligned]\n"
               "2:51 members of instance 'heap' (0x00000102 to 0x00000105) overlap those of 'U0' (0x00000100 to "
               "0x00000103) [instance-overlap]"_s);
+}
+
+TEST(TreeChecks, FilesThatIncludeOneAnother)
+{
+    const Loaded soc({{u"soc.xml"_s, u"<archive>\n"
+                                     "<include file='uart.xml'/>\n"
+                                     "<include file='sub/uart.xml'/>\n"
+                                     "<include file='common.xml'/><include file='sub/../common.xml'/>\n"
+                                     "<include file='named.xml'/><include file='sub/../named.xml'/>\n"
+                                     "<include load='no' file='rest.xml'>\n"
+                                     "<case cond='(0x10-16)' file='never.xml'/>\n"
+                                     "<case cond='DEPTH-4' file='deep.xml'/><case cond='1' file='flat.xml'/>\n"
+                                     "</include></archive>"_s},
+                      {u"uart.xml"_s, u"<archive asm='no'><var name='DEPTH' value='4'/></archive>"_s},
+                      {u"sub/uart.xml"_s, u"<archive asm='no'><include file='plain.xml'/></archive>"_s},
+                      {u"sub/plain.xml"_s, u"<archive asm='no'/>"_s},
+                      {u"common.xml"_s, u"<archive/>"_s},
+                      {u"named.xml"_s, u"<archive relative='other.xml'/>"_s}});
+    EXPECT_EQ(findingsOf(*soc.map),
+              u"1:18 the headers of 'sub/uart.xml' and 'uart.xml' have one include guard, _UART_H_: where both are "
+              "included, one is left out [guard-twice]\n"
+              "1:31 file 'named.xml' is read twice, as 'other.xml' and 'other.xml': what it declares is there twice "
+              "[file-twice]\n"
+              "2:26 the assembly header of 'soc.xml' includes 'uart_asm.h', which is not written: asm is \"no\" there "
+              "[assembly-missing]\n"
+              "3:30 the assembly header of 'soc.xml' includes 'uart_asm.h', which is not written: asm is \"no\" there "
+              "[assembly-missing]\n"
+              "7:41 condition '(0x10-16)' never holds: 'never.h' is never included [condition-never]"_s);
 }
