@@ -1,6 +1,7 @@
 #include "check/document_checks.h"
 
 #include "check/document_rules.h"
+#include "check/number_checks.h"
 #include "check/tag_check.h"
 #include "xml/tag_attributes.h"
 
@@ -59,11 +60,12 @@ bool mayLackName(TagKind kind)
 /// Looks at the tags of a document, each once, from the root down.
 class DocumentWalk {
 public:
-    DocumentWalk(const QString &file, Sink &sink) : m_teller(file, sink) {}
+    DocumentWalk(const QString &file, Sink &sink) : m_teller(file, sink), m_numbers(m_teller) {}
 
     void walk(const TagInContext &at)
     {
         checkAttributes(at);
+        m_numbers.learn(at);
         if (at.kind() == TagKind::Comment || at.kind() == TagKind::CJoker)
             return; // what is below is text
         int commentLine = 0;
@@ -94,14 +96,38 @@ private:
                 checkUnknownAttribute(at, attribute.name, m_teller);
                 continue;
             }
-            if (row->value == ValueKind::Name || row->value == ValueKind::RawName) {
-                checkName(at, row->value, attribute.value, m_teller);
-            } else {
-                checkWord(at, *row, attribute.value, m_teller);
-            }
+            checkAttribute(at, *row, attribute.value);
         }
         if (mayLackName(at.kind()) && at.tag.attribute(u"name").isEmpty())
             m_teller.tell(rules::nameless, at, {});
+    }
+
+    void checkAttribute(const TagInContext &at, const AttributeRow &row, QStringView value)
+    {
+        switch (row.value) {
+        case ValueKind::Name:
+        case ValueKind::RawName:
+            checkName(at, row.value, value, m_teller);
+            break;
+        case ValueKind::Number:
+        case ValueKind::CNumber:
+        case ValueKind::Address:
+        case ValueKind::Condition:
+        case ValueKind::Count:
+            m_numbers.check(at, row, value);
+            break;
+        case ValueKind::Flag:
+        case ValueKind::Protection:
+        case ValueKind::Access:
+        case ValueKind::Display:
+        case ValueKind::Reset:
+        case ValueKind::CutDetail:
+        case ValueKind::Unused:
+            checkWord(at, row, value, m_teller);
+            break;
+        case ValueKind::Text:
+            break;
+        }
     }
 
     void checkRepeated(const TagInContext &text, int &earlierLine)
@@ -112,6 +138,7 @@ private:
     }
 
     const DocumentTeller m_teller;
+    NumberChecks m_numbers;
 };
 
 } // namespace

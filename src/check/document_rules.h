@@ -39,10 +39,9 @@ inline constexpr LintRule numberTooLarge = {
 inline constexpr LintRule resultTooLarge = {
     {"result-too-large"_L1, Severity::Warning, u"%1: %2=\"%3\" is %4, which is beyond 32 bits and is taken for %5"}};
 inline constexpr LintRule hexadecimalAddress = {
-    {"hexadecimal-address"_L1, Severity::Warning,
-     u"%1: address=\"%2\" looks hexadecimal, but without 0x it is read as %3"}};
+    {"hexadecimal-address"_L1, Severity::Warning, u"%1: address=\"%2\" looks hexadecimal, but without 0x it is %3"}};
 inline constexpr LintRule valueInC = {
-    {"value-in-c"_L1, Severity::Warning, u"%1: %2=\"%3\" is %4 here, but its text in the C header is %5%6"}};
+    {"value-in-c"_L1, Severity::Warning, u"%1: %2=\"%3\" is %4 here, but C reads its text in the headers as %5%6"}};
 
 // Texts
 
@@ -62,6 +61,6 @@ inline constexpr LintRule openCondition = {{"open-condition"_L1, Severity::Warni
 // Notes that allow something
 
 inline constexpr LintRule unknownWaiver = {
-    {"unknown-waiver"_L1, Severity::Warning, u"'%1' in a note of veldmap is %2"}};
+    {"unknown-waiver"_L1, Severity::Warning, u"this note of veldmap allows less than it says: %1"}};
 
 } // namespace veldmap::rules

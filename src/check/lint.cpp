@@ -10,15 +10,6 @@
 
 namespace veldmap {
 
-namespace {
-
-auto lineAndColumn(const Place &place)
-{
-    return std::tuple(place.line, place.column);
-}
-
-} // namespace
-
 std::span<const LintRule *const> lintRules()
 {
     static constexpr const LintRule *kRules[] = {
@@ -73,42 +64,36 @@ std::span<const LintRule *const> lintRules()
         &rules::nameless,
         // numbers
         &rules::numberTooLarge,
+        &rules::resultTooLarge,
+        &rules::hexadecimalAddress,
+        &rules::valueInC,
+        // notes
+        &rules::unknownWaiver,
     };
     return kRules;
 }
 
 void Lint::onDocument(const TagDocument &document, const QString &file)
 {
-    m_files += file;
+    if (m_files.contains(file)) // chip and software may include the same
+        return;
+    m_files.insert(file, m_files.size());
     checkDocument(document, file, m_ofDocuments);
+    m_allowances.read(document, file, lintRules(), m_ofDocuments);
 }
 
 void Lint::report(const VMMemoryMap &map, Sink &sink) const
 {
-    QHash<QString, qsizetype> order;
-    for (const QString &file : m_files) {
-        if (!order.contains(file))
-            order.insert(file, order.size());
-    }
     FindingList found = m_ofDocuments;
     checkTree(map, found);
     const auto keyOf = [&](const Finding &finding) {
-        return std::tuple(order.value(finding.place.file, m_files.size()), finding.place.line, finding.place.column);
+        return std::tuple(m_files.value(finding.place.file, m_files.size()), finding.place.line, finding.place.column);
     };
     std::ranges::stable_sort(found.findings, {}, keyOf);
     for (const Finding &finding : std::as_const(found.findings)) {
-        if (!isAllowed(finding))
+        if (!m_allowances.allows(finding))
             sink.take(finding);
     }
-}
-
-bool Lint::isAllowed(const Finding &finding) const
-{
-    const Place &place = finding.place;
-    return std::ranges::any_of(m_allowed.value(place.file), [&](const Allowed &allowed) {
-        return allowed.ids.contains(finding.rule->id) && lineAndColumn(allowed.first) <= lineAndColumn(place) &&
-               lineAndColumn(place) <= lineAndColumn(allowed.last);
-    });
 }
 
 } // namespace veldmap

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "check/allowances.h"
 #include "check/lint_rule.h"
 #include "findings/finding.h"
 #include "xml/document_listener.h"
@@ -7,8 +8,6 @@
 #include <veldmap/veldmap_export.h>
 
 #include <QHash>
-#include <QList>
-#include <QStringList>
 
 #include <span>
 
@@ -33,17 +32,9 @@ public:
     void report(const VMMemoryMap &map, Sink &sink) const;
 
 private:
-    /// A tag with all below it, in which a comment allows what some rules forbid.
-    struct Allowed {
-        QStringList ids;
-        Place first; ///< of the tag
-        Place last;  ///< of the last tag in it
-    };
-    bool isAllowed(const Finding &finding) const;
-
-    QStringList m_files; ///< in the order in which they were read
+    QHash<QString, qsizetype> m_files; ///< with their order, in which they were read
     FindingList m_ofDocuments;
-    QHash<QString, QList<Allowed>> m_allowed; ///< by file
+    Allowances m_allowances;
 };
 
 } // namespace veldmap

@@ -83,8 +83,9 @@ bool LintChoice::take(QStringView word)
 bool LintChoice::isOn(const LintRule &rule) const
 {
     const auto found = m_settings.constFind(rule.rule.id);
-    const std::optional<bool> asked = found == m_settings.constEnd() ? std::nullopt : found->isOn;
-    return asked.value_or(m_isAllOn.value_or(rule.isOn));
+    if (found != m_settings.constEnd() && found->isOn)
+        return *found->isOn;
+    return m_isAllOn.value_or(rule.isOn);
 }
 
 std::optional<Severity> LintChoice::severityOf(const Finding &finding) const

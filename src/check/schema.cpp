@@ -64,7 +64,7 @@ constexpr AttributeRow kRegister[] = {{"name"_L1, Value::Name}, {"protect"_L1, V
 constexpr AttributeRow kInteger[] = {{"name"_L1, Value::Name}, {"count"_L1, Value::Count}, {"display"_L1, Value::Display},
                                      {"ckeywords"_L1, Value::Text}, {"protect"_L1, Value::Unused}};
 constexpr AttributeRow kHalf[] = {{"name"_L1, Value::RawName}};
-constexpr AttributeRow kField[] = {{"name"_L1, Value::Name}, {"pos"_L1, Value::Number}, {"access"_L1, Value::Access},
+constexpr AttributeRow kField[] = {{"name"_L1, Value::Name}, {"pos"_L1, Value::Text}, {"access"_L1, Value::Access},
                                    {"rst"_L1, Value::Reset}, {"display"_L1, Value::Display}, {"cut"_L1, Value::Text},
                                    {"cutprefix"_L1, Value::CutDetail}, {"cutstart"_L1, Value::CutDetail},
                                    {"cutenum"_L1, Value::CutDetail}};

@@ -51,3 +51,20 @@ TEST(DocumentChecks, Names)
 {
     expectFindings(u"check/names.txt"_s);
 }
+
+TEST(DocumentChecks, Numbers)
+{
+    expectFindings(u"check/numbers.txt"_s);
+}
+
+TEST(DocumentChecks, Waivers)
+{
+    expectFindings(u"check/waivers.txt"_s);
+    const QStringList found =
+        findingsIn({{u"soc.xml"_s, u"<!-- veldmap: allow changed-name --><archive foo=''><include file='a.xml'/>"
+                                   "<var name='a-b' value='1'/></archive>"_s},
+                    {u"a.xml"_s, u"<archive><var name='c-d' value='1'/></archive>"_s}});
+    EXPECT_EQ(found, QStringList({u"1:52 archive: 'foo' is no attribute of 'archive' [unknown-attribute]"_s,
+                                  u"1:36 var 'c-d': the name 'c-d' becomes 'c_d', since names have letters, digits "
+                                  "and underscores alone [changed-name]"_s}));
+}
