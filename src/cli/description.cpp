@@ -54,8 +54,9 @@ bool loadAndLint(const Options &options, Session &session)
 {
     Messages &messages = session.messages;
     messages.setStrict(options.lint.choice.isStrict());
+    // Some errors of a load leave a tree all the same, which is as good as ever for who wants to hear nothing else.
     if (!options.lint.isOn)
-        return loadDescriptions(options, session) && messages.errorCount() == 0;
+        return loadDescriptions(options, session) && (!options.lint.choice.isStrict() || messages.errorCount() == 0);
     messages.showNotes();
     Lint lint;
     const bool isLoaded = load(options, session, {.threads = options.threads, .documents = &lint, .goesOn = true});
