@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -17,21 +18,23 @@ namespace {
 constexpr QLatin1StringView kMark = "veldmap:"_L1;
 
 /// The words of a note to veldmap; none of any other.
-QList<QStringView> wordsOf(QStringView note)
+std::vector<QStringView> wordsOf(QStringView note)
 {
     const QStringView text = note.trimmed();
     if (!text.startsWith(kMark))
         return {};
-    QList<QStringView> words;
+    std::vector<QStringView> words;
     qsizetype begin = kMark.size();
     for (qsizetype at = begin; at <= text.size(); ++at) {
         if (at < text.size() && !text[at].isSpace() && text[at] != u',')
             continue;
         if (at > begin)
-            words += text.sliced(begin, at - begin);
+            words.push_back(text.sliced(begin, at - begin));
         begin = at + 1;
     }
-    return words.isEmpty() ? QList{QStringView(u"")} : words;
+    if (words.empty())
+        words.emplace_back(u""); // which names no rule
+    return words;
 }
 
 QString complaintOf(QStringView id, std::span<const LintRule *const> rules)
@@ -94,8 +97,8 @@ void Allowances::read(const TagDocument &document, const QString &file, std::spa
 {
     Marker::RulesOfTags rulesOfTags;
     for (const TagDocument::Note &note : document.notes()) {
-        const QList<QStringView> words = wordsOf(note.text);
-        if (words.isEmpty())
+        const std::vector<QStringView> words = wordsOf(note.text);
+        if (words.empty())
             continue;
         const auto refuse = [&](const QString &reason) {
             sink.take(Finding(rules::unknownWaiver.rule, Place{file, note.line, note.column, 0}, {reason}));
@@ -108,7 +111,7 @@ void Allowances::read(const TagDocument &document, const QString &file, std::spa
             refuse(u"no tag follows it"_s);
             continue;
         }
-        for (const QStringView word : words.sliced(1)) {
+        for (const QStringView word : std::span(words).subspan(1)) {
             const auto known = std::ranges::find_if(rules, [&](const LintRule *rule) { return rule->rule.id == word; });
             if (known != rules.end())
                 rulesOfTags[note.tag] += &(*known)->rule;
