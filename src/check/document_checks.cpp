@@ -66,8 +66,11 @@ public:
     {
         checkAttributes(at);
         m_numbers.learn(at);
-        if (at.kind() == TagKind::Comment || at.kind() == TagKind::CJoker)
-            return; // what is below is text
+        // What is below these is text.
+        if (at.kind() == TagKind::Comment)
+            return checkComment(at, m_teller);
+        if (at.kind() == TagKind::CJoker)
+            return checkCJoker(at, m_teller);
         int commentLine = 0;
         int cJokerLine = 0;
         for (const Tag &child : ChildTags(at.tag)) {

@@ -47,15 +47,14 @@ inline constexpr LintRule valueInC = {
 
 inline constexpr LintRule trailingBackslash = {
     {"trailing-backslash"_L1, Severity::Warning,
-     u"%1: a backslash ends a line of its comment, so that C takes the next line for a comment too"}};
+     u"%1: a line of it ends with a backslash, so that C skips the next line"}};
 inline constexpr LintRule commentEnd = {
-    {"comment-end"_L1, Severity::Warning, u"%1: the '*/' in its comment ends a C comment around the header's text"},
-    false};
+    {"comment-end"_L1, Severity::Warning, u"%1: the '*/' in it ends a C comment around the header's text"}, false};
 inline constexpr LintRule unprintableText = {
-    {"unprintable-text"_L1, Severity::Warning, u"%1: its %2 has a character that does not print, U+%3"}};
-inline constexpr LintRule commentMarkup = {{"comment-markup"_L1, Severity::Warning, u"%1: '%2' in its comment %3"}};
+    {"unprintable-text"_L1, Severity::Warning, u"%1: it has a character that does not print, U+%2"}};
+inline constexpr LintRule commentMarkup = {{"comment-markup"_L1, Severity::Warning, u"%1: '%2' in it %3"}};
 inline constexpr LintRule commentScript = {
-    {"comment-script"_L1, Severity::Warning, u"%1: %2 in its comment is run by whoever opens the page"}};
+    {"comment-script"_L1, Severity::Warning, u"%1: %2 in it is run by the browser of whoever opens the page"}};
 inline constexpr LintRule openCondition = {{"open-condition"_L1, Severity::Warning, u"%1: its line %2, '%3', %4"}};
 
 // Notes that allow something

@@ -67,6 +67,13 @@ std::span<const LintRule *const> lintRules()
         &rules::resultTooLarge,
         &rules::hexadecimalAddress,
         &rules::valueInC,
+        // texts
+        &rules::trailingBackslash,
+        &rules::commentEnd,
+        &rules::unprintableText,
+        &rules::commentMarkup,
+        &rules::commentScript,
+        &rules::openCondition,
         // notes
         &rules::unknownWaiver,
     };

@@ -43,4 +43,8 @@ void checkWord(const TagInContext &at, const AttributeRow &row, QStringView valu
 // Names: name_checks.cpp
 void checkName(const TagInContext &at, ValueKind kind, QStringView name, const DocumentTeller &teller);
 
+// Texts: text_checks.cpp
+void checkComment(const TagInContext &at, const DocumentTeller &teller);
+void checkCJoker(const TagInContext &at, const DocumentTeller &teller);
+
 } // namespace veldmap

@@ -126,6 +126,7 @@ public:
     Tag firstChild() const { return {*m_document, firstElement(node().firstChild)}; }
     Tag nextSibling() const { return {*m_document, firstElement(node().nextSibling)}; }
 
+    bool isEmpty() const { return node().firstChild == TagDocument::kNone; }
     /// The text of a tag that holds one run of text and has no attributes; null for any other.
     QStringView plainText() const;
     /// The tag with all below it as text, as QDomNode::save writes it with an indent of 0, attributes in the order of

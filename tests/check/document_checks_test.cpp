@@ -57,6 +57,11 @@ TEST(DocumentChecks, Numbers)
     expectFindings(u"check/numbers.txt"_s);
 }
 
+TEST(DocumentChecks, Texts)
+{
+    expectFindings(u"check/texts.txt"_s);
+}
+
 TEST(DocumentChecks, Waivers)
 {
     expectFindings(u"check/waivers.txt"_s);
