@@ -1,6 +1,6 @@
 #include "check/lint_choice.h"
 
-#include "text/nearest.h"
+#include "text/nearest_name.h"
 
 #include <algorithm>
 
@@ -104,8 +104,13 @@ QString LintChoice::nearestId(QStringView word) const
 {
     QStringList ids = m_settings.keys();
     ids.sort();
-    const QString whole = nearestName(word, ids); // "no-acces" may mean no-access
-    return whole.isEmpty() ? nearestName(idOf(word), ids) : whole;
+    NearestName nearest(idOf(word));
+    NearestName nearestToAll(word); // "no-acces" may mean no-access
+    for (const QString &id : std::as_const(ids)) {
+        nearest.offer(id);
+        nearestToAll.offer(id);
+    }
+    return nearestToAll.name().isEmpty() ? nearest.name() : nearestToAll.name();
 }
 
 QStringView LintChoice::idOf(QStringView word)

@@ -139,6 +139,16 @@ const TagRow *findTagRow(TagKind parent, QStringView name)
     return found == std::end(kTags) ? nullptr : found;
 }
 
+QStringList tagNamesIn(TagKind parent)
+{
+    QStringList names;
+    for (const TagRow &row : kTags) {
+        if ((row.parents & in(parent)) != 0)
+            names += row.name;
+    }
+    return names;
+}
+
 bool passesOverTags(TagKind kind)
 {
     return (in(kind)&in(IncludeCase, IncludeDefault, Variable, Range, EnumEntry, EnumBound, Spacer, Hole,

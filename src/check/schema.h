@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QLatin1StringView>
+#include <QStringList>
 #include <QStringView>
 
 #include <span>
@@ -78,6 +79,9 @@ struct TagRow {
 
 /// The tag \a name, in lower case, inside \a parent; null when it may not stand there.
 const TagRow *findTagRow(TagKind parent, QStringView name);
+
+/// The names of all tags that may stand inside \a parent.
+QStringList tagNamesIn(TagKind parent);
 
 /// Whether the loader passes over what stands in a tag of \a kind and is no comment that it takes.
 bool passesOverTags(TagKind kind);

@@ -19,8 +19,29 @@ VMRootArchive *loadOne(Session &session, const QString &path, bool chip, const L
     return root;
 }
 
-bool load(const Options &options, Session &session, const LoadOptions &how)
+/// Passes documents on to two who listen.
+class TwoListeners final : public DocumentListener {
+public:
+    TwoListeners(DocumentListener *first, DocumentListener *second) : m_listeners{first, second} {}
+
+    void onDocument(const TagDocument &document, const QString &file) override
+    {
+        for (DocumentListener *listener : m_listeners) {
+            if (listener)
+                listener->onDocument(document, file);
+        }
+    }
+
+private:
+    DocumentListener *m_listeners[2]; // null for none
+};
+
+/// Loads what \a options name; \a lint may be null. With it, all that is wrong is told.
+bool load(const Options &options, Session &session, Lint *lint)
 {
+    Explanations *explanations = session.messages.explanations();
+    TwoListeners listeners(lint, explanations ? &explanations->names() : nullptr);
+    const LoadOptions how = {.threads = options.threads, .documents = &listeners, .goesOn = lint != nullptr};
     VMMemoryMap &map = session.map;
     if (!options.chip.isEmpty())
         map.chipRootArchive = loadOne(session, options.chip, true, how);
@@ -47,7 +68,7 @@ void tellFindings(const Lint &lint, const LintOptions &options, Session &session
 
 bool loadDescriptions(const Options &options, Session &session)
 {
-    return load(options, session, {.threads = options.threads});
+    return load(options, session, nullptr);
 }
 
 bool loadAndLint(const Options &options, Session &session)
@@ -59,7 +80,7 @@ bool loadAndLint(const Options &options, Session &session)
         return loadDescriptions(options, session) && (!options.lint.choice.isStrict() || messages.errorCount() == 0);
     messages.showNotes();
     Lint lint;
-    const bool isLoaded = load(options, session, {.threads = options.threads, .documents = &lint, .goesOn = true});
+    const bool isLoaded = load(options, session, &lint);
     tellFindings(lint, options.lint, session);
     return isLoaded && messages.errorCount() == 0;
 }

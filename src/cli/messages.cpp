@@ -100,6 +100,8 @@ void Messages::tell(const Finding &finding, Severity severity, const QString &te
     print(severity, finding, text);
     if (m_showsNotes && !m_format && !finding.note.isEmpty())
         print(Severity::Note, finding, finding.note);
+    if (m_explanations && !m_format)
+        writeError(m_explanations->of(finding));
 }
 
 void Messages::print(Severity severity, const Finding &finding, const QString &words)

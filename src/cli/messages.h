@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cli/explanations.h"
 #include "findings/finding_formats.h"
 
 #include <QElapsedTimer>
@@ -27,6 +28,11 @@ public:
     /// Tells the note of a finding that has one in a line below it from now on.
     void showNotes() { m_showsNotes = true; }
 
+    /// Explains every finding from now on; null for no longer.
+    void setExplanations(std::unique_ptr<Explanations> explanations) { m_explanations = std::move(explanations); }
+    Explanations *explanations() const { return m_explanations.get(); }
+    /// Whether the standard error is a terminal.
+    bool isTerminal() const { return m_isTerminal; }
     /// Writes everything from now on to \a stream in \a format, until finish().
     void setFormat(std::unique_ptr<FindingFormat> format, std::FILE *stream);
     /// Ends the text in a format; false when it could not be written.
@@ -57,7 +63,8 @@ private:
     void print(Severity severity, const Finding &finding, const QString &words);
 
     std::unique_ptr<FindingFormat> m_format; ///< none for the text of compilers
-    std::FILE *m_stream = stderr;            ///< for the findings
+    std::unique_ptr<Explanations> m_explanations;
+    std::FILE *m_stream = stderr; ///< for the findings
     QElapsedTimer m_sinceStart;
     bool m_isTerminal;
     bool m_useColours;

@@ -32,6 +32,7 @@ struct Arguments {
     std::string source;
     std::string destination;
     std::string format = "text";
+    std::optional<bool> explains;
     bool skipUpToDate = false;
     bool json = false;
     bool recursive = false;
@@ -139,6 +140,15 @@ void addFormat(CLI::App &command, Arguments &arguments)
         ->type_name("FORMAT")
         ->check(CLI::IsMember({"text", "json", "sarif"}))
         ->group("Messages");
+    const auto explain = [to = &arguments](bool isWanted) {
+        return [to, isWanted](std::int64_t) { to->explains = isWanted; };
+    };
+    CLI::Option *wanted = command.add_flag_function(
+        "--explain", explain(true), "show below each finding where it is and what to do, as on terminals");
+    command.add_flag_function("--no-explain", explain(false), "tell one line a finding, as elsewhere")
+        ->excludes(wanted)
+        ->group("Messages");
+    wanted->group("Messages");
 }
 
 void addThreads(CLI::App &command, Arguments &arguments)
@@ -371,6 +381,8 @@ ExitStatus runCommand(const std::vector<Command> &commands, const Arguments &arg
             return kWrongUsage;
         }
         startFormat(command, options, messages);
+        if (arguments.explains.value_or(messages.isTerminal() && options.lint.isOn))
+            messages.setExplanations(std::make_unique<Explanations>(widthOfTerminal()));
         const ExitStatus status = command.run(options, session);
         return messages.finish() ? status : qMax(status, kFailed);
     }
