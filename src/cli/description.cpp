@@ -81,8 +81,10 @@ bool loadAndLint(const Options &options, Session &session)
     messages.showNotes();
     Lint lint;
     const bool isLoaded = load(options, session, &lint);
+    // An error of a load that leaves a tree stops nothing, one of lint does.
+    const int errorsOfLoad = options.lint.choice.isStrict() ? 0 : messages.errorCount();
     tellFindings(lint, options.lint, session);
-    return isLoaded && messages.errorCount() == 0;
+    return isLoaded && messages.errorCount() == errorsOfLoad;
 }
 
 } // namespace veldmap::cli

@@ -8,6 +8,7 @@
 #include "xml/document_listener.h"
 #include "xml/tag_attributes.h"
 
+#include <QHash>
 #include <QSet>
 
 #include <memory>
@@ -129,10 +130,11 @@ private:
     /// The same of something that is not there, named \a name.
     bool failUnknown(const QString &name, const Tag &tag, const VMXMLArchive &archive, const Rule &rule,
                      const QStringList &arguments);
+    VMXMLArchive *readDocument(const DescriptionFile &file, const FileName &name, XMDOpenError &status);
     void tell(const Rule &rule, const Place &place, const QStringList &arguments = {}, const QString &note = {});
     bool follows(const QString &name) const;
-    /// The name under which a field of \a valuable is lost: no name of a description has a blank.
-    static QString fieldName(const VMValuable &valuable, const QString &name);
+    /// The same of a field or group of the valuable that is being read.
+    bool loseField(const QString &name);
     /// Notes that \a name was meant to be declared and is not; always false.
     bool lose(const QString &name);
 
@@ -149,6 +151,7 @@ private:
     Element arrayOf(Element element, const Count &count, const QString &name, const Tag &tag,
                     const VMXMLArchive &archive);
 
+    bool readNamedBits(const BitsAttributes &attributes, const Tag &tag, VMValuable &valuable, VMXMLArchive &archive);
     bool readPosition(const BitsAttributes &attributes, const Tag &tag, const VMValuable &valuable,
                       const VMXMLArchive &archive, BitPosition &position);
     bool evaluatePosition(BitPosition &position, const QString &name, const Tag &tag, const VMValuable &valuable,
@@ -172,8 +175,11 @@ private:
 
     bool m_goesOn = false;
     bool m_hasFailed = false;
-    bool m_lacksFile = false;  ///< any name may have been declared in a file that is not there
-    QSet<QString> m_lostNames; ///< what would have been declared but for a fault
+    bool m_hasToldError = false;
+    bool m_lacksFile = false;                   ///< any name may have been declared in a file that is not there
+    QSet<QString> m_lostNames;                  ///< what would have been declared but for a fault
+    QSet<QString> m_lostFields;                 ///< the same of fields and groups of the valuable that is being read
+    QHash<QString, VMXMLArchive *> m_readFiles; ///< by path, what became of them, null for nothing
 };
 
 /// "bin", "hex", or anything else for decimal.

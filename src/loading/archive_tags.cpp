@@ -31,22 +31,35 @@ VMXMLArchive *ArchiveReader::readFile(const FileName &name, bool isMandatory, XM
         status = XMDOpenAlreadyLoaded;
         return known;
     }
+    // A file that has faults has told them.
+    if (const auto read = m_goesOn ? m_readFiles.constFind(name.path) : m_readFiles.cend();
+        read != m_readFiles.cend()) {
+        status = *read ? XMDOpenSuccess : XMDOpenInvalid;
+        return *read;
+    }
     const std::unique_ptr<DescriptionFile> file = m_files.read(name);
     status = file->status;
     for (const Finding &finding : std::as_const(file->told.findings)) {
-        if (isMandatory || finding.rule != &rules::fileNotOpened)
-            m_sink.take(finding);
+        if (!isMandatory && finding.rule == &rules::fileNotOpened)
+            continue;
+        m_sink.take(finding);
+        m_hasToldError = m_hasToldError || finding.severity == Severity::Error;
     }
-    if (status != XMDOpenSuccess) {
-        m_hasFailed = m_hasFailed || status == XMDOpenInvalid;
-        m_lacksFile = true;
-        return nullptr;
-    }
+    m_hasFailed = m_hasFailed || status == XMDOpenInvalid;
+    m_lacksFile = m_lacksFile || status == XMDOpenInvalid || (status == XMDOpenUnreadable && isMandatory);
+    VMXMLArchive *archive = status == XMDOpenSuccess ? readDocument(*file, name, status) : nullptr;
+    m_lacksFile = m_lacksFile || status == XMDOpenInvalid;
+    if (m_goesOn && status != XMDOpenUnreadable)
+        m_readFiles.insert(name.path, archive);
+    return archive;
+}
 
+VMXMLArchive *ArchiveReader::readDocument(const DescriptionFile &file, const FileName &name, XMDOpenError &status)
+{
     status = XMDOpenInvalid;
     if (m_listener)
-        m_listener->onDocument(file->document, sourceFileOf(name.basePath, name.relativeFile).name());
-    const Tag tag = file->document.root();
+        m_listener->onDocument(file.document, sourceFileOf(name.basePath, name.relativeFile).name());
+    const Tag tag = file.document.root();
     if (tag.name() == "bigarchive"_L1)
         return readBigArchive(tag, name, status);
     if (tag.name() == "archive"_L1) {
@@ -71,6 +84,7 @@ VMXMLArchive *ArchiveReader::readBigArchive(const Tag &tag, const FileName &name
                  {child.name().toString()});
             if (!m_goesOn)
                 return nullptr;
+            m_hasFailed = true;
             continue;
         }
         last = readArchive(child, name.relativeFile, name.basePath);
@@ -200,7 +214,14 @@ bool ArchiveReader::failUnknown(const QString &name, const Tag &tag, const VMXML
 /// always told.
 bool ArchiveReader::follows(const QString &name) const
 {
-    return m_goesOn && m_hasFailed && (m_lacksFile || m_lostNames.contains(name));
+    return m_goesOn && m_hasToldError && (m_lacksFile || m_lostNames.contains(name));
+}
+
+bool ArchiveReader::loseField(const QString &name)
+{
+    if (m_goesOn)
+        m_lostFields.insert(name);
+    return false;
 }
 
 bool ArchiveReader::lose(const QString &name)
@@ -214,6 +235,7 @@ void ArchiveReader::tell(const Rule &rule, const Place &place, const QStringList
 {
     Finding finding(rule, place, arguments);
     finding.note = note;
+    m_hasToldError = m_hasToldError || finding.severity == Severity::Error;
     m_sink.take(finding);
 }
 

@@ -115,18 +115,19 @@ quint32 resetValueOf(QStringView reset, qint64 width)
 
 } // namespace
 
-QString ArchiveReader::fieldName(const VMValuable &valuable, const QString &name)
-{
-    return valuable.getName() + u' ' + name;
-}
-
 bool ArchiveReader::readBits(const Tag &tag, VMValuable &valuable, VMXMLArchive &archive)
 {
     m_builder.countDeclared();
     const BitsAttributes attributes(tag);
-    const QString &name = attributes.name;
-    if (name.isEmpty())
+    if (attributes.name.isEmpty())
         return fail(tag, archive, rules::fieldWithoutName, {valuable.getName()});
+    return readNamedBits(attributes, tag, valuable, archive) || loseField(attributes.name);
+}
+
+bool ArchiveReader::readNamedBits(const BitsAttributes &attributes, const Tag &tag, VMValuable &valuable,
+                                  VMXMLArchive &archive)
+{
+    const QString &name = attributes.name;
     if (attributes.pos.isEmpty())
         return fail(tag, archive, rules::fieldWithoutPosition, {valuable.getName(), name});
     if (attributes.pos.size() > limits::kPositionCharacters)
@@ -135,7 +136,7 @@ bool ArchiveReader::readBits(const Tag &tag, VMValuable &valuable, VMXMLArchive 
     BitsCut cut;
     if (!readPosition(attributes, tag, valuable, archive, cut.whole) ||
         !readCut(attributes, tag, valuable, archive, cut))
-        return lose(fieldName(valuable, name));
+        return false;
     if (valuable.bitFields.size() + static_cast<std::size_t>(cut.pieces) > limits::kBitFields)
         return fail(tag, archive, rules::tooManyFields, {valuable.getName(), QString::number(limits::kBitFields)});
     if (const Refusal refused = m_builder.countCopies(cut.pieces - 1))

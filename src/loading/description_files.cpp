@@ -16,7 +16,7 @@ namespace veldmap {
 FileName FileName::included(const QString &basePath, const QString &relativeFile, const QString &file)
 {
     const QString directory = QFileInfo(relativeFile).path();
-    const QString relative = QDir::cleanPath(directory == u"." ? file : directory + u'/' + file);
+    const QString relative = QDir::cleanPath(directory.isEmpty() || directory == u"." ? file : directory + u'/' + file);
     return {QDir::cleanPath(basePath + u'/' + relative), relative, basePath};
 }
 

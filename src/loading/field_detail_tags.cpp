@@ -13,7 +13,8 @@ bool ArchiveReader::readBitgroup(const Tag &tag, VMValuable &valuable, VMXMLArch
     for (const Tag &child : ChildTags(tag)) {
         const QStringView childName = child.name();
         if (childName != "entry"_L1)
-            return fail(tag, archive, rules::foreignTagInGroup, {group->name, childName.toString()});
+            return fail(tag, archive, rules::foreignTagInGroup, {group->name, childName.toString()}) ||
+                   loseField(group->name);
         if (!readBitgroupEntry(child, *group, archive) && !m_goesOn)
             return false;
     }
@@ -27,8 +28,8 @@ bool ArchiveReader::readBitgroupEntry(const Tag &tag, VMBitGroup &group, VMXMLAr
     VMBitField *field = group.valuable->getBitFieldByName(reference);
     const VMBitGroup *other = group.valuable->getBitGroupByName(reference);
     if (!field && !other)
-        return failUnknown(fieldName(*group.valuable, reference), tag, archive, rules::groupReference,
-                           {group.name, reference});
+        return m_lostFields.contains(reference) ? false
+                                                : fail(tag, archive, rules::groupReference, {group.name, reference});
     if (const Refusal refused = m_builder.countCopies((field ? 1 : 0) + (other ? other->size() : 0)))
         return fail(tag, archive, refused);
     if (field)

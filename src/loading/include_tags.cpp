@@ -63,6 +63,7 @@ XMDOpenError ArchiveReader::readInclude(const Tag &tag, VMXMLArchive &archive)
             unconditional = includedFileOf(child);
         } else if (!takeComment(child, include.comment)) {
             fail(child, archive, rules::foreignTagInInclude, {childName.toString()});
+            m_lacksFile = true; // since it is not read
             return XMDOpenInvalid;
         }
     }

@@ -30,7 +30,7 @@ VMXMLElement *ArchiveReader::readInstance(const Tag &tag, VMXMLArchive &archive)
         return refuse(rules::instanceWithoutType, {name});
 
     VMRootArchive *root = archive.getRootArchive();
-    const VMXMLElement *known = m_builder.findType(type, archive);
+    const VMXMLElement *known = m_builder.findType(type);
     if (!root || !known) {
         failUnknown(type, tag, archive, rules::instanceOfUnknownType, {name, type});
         return nullptr;
@@ -63,7 +63,9 @@ ArchiveReader::Element ArchiveReader::readInnerInstance(const Tag &tag, VMXMLArc
     if (count.isArray &&
         !evaluateSize(count.expression, count.value, tag, archive, rules::memberCount, {parentName, name}))
         return nullptr;
-    const VMXMLElement *known = m_builder.findType(type, archive);
+    const VMXMLElement *known = m_builder.findType(type);
+    if (!known) // an archive of a host may hang on no root
+        known = archive.contains(type);
     if (!known) {
         failUnknown(type, tag, archive, rules::memberOfUnknownType, {name, type});
         return nullptr;

@@ -3,6 +3,8 @@
 #include "loading/rules.h"
 #include "model/aggregates.h"
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace veldmap {
@@ -32,7 +34,7 @@ VMXMLElement *ArchiveReader::readType(const Tag &tag, VMXMLArchive &archive)
     if (!readTypeChildren(tag, *module, archive))
         return nullptr;
 
-    if (VMXMLElement *known = m_builder.findType(name, archive)) {
+    if (VMXMLElement *known = m_builder.findType(name)) {
         tell(rules::typeAlreadyKnown, {archive.getTotalPath(), tag.lineNumber(), tag.columnNumber()}, {name});
         return known;
     }
@@ -123,10 +125,15 @@ bool ArchiveReader::readAlias(const Tag &tag, VMXMLArchive &archive)
         const QStringView childName = child.name();
         const MemberTag *row = findMemberTag(childName);
         if (row && row->inAlias) {
+            const bool hadFailed = std::exchange(m_hasFailed, false);
             element = readMember(*row, child, archive, name);
+            if (std::exchange(m_hasFailed, hadFailed)) // a part of it was refused
+                element.reset();
             const bool isValuable = !row->read;
-            if (isValuable && !element)
+            if (isValuable && !element) {
+                m_hasFailed = true;
                 return lose(name);
+            }
             if (isValuable)
                 element->declaredType = childName.toString();
         } else if (!takeComment(child, comment)) {
@@ -135,8 +142,10 @@ bool ArchiveReader::readAlias(const Tag &tag, VMXMLArchive &archive)
                  {name, childName.toString()});
         }
     }
-    if (!element)
+    if (!element) {
+        m_hasFailed = true;
         return lose(name);
+    }
     element->comment = comment;
     element->source = sourceOf(tag);
     m_builder.addTemplate(archive, std::move(element), name);

@@ -16,6 +16,7 @@ namespace {
 constexpr int kMostThreads = 3; // so many read as fast as the tree is made
 constexpr std::size_t kMostReady = 32;
 constexpr qint64 kMostReadyBytes = 32 * 1024 * 1024;
+constexpr qint64 kLargestFile = 8 * 1024 * 1024; // a larger one is read when the load asks for it
 
 /// The file of an `include` tag that is followed whatever the variables are; empty where it depends on them.
 QString certainFile(const Tag &include)
@@ -106,7 +107,8 @@ void ReadAhead::work()
         m_running.insert(name.path);
         lock.unlock();
         // Another reader could wait at a pipe, or take what only one can have.
-        File file = QFileInfo(name.path).isFile() ? readDescriptionFile(name.path) : nullptr;
+        const QFileInfo info(name.path);
+        File file = info.isFile() && info.size() <= kLargestFile ? readDescriptionFile(name.path) : nullptr;
         lock.lock();
         m_running.remove(name.path);
         if (file) {

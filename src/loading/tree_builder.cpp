@@ -50,11 +50,10 @@ void TreeBuilder::addInclude(VMXMLArchive &archive, VMXMLArchive &included)
     m_scopeArchive = nullptr;
 }
 
-VMXMLElement *TreeBuilder::findType(const QString &name, const VMXMLArchive &archive)
+VMXMLElement *TreeBuilder::findType(const QString &name)
 {
     learnTree();
-    VMXMLElement *known = m_types.find(name);
-    return known || m_numbers.contains(&archive) ? known : archive.contains(name);
+    return m_types.find(name);
 }
 
 VMXMLElement &TreeBuilder::addTemplate(VMXMLArchive &archive, std::unique_ptr<VMXMLElement> element,
@@ -83,7 +82,13 @@ Evaluated TreeBuilder::evaluate(const QString &expression, const VMVariableManag
 
 const VMEnum *TreeBuilder::findEnum(const QString &name, const VMXMLArchive &archive)
 {
-    return scopeOf(archive).findEnum(name);
+    const VMEnum *found = nullptr;
+    walkIncludes(archive, false, [&](const VMXMLArchive &included) {
+        m_names.update(*included.variables);
+        found = m_names.findEnum(*included.variables, name);
+        return found != nullptr;
+    });
+    return found;
 }
 
 void TreeBuilder::addVariable(VMVariableManager &manager, const VMIntVar &variable)
@@ -161,13 +166,10 @@ void TreeBuilder::learnTree()
 const Scope &TreeBuilder::scopeOf(const VMXMLArchive &archive)
 {
     if (m_scopeArchive != &archive) {
-        if (const VMVariableManager *globals = globalVariablesOf(archive))
-            m_names.update(*globals);
-        walkIncludes(archive, true, [this](const VMXMLArchive &included) {
-            m_names.update(*included.variables);
-            return false;
-        });
-        m_scope.emplace(m_names, archive);
+        const Scope::Tables tables = Scope::tablesOf(archive);
+        for (const VMVariableManager *table : tables)
+            m_names.update(*table);
+        m_scope.emplace(m_names, tables);
         m_scopeArchive = &archive;
     }
     return *m_scope;

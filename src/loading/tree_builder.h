@@ -22,7 +22,7 @@ namespace veldmap {
 /// the tree while it lives. It reports nothing: a Refusal has the words.
 class TreeBuilder {
 public:
-    /// \a root may be null for archives that hang on none, in which types are found in the archive alone.
+    /// \a root may be null for archives that hang on none.
     explicit TreeBuilder(VMRootArchive *root) : m_root(root) {}
     TreeBuilder(const TreeBuilder &) = delete;
     TreeBuilder &operator=(const TreeBuilder &) = delete;
@@ -36,8 +36,8 @@ public:
     /// \a archive sees what \a included declares from now on.
     void addInclude(VMXMLArchive &archive, VMXMLArchive &included);
 
-    /// The template of that name, as \a archive sees it, or null.
-    VMXMLElement *findType(const QString &name, const VMXMLArchive &archive);
+    /// The template of that name in the archives of the root, or null.
+    VMXMLElement *findType(const QString &name);
     /// Appends \a element to the templates of \a archive under \a name.
     VMXMLElement &addTemplate(VMXMLArchive &archive, std::unique_ptr<VMXMLElement> element, const QString &name);
 

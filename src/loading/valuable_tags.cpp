@@ -57,6 +57,7 @@ ArchiveReader::Element ArchiveReader::readValuable(const Tag &tag, VMXMLArchive 
     valuable->cKeywords += readKeywords(tag);
     if (const QString display = readText(tag, u"display", u"notdef"_s); display != "notdef"_L1)
         valuable->displayType = displayOf(display);
+    m_lostFields.clear();
     for (const Tag &child : ChildTags(tag)) {
         if (!readValuableChild(child, *valuable, archive, tagName) && !m_goesOn)
             return nullptr;

@@ -52,9 +52,9 @@ bool ArchiveReader::readVariable(const Tag &tag, VMXMLArchive &archive)
     variable.comment = readOnlyComment(tag);
     const Evaluated value = m_builder.evaluate(variable.leftExpression, manager, variable.name);
     if (value.failed) {
-        lose(variable.name);
-        return failEvaluation(tag, archive, rules::variableExpression,
-                              {archive.getBaseName(), variable.name, value.message}, value);
+        failEvaluation(tag, archive, rules::variableExpression, {archive.getBaseName(), variable.name, value.message},
+                       value);
+        return lose(variable.name);
     }
     variable.leftValue = value.value;
     variable.source = sourceOf(tag);
@@ -85,8 +85,8 @@ bool ArchiveReader::readRange(const Tag &tag, VMXMLArchive &archive)
                                              std::pair(&VMIntVar::rightExpression, &VMIntVar::rightValue)}) {
         bound = m_builder.evaluate(range.*expression, *archive.variables, range.name);
         if (bound.failed) {
-            lose(range.name);
-            return failEvaluation(tag, archive, rules::rangeExpression, {range.name, bound.message}, bound);
+            failEvaluation(tag, archive, rules::rangeExpression, {range.name, bound.message}, bound);
+            return lose(range.name);
         }
         range.*number = bound.value;
     }
@@ -135,9 +135,8 @@ bool ArchiveReader::readEnumEntry(const Tag &tag, VMEnum &owner, VMXMLArchive &a
 
     const Evaluated value = m_builder.evaluate(entry.leftExpression, *archive.variables, entry.name);
     if (value.failed) {
-        lose(entry.name);
-        return failEvaluation(tag, archive, rules::enumExpression, {owner.name, entry.leftExpression, value.message},
-                              value);
+        failEvaluation(tag, archive, rules::enumExpression, {owner.name, entry.leftExpression, value.message}, value);
+        return lose(entry.name);
     }
     entry.leftValue = value.value;
     entry.ownerEnum = &owner;

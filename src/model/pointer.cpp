@@ -112,12 +112,16 @@ bool VMPointer::hasRoomBehindFor(qint64 levels) const
 void VMPointer::deletePointedElement()
 {
     pointedElement.reset();
+    m_pointedElements = 0;
+    m_pointedLevels = 0;
 }
 
 void VMPointer::pointTo(VMXMLElement *element)
 {
-    if (element != pointedElement.get())
+    if (element != pointedElement.get()) {
+        deletePointedElement();
         pointedElement.reset(element);
+    }
     pointerValue = element ? element->getBaseAddress() : 0;
     if (element)
         element->reparent(this);

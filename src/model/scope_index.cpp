@@ -45,39 +45,28 @@ VMEnum *ScopeIndex::findEnum(const VMVariableManager &table, const QString &name
     return number == names->firstEnums.cend() ? nullptr : table.enums[*number].get();
 }
 
-Scope::Scope(const ScopeIndex &index, const VMXMLArchive &archive) : m_index(&index)
+Scope::Tables Scope::tablesOf(const VMXMLArchive &archive)
 {
+    Tables tables;
     if (const VMVariableManager *globals = globalVariablesOf(archive))
-        m_variableTables += globals;
+        tables += globals;
     // A table that was searched in vain would be so again.
-    const auto tablesOf = [&](bool lastFirst, QList<const VMVariableManager *> &tables) {
-        QSet<const VMXMLArchive *> listed;
-        walkIncludes(archive, lastFirst, [&](const VMXMLArchive &included) {
-            if (!listed.contains(&included)) {
-                listed.insert(&included);
-                tables += included.variables.get();
-            }
-            return false;
-        });
-    };
-    tablesOf(true, m_variableTables);
-    tablesOf(false, m_enumTables);
+    QSet<const VMXMLArchive *> listed;
+    walkIncludes(archive, true, [&](const VMXMLArchive &included) {
+        if (!listed.contains(&included)) {
+            listed.insert(&included);
+            tables += included.variables.get();
+        }
+        return false;
+    });
+    return tables;
 }
 
 const VMIntVar *Scope::findVariable(const QString &name) const
 {
-    for (const VMVariableManager *table : m_variableTables) {
+    for (const VMVariableManager *table : m_tables) {
         if (const VMIntVar *variable = m_index->findVariable(*table, name))
             return variable;
-    }
-    return nullptr;
-}
-
-VMEnum *Scope::findEnum(const QString &name) const
-{
-    for (const VMVariableManager *table : m_enumTables) {
-        if (VMEnum *found = m_index->findEnum(*table, name))
-            return found;
     }
     return nullptr;
 }

@@ -45,17 +45,20 @@ private:
 /// that can be reached from this one gets another include.
 class Scope {
 public:
-    Scope(const ScopeIndex &index, const VMXMLArchive &archive);
+    using Tables = QList<const VMVariableManager *>;
+
+    /// The tables that \a archive sees, in the order in which they are searched for a variable.
+    static Tables tablesOf(const VMXMLArchive &archive);
+
+    /// \a index knows all of \a tables.
+    Scope(const ScopeIndex &index, const Tables &tables) : m_index(&index), m_tables(tables) {}
 
     /// As VMVariableManager::getVisibleVariable.
     const VMIntVar *findVariable(const QString &name) const;
-    /// As VMVariableManager::getEnumByName.
-    VMEnum *findEnum(const QString &name) const;
 
 private:
     const ScopeIndex *m_index;
-    QList<const VMVariableManager *> m_variableTables;
-    QList<const VMVariableManager *> m_enumTables;
+    Tables m_tables;
 };
 
 /// What an expression has come to.

@@ -118,7 +118,7 @@ QString PackageTexts::textOf(const VMXMLArchive &archive, QList<Finding> &findin
     std::optional<Scope> scope; // most packages have plain numbers alone
     const auto find = [&](const QString &name) {
         if (!scope)
-            scope.emplace(*m_names, archive);
+            scope.emplace(*m_names, Scope::tablesOf(archive));
         return scope->findVariable(name);
     };
     const QString package = archive.getVHDLPkgName();

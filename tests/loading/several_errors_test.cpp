@@ -88,6 +88,39 @@ TEST(SeveralErrors, InIncludedFiles)
                          u"2: Unvalid tag : 'foo'"_s}));
 }
 
+TEST(SeveralErrors, EachOnce)
+{
+    EXPECT_EQ(
+        told(u"<foo/><var name='A' value='A+1'/><enum name='e'><entry name='Q' value='Q*2'/></enum>\n"
+             "<module name='m'><reg name='r'><bits name='f'/><bitgroup name='g'><foo/></bitgroup><bitgroup name='h'>"
+             "<entry ref='f'/><entry ref='g'/></bitgroup></reg><reg name='s'><bitgroup name='i'><entry ref='f'/>"
+             "</bitgroup></reg></module>"_s)
+            .size(),
+        6); // foo, A, Q, f, g, and the f of s
+    EXPECT_EQ(
+        told(Files{{u"soc.xml"_s, u"<archive><include file='a.xml'/><include file='b.xml'/><include file='a.xml'/>"
+                                  "<include file='b.xml'/></archive>"_s},
+                   {u"a.xml"_s, u"<archive></archiv>"_s},
+                   {u"b.xml"_s, u"<archive relative='c.xml'><foo/></archive>"_s}})
+            .size(),
+        2);
+    EXPECT_EQ(told(u"<include file='no.xml' optional='yes'/><foo/><instance name='I' type='t'/>"_s).size(), 2);
+}
+
+TEST(SeveralErrors, WhatLoadsOtherwiseLoads)
+{
+    const Loaded written(
+        u"<archive><alias name='T'><instance name='x' type='none'/><reg name='r'/></alias></archive>"_s);
+    ASSERT_TRUE(written.isLoaded());
+    VMMemoryMap map;
+    veldmap::FindingList list;
+    EXPECT_TRUE(veldmap::loadRoot(map, written.path(u"soc.xml"_s), true, list, {.goesOn = true}));
+    EXPECT_EQ(written.errors.size(), 1);
+    const Loaded big(u"<bigarchive><foo/><archive/></bigarchive>"_s);
+    EXPECT_FALSE(big.isLoaded());
+    EXPECT_FALSE(veldmap::loadRoot(map, big.path(u"soc.xml"_s), true, list, {.goesOn = true}));
+}
+
 // Behind a limit all would be refused for the same reason.
 TEST(SeveralErrors, ALimitEndsIt)
 {
