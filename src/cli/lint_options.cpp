@@ -9,6 +9,10 @@
 
 #include <QFile>
 
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
 using namespace Qt::StringLiterals;
 
 namespace veldmap::cli {
@@ -32,10 +36,10 @@ bool takeWord(const QString &word, LintChoice &choice, Messages &messages)
 /// The words on one line of a file of options.
 std::vector<std::string> wordsOfLine(const QByteArray &line)
 {
-    QByteArray text = line.trimmed();
+    QByteArray text = line.trimmed().replace('\t', ' ');
     // A "#" inside a word belongs to it, as in the name of a file.
     for (qsizetype sign = text.indexOf('#'); sign >= 0; sign = text.indexOf('#', sign + 1)) {
-        if (sign == 0 || text[sign - 1] == ' ' || text[sign - 1] == '\t') {
+        if (sign == 0 || text[sign - 1] == ' ') {
             text = text.first(sign).trimmed();
             break;
         }
