@@ -95,29 +95,32 @@ const WrittenAttribute *attributeOfValue(const WrittenTag &tag, QStringView text
     return found;
 }
 
-/// What \a finding speaks of in \a tag: the value of an attribute other than its name, which only says what it is;
-/// an attribute; or else the name in quotes, or that of the tag.
+/// What \a arguments speak of in \a tag: the value of an attribute other than its name, which only says what it is; an
+/// attribute; or else the name in quotes, also where it ends a path, or that of the tag.
 Span meantOf(const WrittenTag &tag, QStringView text, const QStringList &arguments)
 {
     const auto textOf = [&](Span span) { return text.sliced(span.begin, span.size()); };
-    const WrittenAttribute *named = nullptr;
     for (qsizetype i = arguments.size() - 1; i >= 0; --i) {
-        const WrittenAttribute *attribute =
-            arguments.at(i).isEmpty() ? nullptr : attributeOfValue(tag, text, arguments.at(i));
+        const QString &argument = arguments.at(i);
+        const WrittenAttribute *attribute = argument.isEmpty() ? nullptr : attributeOfValue(tag, text, argument);
         if (attribute && textOf(attribute->name) != u"name")
             return attribute->value;
-        if (attribute)
-            named = attribute;
     }
-    for (const QString &argument : arguments) {
-        const auto isMeant = [&](const WrittenAttribute &attribute) { return textOf(attribute.name) == argument; };
-        if (const auto found = std::ranges::find_if(tag.attributes, isMeant); found != tag.attributes.end())
-            return found->name;
-    }
-    const auto isTag = [&](const QString &argument) {
-        return argument.compare(textOf(tag.name), Qt::CaseInsensitive) == 0;
+    const auto attributeOf = [&](auto isMeant) {
+        const auto found = std::ranges::find_if(tag.attributes, isMeant);
+        return found == tag.attributes.end() ? nullptr : &*found;
     };
-    return named && !std::ranges::any_of(arguments, isTag) ? named->value : tag.name;
+    for (const QString &argument : arguments) {
+        if (const auto *attribute = attributeOf([&](const auto &one) { return textOf(one.name) == argument; }))
+            return attribute->name;
+        if (argument.compare(textOf(tag.name), Qt::CaseInsensitive) == 0)
+            return tag.name;
+    }
+    const auto *named = attributeOf([&](const auto &one) { return textOf(one.name) == u"name"; });
+    const auto isOfName = [&](const QString &argument) {
+        return argument.section(u'.', -1) == decoded(textOf(named->value));
+    };
+    return named && std::ranges::any_of(arguments, isOfName) ? named->value : tag.name;
 }
 
 /// Characters that terminals show two columns wide, as ranges of code points.

@@ -36,6 +36,8 @@ TEST(Quotation, MarksWhatIsMeant)
     } rows[] = {
         {u"<reg name='a' count='-1'>@"_s, {u"a"_s, u"-1"_s}, u"<reg name='a' count='-1'>\n                     ^~\n"_s},
         {u"<reg name='a' count='-1'>@"_s, {u"a"_s}, u"<reg name='a' count='-1'>\n           ^\n"_s},
+        {u"<reg name='a' count='2'>@"_s, {u"uart.a"_s}, u"<reg name='a' count='2'>\n           ^\n"_s},
+        {u"<reg name='a' count='2'>@"_s, {u"a.uart"_s}, u"<reg name='a' count='2'>\n ^~~\n"_s},
         {u"<reg name='abc' kuont='-1'/>@"_s, {u"kuont"_s}, u"<reg name='abc' kuont='-1'/>\n                ^~~~~\n"_s},
         {u"<a><Bogus name='u'>@</Bogus></a>"_s,
          {u"u"_s, u"bogus"_s},
