@@ -4,7 +4,6 @@
 
 #include <QString>
 
-/// Makes the directory \a relative below the directory \a base, level by level; slashes in front of it count for nothing.
-/// Always true: a directory that could not
-/// be made shows when a file in it can't be opened.
+/// Makes the directory \a relative below the directory \a base, level by level; slashes in front of it count for
+/// nothing. Always true: a directory that could not be made shows when a file in it can't be opened.
 VELDMAP_EXPORT bool recursiveMkdir(const QString &base, const QString &relative);

@@ -13,8 +13,8 @@
 
 namespace veldmap {
 
-/// Reads files ahead of the load that asks for them, on threads of its own: when a file is cut into tags, the files that
-/// it includes are known.
+/// Reads files ahead of the load that asks for them, on threads of its own: when a file is cut into tags, the files
+/// that it includes are known.
 ///
 /// What a file gives does not depend on when it is read, so the load hears and makes the same as without. Only includes
 /// that are sure to be followed are read, and only plain files. What stands ready is bounded in number and bytes.
@@ -37,9 +37,9 @@ private:
 
     std::mutex m_mutex; ///< of all below but the threads
     std::condition_variable m_changed;
-    std::deque<FileName> m_expected;    ///< in the order in which the load will ask
-    QSet<QString> m_known;              ///< paths that were expected or asked for
-    QSet<QString> m_running;            ///< paths that a thread is reading
+    std::deque<FileName> m_expected; ///< in the order in which the load will ask
+    QSet<QString> m_known;           ///< paths that were expected or asked for
+    QSet<QString> m_running;         ///< paths that a thread is reading
     std::vector<std::pair<QString, File>> m_ready;
     qint64 m_readyBytes = 0;
     bool m_isOver = false;

@@ -1,8 +1,8 @@
 #include "model/bitfield.h"
 
+#include "model/valuable.h"
 #include "text/bit_arithmetic.h"
 #include "text/lines.h"
-#include "model/valuable.h"
 
 #include <algorithm>
 #include <bit>

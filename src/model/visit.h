@@ -27,7 +27,7 @@ using AsConstAs = std::conditional_t<std::is_const_v<Element>, const T, T>;
 
 /// Calls \a visitor with \a element as the class of its kind.
 template <typename Element, typename Visitor>
-    requires std::is_same_v<std::remove_const_t<Element>, VMXMLElement>
+requires std::is_same_v<std::remove_const_t<Element>, VMXMLElement>
 decltype(auto) visit(Element &element, Visitor &&visitor)
 {
     const auto as = [&]<typename T>(std::type_identity<T>) -> decltype(auto) {
