@@ -1,10 +1,8 @@
 #include "check/declared.h"
+#include "check/repeats.h"
 #include "check/tree_groups.h"
 #include "check/tree_rules.h"
 #include "text/bit_arithmetic.h"
-
-#include <QHash>
-#include <QSet>
 
 #include <array>
 #include <bit>
@@ -142,7 +140,7 @@ private:
 
     void checkName(const VMBitField &field)
     {
-        if (!isNew(field.getName()))
+        if (m_names.add(field.getName()) >= 0)
             take(lint::fieldNameTwice, field.source, {u"field"_s, field.getName(), path()});
     }
 
@@ -150,29 +148,24 @@ private:
     {
         const auto &options = field.options.optionList;
         const quint32 most = lowBits(qint64(field.upPos) - field.downPos + 1);
-        QHash<int, QString> names; // by value
-        QSet<QString> known;
+        Repeats<QString> names;
+        Repeats<int> values;
         for (const VMBitFieldOption &option : options) {
-            const auto arguments = [&](const QStringList &more) {
-                return QStringList{option.name, field.getName(), path()} + more;
+            const auto tell = [&](const LintRule &rule, const QStringList &more) {
+                take(rule, placeOf(option, field), QStringList{option.name, field.getName(), path()} + more);
             };
-            const qsizetype before = known.size();
-            known.insert(option.name);
-            if (known.size() == before)
-                take(lint::optionNameTwice, placeOf(option, field), arguments({}));
+            if (names.add(option.name) >= 0)
+                tell(lint::optionNameTwice, {});
             if (static_cast<quint32>(option.value) > most)
-                take(lint::optionBeyondField, placeOf(option, field),
-                     arguments({QString::number(option.value), QString::number(most)}));
-            if (const auto same = names.constFind(option.value); same != names.cend())
-                take(lint::optionValueTwice, placeOf(option, field), arguments({QString::number(option.value), *same}));
-            else
-                names.insert(option.value, option.name);
+                tell(lint::optionBeyondField, {QString::number(option.value), QString::number(most)});
+            if (const qsizetype same = values.add(option.value); same >= 0)
+                tell(lint::optionValueTwice, {QString::number(option.value), options[same].name});
         }
     }
 
     void checkGroup(const VMBitGroup &group)
     {
-        if (!isNew(group.name))
+        if (m_names.add(group.name) >= 0)
             take(lint::fieldNameTwice, m_valuable.source, {u"bitgroup"_s, group.name, path()});
         quint32 bits = 0;
         quint32 shared = 0;
@@ -185,14 +178,6 @@ private:
         const quint32 span = bitRange(kWordBits - 1 - std::countl_zero(bits), std::countr_zero(bits));
         if (const quint32 missing = span & ~bits)
             take(lint::groupGap, m_valuable.source, {group.name, path(), bitsText(missing)});
-    }
-
-    /// Whether no field or group had that name yet.
-    bool isNew(const QString &name)
-    {
-        const qsizetype before = m_names.size();
-        m_names.insert(name);
-        return m_names.size() != before;
     }
 
     QString path() const { return declaredPath(m_valuable); }
@@ -208,7 +193,7 @@ private:
     const VMValuable &m_valuable;
     Sink &m_sink;
     std::array<std::array<const VMBitField *, kViews>, kWordBits> m_latest = {}; // field of a bit, by view
-    QSet<QString> m_names;
+    Repeats<QString> m_names;
 };
 
 } // namespace

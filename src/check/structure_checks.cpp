@@ -31,18 +31,23 @@ bool isModuleInC(const VMXMLElement &type)
     return structure && !structure->isTypedef && structure->declaredType.isEmpty();
 }
 
-/// The names that \a member has in a C structure: a register whose halves have names has three.
-QStringList memberNames(const VMXMLElement &member)
+/// Calls \a take with each name that \a member has in a C structure: a register whose halves have names has three.
+template <typename Take>
+void forEachName(const VMXMLElement &member, const Take &take)
 {
-    if (const auto *hole = elementCast<VMHole>(&member))
-        return hole->sizeOf() > 0 ? QStringList("Reserved_"_L1 + hex8(hole->offset)) : QStringList();
+    if (const auto *hole = elementCast<VMHole>(&member)) {
+        if (hole->sizeOf() > 0)
+            take("Reserved_"_L1 + hex8(hole->offset));
+        return;
+    }
+    if (!member.getName().isEmpty()) // what has no name is told elsewhere
+        take(member.getName());
     const auto *array = elementCast<VMArray>(&member);
     const auto *valuable = elementCast<VMValuable>(array ? array->prototype.get() : &member);
-    QStringList names(member.getName());
-    names.removeAll(QString()); // a member without a name is told as such
-    if (valuable && valuable->getBitSize() != 8 && !valuable->lowName.isEmpty())
-        names += {valuable->lowName, valuable->highName};
-    return names;
+    if (valuable && !valuable->lowName.isEmpty() && valuable->getBitSize() != 8) {
+        take(valuable->lowName);
+        take(valuable->highName);
+    }
 }
 
 class StructureChecks {
@@ -92,13 +97,14 @@ private:
     void checkNames(const VMStruct &structure)
     {
         QSet<QString> known;
+        known.reserve(static_cast<qsizetype>(structure.memberList.size()));
         for (const auto &member : structure.memberList) {
-            for (const QString &name : memberNames(*member)) {
+            forEachName(*member, [&](const QString &name) {
                 const qsizetype before = known.size();
                 known.insert(name);
                 if (known.size() == before)
                     take(lint::memberNameTwice, *member, {name, declaredPath(structure)});
-            }
+            });
         }
     }
 

@@ -3,6 +3,9 @@
 #include "check/lint.h"
 #include "support/loaded.h"
 
+#include <QDirIterator>
+#include <QRegularExpression>
+
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -72,4 +75,24 @@ TEST(TreeChecks, FilesThatIncludeOneAnother)
               "3:30 the assembly header of 'soc.xml' includes 'uart_asm.h', which is not written: asm is \"no\" there "
               "[assembly-missing]\n"
               "7:41 condition '(0x10-16)' never holds: 'never.h' is never included [condition-never]"_s);
+}
+
+TEST(LintRules, AreListedAndDocumented)
+{
+    static const QRegularExpression row(u"LintRule \\w+\\s*=\\s*\\{\\s*\\{\"([^\"]*)\"_L1"_s);
+    QStringList listed;
+    for (const veldmap::LintRule *rule : veldmap::lintRules())
+        listed += rule->rule.id;
+    const QString documentation = readFile(QStringLiteral(SOURCE_DIRECTORY "/../docs/rules.md"));
+    qsizetype rows = 0;
+    QDirIterator sources(QStringLiteral(SOURCE_DIRECTORY "/check"), {u"*_rules.h"_s}, QDir::Files);
+    while (sources.hasNext()) {
+        for (const QRegularExpressionMatch &match : row.globalMatch(readFile(sources.next()))) {
+            const QString id = match.captured(1);
+            ++rows;
+            EXPECT_EQ(listed.count(id), 1) << id.toStdString();
+            EXPECT_TRUE(documentation.contains(u"\n### "_s + id + u'\n')) << id.toStdString();
+        }
+    }
+    EXPECT_EQ(rows, listed.size());
 }
