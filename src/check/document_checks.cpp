@@ -57,6 +57,12 @@ bool mayLackName(TagKind kind)
     return std::ranges::find(kKinds, kind) != std::end(kKinds);
 }
 
+/// Whether \a attribute is for editors: it declares a prefix, or names the schema of the file.
+bool isForEditors(QStringView attribute)
+{
+    return attribute.startsWith("xmlns:"_L1) || attribute.startsWith("xsi:"_L1);
+}
+
 /// Looks at the tags of a document, each once, from the root down.
 class DocumentWalk {
 public:
@@ -95,11 +101,10 @@ private:
     {
         for (const TagDocument::Attribute &attribute : at.tag.attributes()) {
             const AttributeRow *row = at.row.findAttribute(attribute.name);
-            if (!row) {
+            if (row)
+                checkAttribute(at, *row, attribute.value);
+            else if (!isForEditors(attribute.name))
                 checkUnknownAttribute(at, attribute.name, m_teller);
-                continue;
-            }
-            checkAttribute(at, *row, attribute.value);
         }
         if (mayLackName(at.kind()) && at.tag.attribute(u"name").isEmpty())
             m_teller.tell(rules::nameless, at, {});
