@@ -11,6 +11,7 @@ install(TARGETS ${installed_targets} EXPORT veldmapTargets
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/docsite/pool/ DESTINATION ${CMAKE_INSTALL_DATADIR}/veldmap/docpool)
+install(FILES ${PROJECT_SOURCE_DIR}/schema/veldmap.xsd DESTINATION ${CMAKE_INSTALL_DATADIR}/veldmap)
 install(EXPORT veldmapTargets NAMESPACE veldmap:: DESTINATION ${VELDMAP_PACKAGE_DIR})
 
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/veldmapConfig.cmake.in

@@ -1,12 +1,15 @@
 #pragma once
 
+#include <veldmap/veldmap_export.h>
+
 #include <QLatin1StringView>
 #include <QStringList>
 #include <QStringView>
 
 #include <span>
 
-/// What a description may consist of: its tags, where each may stand, and what its attributes may be.
+/// What a description may consist of: its tags, where each may stand, and what its attributes may be. Editors have it
+/// as schema/veldmap.xsd, and a test holds the two together.
 namespace veldmap {
 
 /// What a tag means, which its name alone does not say: an `entry` of an enum is not one of a bitgroup.
@@ -68,7 +71,7 @@ struct AttributeRow {
     ValueKind value;
 };
 
-struct TagRow {
+struct VELDMAP_EXPORT TagRow {
     QLatin1StringView name;
     TagKind kind;
     quint32 parents; ///< a bit for each TagKind
@@ -78,10 +81,10 @@ struct TagRow {
 };
 
 /// The tag \a name, in lower case, inside \a parent; null when it may not stand there.
-const TagRow *findTagRow(TagKind parent, QStringView name);
+VELDMAP_EXPORT const TagRow *findTagRow(TagKind parent, QStringView name);
 
 /// The names of all tags that may stand inside \a parent.
-QStringList tagNamesIn(TagKind parent);
+VELDMAP_EXPORT QStringList tagNamesIn(TagKind parent);
 
 /// Whether the loader passes over what stands in a tag of \a kind and is no comment that it takes.
 bool passesOverTags(TagKind kind);
