@@ -317,6 +317,18 @@ Command addRules(CLI::App &app, Arguments &arguments)
     return {command, listRules, false};
 }
 
+Command addNew(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *command = app.add_subcommand("new", "Write a small commented description to start from");
+    command->add_option("FILE", arguments.destination, "the description, which must not be there yet; - prints it")
+        ->type_name("")
+        ->required();
+    command->footer("Examples:\n"
+                    "  veldmap new soc.xml\n"
+                    "  veldmap new - | less");
+    return {command, writeNew, false};
+}
+
 Command addEncrypt(CLI::App &app, Arguments &arguments)
 {
     CLI::App *command = app.add_subcommand("encrypt", "Write a description as an encrypted container");
@@ -419,6 +431,7 @@ int runCommandLine(int argc, char **argv, Session &session)
         addComplete(app, arguments), //
         addEval(app, arguments),     //
         addRules(app, arguments),    //
+        addNew(app, arguments),      //
         addEncrypt(app, arguments),  //
     };
     for (const Command &command : commands) {

@@ -42,7 +42,7 @@ struct Options {
     std::optional<ImageOption> image;
     QStringList words;   ///< what the command is about: expressions, paths, assignments or a text
     QString source;      ///< of an encrypted container
-    QString destination; ///< of an encrypted container
+    QString destination; ///< of an encrypted container or a new description
 
     bool hasRoot() const { return !chip.isEmpty() || !soft.isEmpty(); }
     bool hasBothRoots() const { return !chip.isEmpty() && !soft.isEmpty(); }

@@ -44,6 +44,8 @@ inline constexpr Rule kMoreFindings = {"more-findings"_L1, Severity::Note,
 inline constexpr Rule kNotLoaded = {"not-loaded"_L1, Severity::Error, u"%1 did not load."};
 inline constexpr Rule kNoDirectory = {"no-directory"_L1, Severity::Error, u"The directory %1 can't be made."};
 inline constexpr Rule kOutput = {"output-unwritable"_L1, Severity::Error, u"The standard output can't be written: %1"};
+inline constexpr Rule kThereAlready = {"there-already"_L1, Severity::Error, u"%1 is there already and stays as it is."};
+inline constexpr Rule kNewUnwritable = {"new-unwritable"_L1, Severity::Error, u"%1 can't be written: %2"};
 inline constexpr Rule kDevelopmentKey = {
     "development-key"_L1, Severity::Warning,
     u"%1 keeps nothing secret: this veldmap was built with the development key, which everybody has."};
