@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -36,8 +37,19 @@ QString TagInContext::title() const
 
 void DocumentTeller::tell(const LintRule &rule, const TagInContext &at, const QStringList &arguments) const
 {
-    m_sink.take(Finding(rule.rule, Place{m_file, at.tag.lineNumber(), at.tag.columnNumber(), 0},
-                        QStringList(at.title()) + arguments));
+    m_sink.take(Finding(rule.rule, placeOf(at.tag), QStringList(at.title()) + arguments));
+}
+
+void DocumentTeller::tell(const LintRule &rule, const TagInContext &at, const QStringList &arguments, const Tag &other,
+                          const QString &what) const
+{
+    Finding finding(rule.rule, placeOf(at.tag), QStringList(at.title()) + arguments);
+    m_sink.take(finding.withPlace(placeOf(other), what));
+}
+
+Place DocumentTeller::placeOf(const Tag &tag) const
+{
+    return {m_file, tag.lineNumber(), tag.columnNumber(), 0};
 }
 
 QString shownText(QStringView value)
@@ -77,8 +89,8 @@ public:
             return checkComment(at, m_teller);
         if (at.kind() == TagKind::CJoker)
             return checkCJoker(at, m_teller);
-        int commentLine = 0;
-        int cJokerLine = 0;
+        std::optional<Tag> comment;
+        std::optional<Tag> cJoker;
         for (const Tag &child : ChildTags(at.tag)) {
             const TagRow *row = findTagRow(at.kind(), child.name());
             if (!row) {
@@ -89,9 +101,9 @@ public:
             }
             const TagInContext inside = {child, *row, &at};
             if (row->kind == TagKind::Comment)
-                checkRepeated(inside, commentLine);
+                checkRepeated(inside, comment);
             else if (row->kind == TagKind::CJoker)
-                checkRepeated(inside, cJokerLine);
+                checkRepeated(inside, cJoker);
             walk(inside);
         }
     }
@@ -138,11 +150,12 @@ private:
         }
     }
 
-    void checkRepeated(const TagInContext &text, int &earlierLine)
+    void checkRepeated(const TagInContext &text, std::optional<Tag> &earlier)
     {
-        if (earlierLine != 0)
-            m_teller.tell(rules::repeatedText, text, {QString::number(earlierLine)});
-        earlierLine = text.tag.lineNumber();
+        if (earlier)
+            m_teller.tell(rules::repeatedText, text, {QString::number(earlier->lineNumber())}, *earlier,
+                          u"this one is replaced"_s);
+        earlier = text.tag;
     }
 
     const DocumentTeller m_teller;

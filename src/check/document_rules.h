@@ -24,13 +24,15 @@ inline constexpr LintRule resetCut = {
 
 inline constexpr LintRule changedName = {
     {"changed-name"_L1, Severity::Warning,
-     u"%1: the name '%2' becomes '%3', since names have letters, digits and underscores alone"}};
+     u"%1: the name '%2' becomes '%3', since names have letters, digits and underscores alone",
+     u"write the name as it becomes, so that it can be found again"}};
 inline constexpr LintRule illegalName = {
     {"illegal-name"_L1, Severity::Warning, u"%1: '%2' is no name that C can have, since %3"}};
-inline constexpr LintRule reservedWord = {
-    {"reserved-word"_L1, Severity::Warning, u"%1: '%2' is a reserved word of %3, which refuses it as a name"}};
+inline constexpr LintRule reservedWord = {{"reserved-word"_L1, Severity::Warning,
+                                           u"%1: '%2' is a reserved word of %3, which refuses it as a name",
+                                           u"use another name"}};
 
-inline constexpr LintRule nameless = {{"nameless"_L1, Severity::Warning, u"%1 has no name"}};
+inline constexpr LintRule nameless = {{"nameless"_L1, Severity::Warning, u"%1 has no name", u"give it name=\"...\""}};
 
 // Numbers
 
@@ -38,10 +40,12 @@ inline constexpr LintRule numberTooLarge = {
     {"number-too-large"_L1, Severity::Warning, u"%1: the number %2 in %3 is beyond 32 bits and is read as %4"}};
 inline constexpr LintRule resultTooLarge = {
     {"result-too-large"_L1, Severity::Warning, u"%1: %2=\"%3\" is %4, which is beyond 32 bits and is taken for %5"}};
-inline constexpr LintRule hexadecimalAddress = {
-    {"hexadecimal-address"_L1, Severity::Warning, u"%1: address=\"%2\" looks hexadecimal, but without 0x it is %3"}};
-inline constexpr LintRule valueInC = {
-    {"value-in-c"_L1, Severity::Warning, u"%1: %2=\"%3\" is %4 here, but C reads its text in the headers as %5%6"}};
+inline constexpr LintRule hexadecimalAddress = {{"hexadecimal-address"_L1, Severity::Warning,
+                                                 u"%1: address=\"%2\" looks hexadecimal, but without 0x it is %3",
+                                                 u"put 0x in front of it"}};
+inline constexpr LintRule valueInC = {{"value-in-c"_L1, Severity::Warning,
+                                       u"%1: %2=\"%3\" is %4 here, but C reads its text in the headers as %5%6",
+                                       u"put parentheses around what belongs together"}};
 
 // Texts
 
@@ -53,8 +57,9 @@ inline constexpr LintRule commentEnd = {
 inline constexpr LintRule unprintableText = {
     {"unprintable-text"_L1, Severity::Warning, u"%1: it has a character that does not print, U+%2"}};
 inline constexpr LintRule commentMarkup = {{"comment-markup"_L1, Severity::Warning, u"%1: '%2' in it %3"}};
-inline constexpr LintRule commentScript = {
-    {"comment-script"_L1, Severity::Warning, u"%1: %2 in it is run by the browser of whoever opens the page"}};
+inline constexpr LintRule commentScript = {{"comment-script"_L1, Severity::Warning,
+                                            u"%1: %2 in it is run by the browser of whoever opens the page",
+                                            u"leave it out: pages are read by others"}};
 inline constexpr LintRule openCondition = {{"open-condition"_L1, Severity::Warning, u"%1: its line %2, '%3', %4"}};
 
 // Notes that allow something

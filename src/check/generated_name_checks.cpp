@@ -43,6 +43,12 @@ QString lineText(const Place &place)
     return place.file.section(u'/', -1) + u':' + QString::number(place.line);
 }
 
+/// A second place, and what is there.
+struct Other {
+    SourcePlace source = {};
+    QString what = {};
+};
+
 /// All names that the headers of one root define, which whoever includes the root's header gets together.
 class GeneratedNames {
 public:
@@ -55,7 +61,7 @@ public:
             }
         }
         for (const auto &instance : root.instances) {
-            m_instanceMacros.insert("REG_"_L1 + instance->getName().toUpper() + "_BASE"_L1);
+            m_instanceMacros.insert("REG_"_L1 + instance->getName().toUpper() + "_BASE"_L1, instance.get());
             m_instantiated.insert(instance->typedefName);
         }
     }
@@ -97,7 +103,8 @@ private:
             if (first && tagOf(*first) != tagOf(*archive)) // a file that is read twice has a rule of its own
                 take(lint::guardTwice, archive->source.place(),
                      {archive->relativeFileName, first->relativeFileName,
-                      u'_' + archive->getBaseName().toUpper() + "_H_"_L1});
+                      u'_' + archive->getBaseName().toUpper() + "_H_"_L1},
+                     {first->source, u"the other file"_s});
             first = first ? first : archive;
             if (archive->generateAsm)
                 checkAssemblyIncludes(*archive);
@@ -107,15 +114,18 @@ private:
     /// The include of an archive is found again by the header that it names.
     void checkAssemblyIncludes(const VMXMLArchive &archive)
     {
-        QSet<QString> withoutAssembly;
+        QHash<QString, const VMXMLArchive *> withoutAssembly;
         for (const VMXMLArchive *included : archive.includedArchives) {
             if (!included->generateAsm)
-                withoutAssembly.insert(included->getBaseName());
+                withoutAssembly.insert(included->getBaseName(), included);
         }
+        if (withoutAssembly.isEmpty())
+            return;
         const auto check = [&](const QString &headerName, const SourcePlace &source) {
             const QString base = headerName.endsWith(".h"_L1) ? headerName.chopped(2) : headerName;
-            if (withoutAssembly.contains(base))
-                take(lint::assemblyMissing, source.place(), {archive.relativeFileName, base + "_asm.h"_L1});
+            if (const VMXMLArchive *included = withoutAssembly.value(base))
+                take(lint::assemblyMissing, source.place(), {archive.relativeFileName, base + "_asm.h"_L1},
+                     {included->source, u"the file without"_s});
         };
         for (const VMXMLInclude &include : archive.includes) {
             check(include.headerName, include.source);
@@ -137,12 +147,15 @@ private:
             if (first && !isHarmless)
                 take(lint::variableNameTwice, variable.source.place(),
                      {variable.name, QString::number(variable.leftValue), lineText(first->source.place()),
-                      QString::number(first->leftValue)});
-            else if (m_instanceMacros.contains(name))
-                take(lint::variableLikeMacro, variable.source.place(), {variable.name, u"an instance"_s});
+                      QString::number(first->leftValue)},
+                     {first->source, u"first declared here"_s});
+            else if (const VMXMLElement *instance = m_instanceMacros.value(name))
+                take(lint::variableLikeMacro, variable.source.place(), {variable.name, u"an instance"_s},
+                     {instance->source, u"the instance"_s});
             else if (const FieldMacro *macro = findFieldMacro(name))
                 take(lint::variableLikeMacro, variable.source.place(),
-                     {variable.name, u'\'' + declaredPath(*macro->owner) + u'\''});
+                     {variable.name, u'\'' + declaredPath(*macro->owner) + u'\''},
+                     {macro->owner->source, u"the register"_s});
             first = first ? first : &variable;
         }
     }
@@ -153,7 +166,8 @@ private:
         const QString upper = name.toUpper();
         const VMXMLElement *first = m_types.value(upper);
         if (first != &type)
-            take(lint::typeNameTwice, type.source.place(), {name, first->typedefName, lineText(first->source.place())});
+            take(lint::typeNameTwice, type.source.place(), {name, first->typedefName, lineText(first->source.place())},
+                 {first->source, u"first declared here"_s});
         const auto *structure = elementCast<VMStruct>(&type);
         const bool isModule = structure && !structure->isTypedef && structure->declaredType.isEmpty();
         const QString inC = isModule ? "HWP_"_L1 + upper + "_T"_L1 : ESDRTypeConvert(name);
@@ -182,7 +196,8 @@ private:
         if (count > 0)
             take(lint::macroNameTwice, placeInType(*owner),
                  {countText(count), type.typedefName, type.typedefName.toUpper() + u'_' + first, declaredPath(*owner),
-                  declaredPath(*taker)});
+                  declaredPath(*taker)},
+                 {taker->source, u"the register that takes the name"_s});
     }
 
     /// The macros of the types "uart" and "uart_tx" can only be alike where the ones of uart go on with "TX_".
@@ -199,7 +214,8 @@ private:
                 const auto other = others.constFind(rest + name);
                 if (other != others.cend() && !other->hasValueOf(macro))
                     take(lint::macroOfTwoTypes, placeInType(*macro.owner),
-                         {upper + u'_' + name, declaredPath(*macro.owner), declaredPath(*other->owner)});
+                         {upper + u'_' + name, declaredPath(*macro.owner), declaredPath(*other->owner)},
+                         {other->owner->source, u"the other register"_s});
             }
         }
     }
@@ -224,14 +240,20 @@ private:
             const VMIntVar *variable = m_variables.value(name);
             const FieldMacro *macro = nullptr;
             QString what;
-            if (variable && !variable->ownerEnum && name == variable->name.toUpper())
+            SourcePlace other;
+            if (variable && !variable->ownerEnum && name == variable->name.toUpper()) {
                 what = u"the variable of "_s + lineText(variable->source.place());
-            else if (m_instanceMacros.contains(name))
+                other = variable->source;
+            } else if (const VMXMLElement *instance = m_instanceMacros.value(name)) {
                 what = u"the base address of an instance"_s;
-            else if ((macro = findFieldMacro(name)) && !macro->hasParameter)
+                other = instance->source;
+            } else if ((macro = findFieldMacro(name)) && !macro->hasParameter) {
                 what = u"a field of '"_s + declaredPath(*macro->owner) + u'\'';
+                other = macro->owner->source;
+            }
             if (!what.isEmpty())
-                take(lint::memberLikeMacro, member->source.place(), {name, declaredPath(structure), what});
+                take(lint::memberLikeMacro, member->source.place(), {name, declaredPath(structure), what},
+                     {other, u"the macro comes from here"_s});
         }
     }
 
@@ -262,16 +284,16 @@ private:
         return macros;
     }
 
-    void take(const LintRule &rule, const Place &place, const QStringList &arguments)
+    void take(const LintRule &rule, const Place &place, const QStringList &arguments, const Other &other = {})
     {
-        m_sink.take(Finding(rule.rule, place, arguments));
+        m_sink.take(Finding(rule.rule, place, arguments).withPlace(other.source.place(), other.what));
     }
 
     const VMRootArchive &m_root;
     Sink &m_sink;
-    QHash<QString, const VMXMLElement *> m_types; // by name in capitals
-    QHash<QString, const VMIntVar *> m_variables; // by name in capitals, the first of each
-    QSet<QString> m_instanceMacros;
+    QHash<QString, const VMXMLElement *> m_types;              // by name in capitals
+    QHash<QString, const VMIntVar *> m_variables;              // by name in capitals, the first of each
+    QHash<QString, const VMXMLElement *> m_instanceMacros;     // the instances of the macros of their base addresses
     QSet<QString> m_instantiated;                              // types
     std::unordered_map<const VMXMLElement *, Macros> m_macros; // its macros stay where they are
 };

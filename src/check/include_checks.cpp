@@ -8,6 +8,8 @@
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace veldmap {
 
 namespace {
@@ -66,9 +68,11 @@ void checkIncludes(const VMRootArchive &root, Sink &sink)
             if (includes.isEmpty())
                 includes = includesOf(root);
             const VMXMLInclude *include = includes.value(archive);
+            const VMXMLInclude *other = includes.value(first);
             sink.take(
                 Finding(lint::fileTwice.rule, include ? include->source.place() : source.place(),
-                        {source.file.name().section(u'/', -1), archive->relativeFileName, first->relativeFileName}));
+                        {source.file.name().section(u'/', -1), archive->relativeFileName, first->relativeFileName})
+                    .withPlace(other ? other->source.place() : Place(), u"the other include"_s));
         }
         for (const VMXMLInclude &include : archive->includes) {
             for (const VMXMLIncludeCondition &alternative : include.conditions) {

@@ -57,24 +57,50 @@ QString nearestOf(const QString &word, QStringList names)
     return nearest.name();
 }
 
+const ForeignTagRow *foreignTagRow(const Finding &finding)
+{
+    const auto row = std::ranges::find(kForeignTags, QLatin1StringView(finding.rule->id), &ForeignTagRow::ruleId);
+    return row == std::end(kForeignTags) || finding.arguments.isEmpty() ? nullptr : row;
+}
+
+/// What may stand in a tag, as a hint: "here may stand entry, bound, comment".
+QString allowedTags(TagKind parent)
+{
+    QStringList names = tagNamesIn(parent);
+    names.removeDuplicates();
+    return names.isEmpty() ? QString() : "here may stand "_L1 + names.join(", "_L1);
+}
+
 } // namespace
 
-void KnownNames::onDocument(const TagDocument &document, const QString &)
+void KnownNames::onDocument(const TagDocument &document, const QString &file)
 {
+    const auto keep = [&](Declarations &names, const Tag &tag, const QString &name) {
+        if (!name.isEmpty() && !names.contains(name))
+            names.insert(name, {file, tag.lineNumber(), tag.columnNumber(), 0});
+    };
     const auto take = [&](const Tag &tag) {
-        const QStringView name = tag.name();
-        if (name == "module"_L1 || name == "typedef"_L1 || name == "alias"_L1)
-            m_types += readText(tag, u"name");
-        else if (name == "enum"_L1)
-            m_enums += readText(tag, u"name");
+        const QStringView kind = tag.name();
+        if (kind == "module"_L1 || kind == "typedef"_L1 || kind == "alias"_L1)
+            keep(m_types, tag, readText(tag, u"name"));
+        else if (kind == "var"_L1 || kind == "range"_L1)
+            keep(m_variables, tag, readName(tag, u"name"));
+        if (kind != "enum"_L1)
+            return;
+        keep(m_enums, tag, readName(tag, u"name"));
+        for (const Tag &entry : ChildTags(tag)) {
+            if (entry.name() == "entry"_L1 || entry.name() == "bound"_L1)
+                keep(m_variables, entry, readName(entry, u"name"));
+        }
     };
     const auto takeAll = [&](const Tag &archive) {
         for (const Tag &child : ChildTags(archive)) {
             take(child);
-            for (const Tag &inner : ChildTags(child)) {
-                if (inner.name() == "enum"_L1)
-                    take(inner);
-            }
+            const QStringView kind = child.name();
+            if (kind != "module"_L1 && kind != "typedef"_L1)
+                continue;
+            for (const Tag &inner : ChildTags(child)) // which may hold variables and enums
+                take(inner);
         }
     };
     const Tag root = document.root();
@@ -87,19 +113,66 @@ void KnownNames::onDocument(const TagDocument &document, const QString &)
         takeAll(archive);
 }
 
-QString KnownNames::nearestFor(const Finding &finding) const
+void KnownNames::onInclude(const Place &include, const QString &file)
 {
-    const QLatin1StringView id = finding.rule->id;
-    const auto tag = std::ranges::find(kForeignTags, id, &ForeignTagRow::ruleId);
-    if (tag != std::end(kForeignTags) && !finding.arguments.isEmpty())
-        return nearestOf(finding.arguments.last(), tagNamesIn(tag->parent));
-    const auto row = std::ranges::find(kNameRows, id, &NameRow::ruleId);
+    if (!m_includes.contains(file))
+        m_includes.insert(file, include);
+}
+
+KnownNames::Unknown KnownNames::unknownOf(const Finding &finding) const
+{
+    if (!finding.expression.unknownName.isEmpty())
+        return {finding.expression.unknownName, {&m_variables}};
+    const auto row = std::ranges::find(kNameRows, QLatin1StringView(finding.rule->id), &NameRow::ruleId);
     if (row == std::end(kNameRows) || finding.arguments.size() < 2)
         return {};
-    const QStringList enums(m_enums.begin(), m_enums.end());
-    if (!row->isType)
-        return nearestOf(finding.arguments.at(1), enums);
-    return nearestOf(finding.arguments.at(1), QStringList(m_types.begin(), m_types.end()) + enums);
+    if (row->isType)
+        return {finding.arguments.at(1), {&m_types, &m_enums}};
+    return {finding.arguments.at(1), {&m_enums}};
+}
+
+QString KnownNames::nearestFor(const Finding &finding) const
+{
+    if (const ForeignTagRow *row = foreignTagRow(finding))
+        return nearestOf(finding.arguments.last().trimmed(), tagNamesIn(row->parent));
+    const Unknown unknown = unknownOf(finding);
+    QStringList names;
+    for (const Declarations *declared : unknown.among)
+        names += declared->keys();
+    return names.isEmpty() ? QString() : nearestOf(unknown.name, names);
+}
+
+void KnownNames::explain(Finding &finding) const
+{
+    constexpr int kDeepest = 1000; // files may include one another
+    QString file = finding.place.file;
+    for (auto include = m_includes.constFind(file); include != m_includes.cend() && finding.includes.size() < kDeepest;
+         include = m_includes.constFind(file)) {
+        finding.includes += *include;
+        file = include->file;
+    }
+    const Unknown unknown = unknownOf(finding);
+    for (const Declarations *names : unknown.among) {
+        const auto declared = names->constFind(unknown.name);
+        if (declared == names->cend())
+            continue;
+        const bool isBelow = declared->file == finding.place.file;
+        if (isBelow && declared->line == finding.place.line && declared->column == finding.place.column) {
+            finding.hint = u"this tag declares the name, which is not known in its own value"_s;
+            return;
+        }
+        finding.withPlace(*declared, isBelow ? u"declared here, further down"_s : u"declared here"_s);
+        if (!isBelow)
+            finding.hint = u"include its file in front of this place"_s;
+        else if (finding.rule->hint.isEmpty())
+            finding.hint = u"declare it before it is used"_s;
+        return;
+    }
+    const ForeignTagRow *row = foreignTagRow(finding);
+    if (const QString nearest = nearestFor(finding); !nearest.isEmpty())
+        finding.hint = u"did you mean '%1'?"_s.arg(nearest);
+    else if (row)
+        finding.hint = allowedTags(row->parent);
 }
 
 } // namespace veldmap

@@ -107,7 +107,8 @@ public:
             const Placed *&first = known[placed.instance->getName().toUpper()];
             if (first)
                 take(lint::instanceNameTwice, *placed.instance,
-                     {placed.instance->getName(), placed.place(), first->instance->getName(), first->place()});
+                     {placed.instance->getName(), placed.place(), first->instance->getName(), first->place()},
+                     first->instance);
             else
                 first = &placed;
         }
@@ -128,7 +129,8 @@ public:
             else
                 take(lint::instanceView, *placed.instance,
                      {placed.instance->getName(), placed.instance->getTypeString(), placed.place(),
-                      first->instance->getName(), first->instance->getTypeString()});
+                      first->instance->getName(), first->instance->getTypeString()},
+                     first->instance);
         }
     }
 
@@ -161,12 +163,15 @@ private:
     {
         take(lint::instanceOverlap, *placed.instance,
              QStringList{placed.instance->getName()} + placed.range() + QStringList{other.instance->getName()} +
-                 other.range());
+                 other.range(),
+             other.instance);
     }
 
-    void take(const LintRule &rule, const VMXMLElement &instance, const QStringList &arguments)
+    void take(const LintRule &rule, const VMXMLElement &instance, const QStringList &arguments,
+              const VMXMLElement *other = nullptr)
     {
-        m_sink.take(Finding(rule.rule, instance.source.place(), arguments));
+        Finding finding(rule.rule, instance.source.place(), arguments);
+        m_sink.take(other ? finding.withPlace(other->source.place(), u"the other instance"_s) : finding);
     }
 
     Sink &m_sink;

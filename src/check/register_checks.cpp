@@ -135,13 +135,23 @@ private:
             latest[view] = &field;
         }
         for (const auto &[earlier, bits] : std::as_const(overlapped))
-            take(lint::fieldOverlap, field.source, {field.getName(), path(), earlier->getName(), bitsText(bits)});
+            take(lint::fieldOverlap, field.source, {field.getName(), path(), earlier->getName(), bitsText(bits)},
+                 earlier->source, u"the other field"_s);
     }
 
     void checkName(const VMBitField &field)
     {
-        if (m_names.add(field.getName()) >= 0)
-            take(lint::fieldNameTwice, field.source, {u"field"_s, field.getName(), path()});
+        if (const qsizetype first = m_names.add(field.getName()); first >= 0)
+            take(lint::fieldNameTwice, field.source, {u"field"_s, field.getName(), path()}, sourceOfName(first),
+                 u"first declared here"_s);
+    }
+
+    /// Where the field or, behind all fields, the group with the number \a place is declared.
+    const SourcePlace &sourceOfName(qsizetype place) const
+    {
+        const auto number = static_cast<std::size_t>(place);
+        const std::size_t fields = m_valuable.bitFields.size();
+        return number < fields ? m_valuable.bitFields[number]->source : m_valuable.bitGroups[number - fields]->source;
     }
 
     void checkOptions(const VMBitField &field)
@@ -151,22 +161,27 @@ private:
         Repeats<QString> names;
         Repeats<int> values;
         for (const VMBitFieldOption &option : options) {
-            const auto tell = [&](const LintRule &rule, const QStringList &more) {
-                take(rule, placeOf(option, field), QStringList{option.name, field.getName(), path()} + more);
+            const auto tell = [&](const LintRule &rule, const QStringList &more, qsizetype other = -1) {
+                Finding finding(rule.rule, placeOf(option, field),
+                                QStringList{option.name, field.getName(), path()} + more);
+                if (other >= 0)
+                    finding.withPlace(options[other].source.place(), u"the other option"_s);
+                m_sink.take(finding);
             };
-            if (names.add(option.name) >= 0)
-                tell(lint::optionNameTwice, {});
+            if (const qsizetype same = names.add(option.name); same >= 0)
+                tell(lint::optionNameTwice, {}, same);
             if (static_cast<quint32>(option.value) > most)
                 tell(lint::optionBeyondField, {QString::number(option.value), QString::number(most)});
             if (const qsizetype same = values.add(option.value); same >= 0)
-                tell(lint::optionValueTwice, {QString::number(option.value), options[same].name});
+                tell(lint::optionValueTwice, {QString::number(option.value), options[same].name}, same);
         }
     }
 
     void checkGroup(const VMBitGroup &group)
     {
-        if (m_names.add(group.name) >= 0)
-            take(lint::fieldNameTwice, m_valuable.source, {u"bitgroup"_s, group.name, path()});
+        if (const qsizetype first = m_names.add(group.name); first >= 0)
+            take(lint::fieldNameTwice, group.source, {u"bitgroup"_s, group.name, path()}, sourceOfName(first),
+                 u"first declared here"_s);
         quint32 bits = 0;
         quint32 shared = 0;
         for (const VMBitField *field : group) {
@@ -174,20 +189,21 @@ private:
             bits |= field->getFullValueUnshifted();
         }
         if (shared != 0)
-            take(lint::groupOverlap, m_valuable.source, {group.name, path(), bitsText(shared)});
+            take(lint::groupOverlap, group.source, {group.name, path(), bitsText(shared)});
         const quint32 span = bitRange(kWordBits - 1 - std::countl_zero(bits), std::countr_zero(bits));
         if (const quint32 missing = span & ~bits)
-            take(lint::groupGap, m_valuable.source, {group.name, path(), bitsText(missing)});
+            take(lint::groupGap, group.source, {group.name, path(), bitsText(missing)});
     }
 
     QString path() const { return declaredPath(m_valuable); }
-    void take(const LintRule &rule, const Place &place, const QStringList &arguments)
-    {
-        m_sink.take(Finding(rule.rule, place, arguments));
-    }
     void take(const LintRule &rule, const SourcePlace &source, const QStringList &arguments)
     {
-        take(rule, source.place(), arguments);
+        m_sink.take(Finding(rule.rule, source.place(), arguments));
+    }
+    void take(const LintRule &rule, const SourcePlace &source, const QStringList &arguments, const SourcePlace &other,
+              const QString &what)
+    {
+        m_sink.take(Finding(rule.rule, source.place(), arguments).withPlace(other.place(), what));
     }
 
     const VMValuable &m_valuable;

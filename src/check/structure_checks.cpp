@@ -96,14 +96,17 @@ public:
 private:
     void checkNames(const VMStruct &structure)
     {
-        QSet<QString> known;
+        QHash<QString, const VMXMLElement *> known;
         known.reserve(static_cast<qsizetype>(structure.memberList.size()));
         for (const auto &member : structure.memberList) {
             forEachName(*member, [&](const QString &name) {
-                const qsizetype before = known.size();
-                known.insert(name);
-                if (known.size() == before)
-                    take(lint::memberNameTwice, *member, {name, declaredPath(structure)});
+                const VMXMLElement *&first = known[name];
+                if (first)
+                    m_sink.take(
+                        Finding(lint::memberNameTwice.rule, member->source.place(), {name, declaredPath(structure)})
+                            .withPlace(first->source.place(), u"first declared here"_s));
+                else
+                    first = member.get();
             });
         }
     }
@@ -135,7 +138,9 @@ private:
         const QString ofModule = "HWP_"_L1 + type->typedefName.toUpper() + "_T"_L1;
         const QString used = ESDRTypeConvert(what == "member"_L1 ? name.toUpper() : name);
         if (used != ofModule)
-            take(lint::moduleTypeName, element, {QString(what), declaredPath(element), used, name, ofModule});
+            m_sink.take(Finding(lint::moduleTypeName.rule, element.source.place(),
+                                {QString(what), declaredPath(element), used, name, ofModule})
+                            .withPlace(type->source.place(), u"the module"_s));
     }
 
     void take(const LintRule &rule, const VMXMLElement &element, const QStringList &arguments)

@@ -27,8 +27,13 @@ public:
 
     /// The first argument is the title of \a at.
     void tell(const LintRule &rule, const TagInContext &at, const QStringList &arguments) const;
+    /// The same with a second place.
+    void tell(const LintRule &rule, const TagInContext &at, const QStringList &arguments, const Tag &other,
+              const QString &what) const;
 
 private:
+    Place placeOf(const Tag &tag) const;
+
     const QString &m_file;
     Sink &m_sink;
 };

@@ -9,8 +9,9 @@ using namespace Qt::StringLiterals;
 
 // Registers: a field or option, then the path of its register.
 
-inline constexpr LintRule fieldOverlap = {
-    {"field-overlap"_L1, Severity::Warning, u"field '%1' of '%2' overlaps '%3' in %4"}};
+inline constexpr LintRule fieldOverlap = {{"field-overlap"_L1, Severity::Warning,
+                                           u"field '%1' of '%2' overlaps '%3' in %4",
+                                           u"move one of them, or make one readable and the other writable alone"}};
 inline constexpr LintRule fieldNameTwice = {
     {"field-name-twice"_L1, Severity::Warning, u"%1 '%2' of '%3' has the name of a field further up"}};
 inline constexpr LintRule fieldBeyondRegister = {
@@ -19,9 +20,11 @@ inline constexpr LintRule fieldWidth = {
     {"field-width"_L1, Severity::Error, u"field '%1' of '%2' is %3 bits wide: its position '%4:%5' comes to %6:%7"}};
 inline constexpr LintRule fieldNoAccess = {
     {"field-no-access"_L1, Severity::Warning,
-     u"%1 of the %2 fields of '%3' can be neither read nor written; the first is '%4'"}};
-inline constexpr LintRule registerNoAccess = {
-    {"register-no-access"_L1, Severity::Warning, u"register '%1' can be neither read nor written"}};
+     u"%1 of the %2 fields of '%3' can be neither read nor written; the first is '%4'",
+     u"give them access=\"r\", \"w\" or \"rw\"; s and c set and clear when written"}};
+inline constexpr LintRule registerNoAccess = {{"register-no-access"_L1, Severity::Warning,
+                                               u"register '%1' can be neither read nor written",
+                                               u"give it protect=\"r\", \"w\" or \"rw\""}};
 inline constexpr LintRule optionBeyondField = {
     {"option-beyond-field"_L1, Severity::Warning,
      u"option '%1' of field '%2' of '%3' has the value %4, but the field holds 0 to %5"}};
@@ -44,7 +47,8 @@ inline constexpr LintRule instanceView = {
     false};
 inline constexpr LintRule instanceUnaligned = {
     {"instance-unaligned"_L1, Severity::Warning,
-     u"instance '%1' lies at %2, which is no multiple of %3 as the alignment of its type '%4' asks for"}};
+     u"instance '%1' lies at %2, which is no multiple of %3 as the alignment of its type '%4' asks for",
+     u"check the address"}};
 inline constexpr LintRule instanceBeyondMemory = {
     {"instance-beyond-memory"_L1, Severity::Warning,
      u"instance '%1' at %2 takes %3 bytes, which is %4 beyond the last 32-bit address"}};
@@ -62,12 +66,15 @@ inline constexpr LintRule holeBits = {
     {"hole-bits"_L1, Severity::Warning,
      u"hole of %1 bits in '%2' is no whole number of bytes: it takes %3, and the rest is lost"}};
 inline constexpr LintRule layoutDiffers = {
-    {"layout-differs"_L1, Severity::Warning, u"member '%1' of '%2' lies at offset %3, but C places it at %4"}};
-inline constexpr LintRule sizeDiffers = {
-    {"size-differs"_L1, Severity::Warning, u"structure '%1' takes %2 bytes, but %3 in C"}};
+    {"layout-differs"_L1, Severity::Warning, u"member '%1' of '%2' lies at offset %3, but C places it at %4",
+     u"fill the gap with a <hole>, or give the structure ckeywords that pack it"}};
+inline constexpr LintRule sizeDiffers = {{"size-differs"_L1, Severity::Warning,
+                                          u"structure '%1' takes %2 bytes, but %3 in C",
+                                          u"fill the end or the gap with a <hole> so that both agree"}};
 inline constexpr LintRule moduleTypeName = {
     {"module-type-name"_L1, Severity::Warning,
-     u"%1 '%2' has the C type %3, which no header defines: module '%4' is called %5 there"}};
+     u"%1 '%2' has the C type %3, which no header defines: module '%4' is called %5 there",
+     u"make a typedef of the module"}};
 inline constexpr LintRule pointerTypeUnknown = {
     {"pointer-type-unknown"_L1, Severity::Warning, u"pointer '%1' points to type '%2', which does not exist"}};
 inline constexpr LintRule unusedType = {
@@ -77,7 +84,8 @@ inline constexpr LintRule unusedType = {
 
 inline constexpr LintRule macroNameTwice = {{"macro-name-twice"_L1, Severity::Warning,
                                              u"headers leave out %1 of type '%2', whose names stand for other values "
-                                             u"further up; the first is %3 of '%4', taken by '%5'"}};
+                                             u"further up; the first is %3 of '%4', taken by '%5'",
+                                             u"rename the fields, such as with the name of the register in front"}};
 inline constexpr LintRule macroOfTwoTypes = {
     {"macro-of-two-types"_L1, Severity::Warning, u"macro %1 is defined for '%2' and for '%3', with different values"}};
 inline constexpr LintRule variableNameTwice = {
@@ -89,10 +97,11 @@ inline constexpr LintRule memberLikeMacro = {
 inline constexpr LintRule typeNameTwice = {
     {"type-name-twice"_L1, Severity::Warning, u"type '%1' has the name of type '%2' of %3 in headers"}};
 inline constexpr LintRule typeSuffixTwice = {
-    {"type-suffix-twice"_L1, Severity::Warning, u"type '%1' is called %2 in headers"}};
+    {"type-suffix-twice"_L1, Severity::Warning, u"type '%1' is called %2 in headers", u"leave the _t out"}};
 inline constexpr LintRule guardTwice = {
     {"guard-twice"_L1, Severity::Warning,
-     u"the headers of '%1' and '%2' have one include guard, %3: where both are included, one is left out"}};
+     u"the headers of '%1' and '%2' have one include guard, %3: where both are included, one is left out",
+     u"rename one of the files"}};
 inline constexpr LintRule assemblyMissing = {
     {"assembly-missing"_L1, Severity::Warning,
      u"the assembly header of '%1' includes '%2', which is not written: asm is \"no\" there"}};

@@ -32,6 +32,14 @@ public:
         }
     }
 
+    void onInclude(const Place &include, const QString &file) override
+    {
+        for (DocumentListener *listener : m_listeners) {
+            if (listener)
+                listener->onInclude(include, file);
+        }
+    }
+
 private:
     DocumentListener *m_listeners[2]; // null for none
 };
@@ -78,7 +86,6 @@ bool loadAndLint(const Options &options, Session &session)
     // Some errors of a load leave a tree all the same, which is as good as ever for who wants to hear nothing else.
     if (!options.lint.isOn)
         return loadDescriptions(options, session) && (!options.lint.choice.isStrict() || messages.errorCount() == 0);
-    messages.showNotes();
     Lint lint;
     const bool isLoaded = load(options, session, &lint);
     // An error of a load that leaves a tree stops nothing, one of lint does.

@@ -49,7 +49,7 @@ public:
         const int error =
             m_evaluator.evalExpression(hexadecimalPreparseExpression(expression).toUtf8().constData(), value);
         if (error != 0) {
-            m_messages.take(evaluationError(expression, error));
+            m_messages.take(evaluationError(expression, m_evaluator));
             m_values.append(QJsonObject{{u"error"_s, error}});
             m_complete = false;
             return;

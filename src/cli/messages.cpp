@@ -91,16 +91,26 @@ void Messages::takeLint(const Finding &finding, qsizetype more)
     tell(finding, finding.severity, text);
 }
 
-void Messages::tell(const Finding &finding, Severity severity, const QString &text)
+void Messages::tell(Finding finding, Severity severity, const QString &text)
 {
     if (severity == Severity::Error)
         ++m_errors;
     if (severity != Severity::Error && m_verbosity == Verbosity::Quiet)
         return;
+    if (!m_showsNotes)
+        finding.note.clear();
+    if (m_showsNotes && finding.place.isNull() && !finding.related.isEmpty())
+        finding.place = finding.related.takeFirst().place;
+    if (m_explanations)
+        m_explanations->complete(finding);
+    else if (!m_showsNotes)
+        finding.related.clear();
     print(severity, finding, text);
-    if (m_showsNotes && !m_format && !finding.note.isEmpty())
+    if (m_format)
+        return;
+    if (!finding.note.isEmpty())
         print(Severity::Note, finding, finding.note);
-    if (m_explanations && !m_format)
+    if (m_explanations && m_showsExplanations)
         writeError(m_explanations->of(finding));
 }
 

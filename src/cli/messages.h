@@ -25,11 +25,16 @@ public:
     /// Makes an error of every warning that follows.
     void setStrict(bool isStrict) { m_isStrict = isStrict; }
 
-    /// Tells the note of a finding that has one in a line below it from now on.
+    /// Tells from now on more than a host's callbacks hear: in a line below a finding its note, and of a file that
+    /// can't be opened where it is included.
     void showNotes() { m_showsNotes = true; }
 
-    /// Explains every finding from now on; null for no longer.
-    void setExplanations(std::unique_ptr<Explanations> explanations) { m_explanations = std::move(explanations); }
+    /// Adds to every finding from now on what is known of it, and with \a areShown shows that below it.
+    void setExplanations(std::unique_ptr<Explanations> explanations, bool areShown)
+    {
+        m_explanations = std::move(explanations);
+        m_showsExplanations = areShown;
+    }
     Explanations *explanations() const { return m_explanations.get(); }
     /// Whether the standard error is a terminal.
     bool isTerminal() const { return m_isTerminal; }
@@ -59,7 +64,7 @@ public:
     void clearProgress();
 
 private:
-    void tell(const Finding &finding, Severity severity, const QString &text);
+    void tell(Finding finding, Severity severity, const QString &text);
     void print(Severity severity, const Finding &finding, const QString &words);
 
     std::unique_ptr<FindingFormat> m_format; ///< none for the text of compilers
@@ -71,6 +76,7 @@ private:
     Verbosity m_verbosity = Verbosity::Normal;
     bool m_isStrict = false;
     bool m_showsNotes = false;
+    bool m_showsExplanations = false;
     bool m_isProgressShown = false;
     int m_errors = 0;
 };

@@ -393,8 +393,11 @@ ExitStatus runCommand(const std::vector<Command> &commands, const Arguments &arg
             return kWrongUsage;
         }
         startFormat(command, options, messages);
-        if (arguments.explains.value_or(messages.isTerminal() && options.lint.isOn))
-            messages.setExplanations(std::make_unique<Explanations>(widthOfTerminal()));
+        if (options.lint.isOn)
+            messages.showNotes();
+        const bool isExplained = arguments.explains.value_or(messages.isTerminal() && options.lint.isOn);
+        if (isExplained || (messages.hasFormat() && options.lint.isOn))
+            messages.setExplanations(std::make_unique<Explanations>(widthOfTerminal()), isExplained);
         const ExitStatus status = command.run(options, session);
         return messages.finish() ? status : qMax(status, kFailed);
     }

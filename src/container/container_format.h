@@ -1,6 +1,7 @@
 #pragma once
 
 #include "findings/refusal.h"
+#include <veldmap/veldmap_export.h>
 
 #include <QByteArray>
 
@@ -10,7 +11,7 @@ namespace veldmap {
 constexpr qint64 kContainerOverhead = 26 + 15;
 
 /// Whether \a bytes, the content of a file, are a container and no plain document.
-bool isContainer(const QByteArray &bytes);
+VELDMAP_EXPORT bool isContainer(const QByteArray &bytes);
 
 /// A document that was taken out of its container.
 struct Deciphered {

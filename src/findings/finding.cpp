@@ -20,6 +20,23 @@ QString Finding::text() const
     return text;
 }
 
+QStringList Finding::hints() const
+{
+    QStringList all;
+    if (!hint.isEmpty())
+        all += hint;
+    if (!rule->hint.isEmpty())
+        all += rule->hint.toString();
+    return all;
+}
+
+Finding &Finding::withPlace(const Place &other, const QString &what)
+{
+    if (!other.isNull())
+        related.append({other, what});
+    return *this;
+}
+
 QString wordOf(Severity severity)
 {
     switch (severity) {

@@ -15,6 +15,13 @@ struct RelatedPlace {
     QString what;
 };
 
+/// An expression that has no value.
+struct WrongExpression {
+    QString text;             ///< as written, empty for none
+    qsizetype character = -1; ///< the one at which it is wrong, from 0; -1 where none is
+    QString unknownName = {}; ///< the name in it that has no meaning, if that is what is wrong
+};
+
 /// One fault, or one thing to tell: what rule, where, and what its words speak of. No text is made before a sink wants
 /// one, and none is taken apart again.
 struct Finding {
@@ -24,6 +31,9 @@ struct Finding {
     Severity severity;     ///< the rule's, unless the finding is graver or milder than its kind
     QString note = {};     ///< what explains it in a line of its own, empty where its words do
     QList<RelatedPlace> related = {};
+    QList<Place> includes = {};      ///< the tags by which its file came into the load, the innermost first
+    QString hint = {};               ///< what to do about it, beside what the rule says
+    WrongExpression expression = {}; ///< that it speaks of, if it speaks of one
 
     /// A finding of \a rule with the rule's own severity.
     explicit Finding(const Rule &rule, const Place &place = {}, const QStringList &arguments = {})
@@ -35,6 +45,10 @@ struct Finding {
 
     /// The rule's words with the arguments in their places; inserted text is not scanned again.
     VELDMAP_EXPORT QString text() const;
+    /// What to do about it: the finding's own hint, then that of the rule; none or both.
+    VELDMAP_EXPORT QStringList hints() const;
+    /// The same finding with a further place; one that is null is left out.
+    VELDMAP_EXPORT Finding &withPlace(const Place &other, const QString &what);
 };
 
 /// "error", "warning" or "note".

@@ -18,6 +18,15 @@ QByteArray lineOfJson(const QJsonObject &object)
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
 
+/// The further places of \a finding, and the tags that include its file.
+QList<RelatedPlace> placesOf(const Finding &finding)
+{
+    QList<RelatedPlace> places = finding.related;
+    for (const Place &include : finding.includes)
+        places.append({include, u"included from here"_s});
+    return places;
+}
+
 class JsonFormat final : public FindingFormat {
 public:
     QByteArray begin() const override { return "["; }
@@ -28,12 +37,12 @@ public:
         QJsonObject object = at(finding.place, text);
         object[u"rule"_s] = QString(finding.rule->id);
         object[u"severity"_s] = wordOf(severity);
-        if (!finding.rule->hint.isEmpty())
-            object[u"hint"_s] = finding.rule->hint.toString();
+        if (const QStringList hints = finding.hints(); !hints.isEmpty())
+            object[u"hint"_s] = hints.join("; "_L1);
         if (!finding.note.isEmpty())
             object[u"note"_s] = finding.note;
         QJsonArray related;
-        for (const RelatedPlace &other : finding.related)
+        for (const RelatedPlace &other : placesOf(finding))
             related.append(at(other.place, other.what));
         if (!related.isEmpty())
             object[u"related"_s] = related;
@@ -75,17 +84,18 @@ public:
             m_places.insert(rule->id, m_rules.size());
             m_rules += rule;
         }
-        QString message = text;
+        QStringList message = {text};
         if (!finding.note.isEmpty())
-            message += u'\n' + finding.note;
+            message += finding.note;
+        message += finding.hints();
         QJsonObject object = {{u"ruleId"_s, QString(rule->id)},
                               {u"ruleIndex"_s, m_places.value(rule->id)},
                               {u"level"_s, wordOf(severity)},
-                              {u"message"_s, messageOf(message)}};
+                              {u"message"_s, messageOf(message.join(u'\n'))}};
         if (!finding.place.isNull())
             object[u"locations"_s] = QJsonArray{location(finding.place)};
         QJsonArray related;
-        for (const RelatedPlace &other : finding.related) {
+        for (const RelatedPlace &other : placesOf(finding)) {
             if (other.place.isNull())
                 continue;
             QJsonObject there = location(other.place);

@@ -17,8 +17,8 @@ public:
 };
 
 /// A JSON list with an object a line: {"rule", "severity", "file", "line", "column", "text"}, and where there is such
-/// "hint", "note" and "related", a list of {"file", "line", "column", "text"}. Without a place the file is empty, line
-/// and column are 0.
+/// "hint", "note" and "related", a list of {"file", "line", "column", "text"} with the tags that include the file last.
+/// Without a place the file is empty, line and column are 0.
 VELDMAP_EXPORT std::unique_ptr<FindingFormat> jsonOfFindings();
 
 /// The static analysis results interchange format, version 2.1.0, with one run of the tool veldmap of that \a version.

@@ -120,7 +120,51 @@ Span meantOf(const WrittenTag &tag, QStringView text, const QStringList &argumen
     const auto isOfName = [&](const QString &argument) {
         return argument.section(u'.', -1) == decoded(textOf(named->value));
     };
+    // A file is named by its whole path.
+    const auto *file = attributeOf([&](const auto &one) { return textOf(one.name) == u"file"; });
+    if (file && std::ranges::any_of(arguments, [&](const QString &argument) {
+            return argument.section(u'/', -1) == decoded(textOf(file->value)).section(u'/', -1);
+        }))
+        return file->value;
     return named && std::ranges::any_of(arguments, isOfName) ? named->value : tag.name;
+}
+
+/// What of an expression is meant: the value of an attribute that holds it, and in it the character at which it is
+/// wrong, which may stand behind its end.
+struct MeantExpression {
+    Span value;
+    qsizetype at; ///< in the source
+};
+
+/// Where the character \a number of the decoded text stands in \a written.
+qsizetype offsetOfCharacter(QStringView written, qsizetype number)
+{
+    qsizetype at = 0;
+    for (; number > 0 && at < written.size(); --number) {
+        const qsizetype end = written[at] == u'&' ? written.indexOf(u';', at) : -1;
+        at = end < 0 ? at + 1 : end + 1;
+    }
+    return at;
+}
+
+std::optional<MeantExpression> meantExpression(const WrittenTag &tag, QStringView text, const WrongExpression &wrong)
+{
+    if (wrong.text.isEmpty())
+        return {};
+    const WrittenAttribute *attribute = attributeOfValue(tag, text, wrong.text);
+    qsizetype front = 0; // of the expression in the value
+    for (const WrittenAttribute &candidate : tag.attributes) {
+        if (attribute)
+            break;
+        front = decoded(text.sliced(candidate.value.begin, candidate.value.size())).indexOf(wrong.text); // as in "7:N"
+        attribute = front < 0 ? nullptr : &candidate;
+    }
+    if (!attribute)
+        return {};
+    const Span value = attribute->value;
+    const qsizetype inside =
+        offsetOfCharacter(text.sliced(value.begin, value.size()), front + qMax<qsizetype>(wrong.character, 0));
+    return MeantExpression{value, wrong.character < 0 ? value.begin : value.begin + inside};
 }
 
 /// Characters that terminals show two columns wide, as ranges of code points.
@@ -215,7 +259,8 @@ constexpr int kNumberWidth = 6;
 constexpr QLatin1StringView kBar = " | "_L1;
 constexpr QLatin1StringView kCut = "..."_L1;
 
-QString quoted(const SourceText &source, qint64 number, Span meant, int width)
+/// The line \a number of \a source with a mark under \a meant, in which \a caret is the point.
+QString quoted(const SourceText &source, qint64 number, Span meant, qsizetype caret, int width)
 {
     const QStringView text = source.text();
     const int room = qMax(width - kNumberWidth - static_cast<int>(kBar.size()) - 1, 20);
@@ -245,8 +290,12 @@ QString quoted(const SourceText &source, qint64 number, Span meant, int width)
         above += cells.at(i).shown;
     if (isCutBehind)
         above += kCut;
-    below += QString(widthOf(cells, shown.begin, mark.begin), u' ') + u'^';
-    below += QString(qMax(0, widthOf(cells, mark.begin, qMin(mark.end, shown.end)) - 1), u'~');
+    QString wave(qMax(1, widthOf(cells, mark.begin, qMin(mark.end, shown.end))), u'~');
+    const qsizetype point = widthOf(cells, mark.begin, cellAt(caret));
+    if (point >= wave.size() && mark.end <= shown.end) // behind its end
+        wave += u'~';
+    wave[qMin(point, wave.size() - 1)] = u'^';
+    below += QString(widthOf(cells, shown.begin, mark.begin), u' ') + wave;
     return above + u'\n' + below + u'\n';
 }
 
@@ -258,9 +307,16 @@ QString quotation(const Finding &finding, const SourceText &source, int width)
     if (offset < 0)
         return {};
     Span meant = {offset, offset + qMax<qint64>(1, finding.place.length)};
-    if (const std::optional<WrittenTag> tag = tagBefore(source.text(), offset))
+    qsizetype caret = offset;
+    if (const std::optional<WrittenTag> tag = tagBefore(source.text(), offset)) {
         meant = meantOf(*tag, source.text(), finding.arguments);
-    return quoted(source, source.lineAt(meant.begin), meant, width);
+        caret = meant.begin;
+        if (const auto wrong = meantExpression(*tag, source.text(), finding.expression)) {
+            meant = wrong->value;
+            caret = wrong->at;
+        }
+    }
+    return quoted(source, source.lineAt(meant.begin), meant, caret, width);
 }
 
 } // namespace veldmap

@@ -11,6 +11,11 @@ namespace veldmap {
 ///
 ///        12 |   <bits name="speed" pos="2:1" acess="rw"/>
 ///           |                                ^~~~~
+///
+/// Of an expression the character at which it is wrong is the point of the mark:
+///
+///        13 |   <var name="SIZE" value="4*WIDHT"/>
+///           |                           ~~^~~~~
 VELDMAP_EXPORT QString quotation(const Finding &finding, const SourceText &source, int width);
 
 } // namespace veldmap

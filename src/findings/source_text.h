@@ -14,8 +14,10 @@ class VELDMAP_EXPORT SourceText {
 public:
     explicit SourceText(const QString &text);
     /// The text in the \a bytes of a file, in the encoding that its first bytes tell; nothing when that is none that is
-    /// known, as in an encrypted container.
+    /// known, or when the bytes are wrong in it, as those of an encrypted container are.
     static std::optional<SourceText> ofBytes(const QByteArray &bytes);
+    /// The text in \a bytes as UTF-8, in which wrong bytes are the character U+FFFD.
+    static SourceText ofUtf8(const QByteArray &bytes) { return SourceText(QString::fromUtf8(bytes)); }
 
     QStringView text() const { return m_text; }
     /// Where the character in \a line and \a column stands, both from 1; -1 when there is no such line. A column behind

@@ -130,8 +130,12 @@ private:
     /// The same of something that is not there, named \a name.
     bool failUnknown(const QString &name, const Tag &tag, const VMXMLArchive &archive, const Rule &rule,
                      const QStringList &arguments);
+    /// The same of the field or group \a reference of a bitgroup.
+    bool failReference(const QString &reference, const Tag &tag, const VMBitGroup &group, const VMXMLArchive &archive);
+    Finding notIncluded(Finding finding) const;
     VMXMLArchive *readDocument(const DescriptionFile &file, const FileName &name, XMDOpenError &status);
-    void tell(const Rule &rule, const Place &place, const QStringList &arguments = {}, const QString &note = {});
+    void tell(const Rule &rule, const Place &place, const QStringList &arguments = {});
+    void tell(const Finding &finding);
     bool follows(const QString &name) const;
     /// The same of a field or group of the valuable that is being read.
     bool loseField(const QString &name);
@@ -170,7 +174,8 @@ private:
     DescriptionFiles &m_files;
     Sink &m_sink;
     DocumentListener *m_listener = nullptr;
-    SourceFile m_file; ///< that is being read
+    SourceFile m_file;     ///< that is being read
+    SourcePlace m_include; ///< the tag by which it is included, null for the root
     int m_includeDepth = 0;
 
     bool m_goesOn = false;

@@ -24,6 +24,13 @@ SourceFile sourceFileOf(const QString &basePath, const QString &relativeFile)
 
 } // namespace
 
+/// \a finding, which says that a file can't be opened, with the tag that includes it.
+Finding ArchiveReader::notIncluded(Finding finding) const
+{
+    finding.hint = u"a file is named relative to the one that includes it; optional=\"yes\" allows it to be missing"_s;
+    return finding.withPlace(m_include.place(), u"included here"_s);
+}
+
 VMXMLArchive *ArchiveReader::readFile(const FileName &name, bool isMandatory, XMDOpenError &status)
 {
     status = XMDOpenSuccess;
@@ -42,7 +49,7 @@ VMXMLArchive *ArchiveReader::readFile(const FileName &name, bool isMandatory, XM
     for (const Finding &finding : std::as_const(file->told.findings)) {
         if (!isMandatory && finding.rule == &rules::fileNotOpened)
             continue;
-        m_sink.take(finding);
+        m_sink.take(finding.rule == &rules::fileNotOpened && m_include.line > 0 ? notIncluded(finding) : finding);
         m_hasToldError = m_hasToldError || finding.severity == Severity::Error;
     }
     m_hasFailed = m_hasFailed || status == XMDOpenInvalid;
@@ -197,10 +204,13 @@ bool ArchiveReader::fail(const Tag &tag, const VMXMLArchive &archive, const Refu
 bool ArchiveReader::failEvaluation(const Tag &tag, const VMXMLArchive &archive, const Rule &rule,
                                    const QStringList &arguments, const Evaluated &result)
 {
-    if (!result.unknownName.isEmpty() && follows(result.unknownName))
+    if (!result.wrong.unknownName.isEmpty() && follows(result.wrong.unknownName))
         return false;
     m_hasFailed = true;
-    tell(rule, {archive.getTotalPath(), tag.lineNumber(), tag.columnNumber()}, arguments, result.reason);
+    Finding finding(rule, {archive.getTotalPath(), tag.lineNumber(), tag.columnNumber()}, arguments);
+    finding.note = result.reason;
+    finding.expression = result.wrong;
+    tell(finding);
     return false;
 }
 
@@ -231,10 +241,13 @@ bool ArchiveReader::lose(const QString &name)
     return false;
 }
 
-void ArchiveReader::tell(const Rule &rule, const Place &place, const QStringList &arguments, const QString &note)
+void ArchiveReader::tell(const Rule &rule, const Place &place, const QStringList &arguments)
 {
-    Finding finding(rule, place, arguments);
-    finding.note = note;
+    tell(Finding(rule, place, arguments));
+}
+
+void ArchiveReader::tell(const Finding &finding)
+{
     m_hasToldError = m_hasToldError || finding.severity == Severity::Error;
     m_sink.take(finding);
 }

@@ -149,6 +149,7 @@ bool ArchiveReader::readNamedBits(const BitsAttributes &attributes, const Tag &t
         if (!evaluatePosition(first, name, tag, valuable, archive))
             return false;
         group = std::make_unique<VMBitGroup>(name, &valuable);
+        group->source = sourceOf(tag);
     }
     const quint32 reset = attributes.hasReset() ? resetValueOf(attributes.reset, first.width()) : 0;
     auto field = std::make_unique<VMBitField>(
@@ -235,7 +236,9 @@ bool ArchiveReader::readBitsChildren(const Tag &tag, const QString &name, VMBitF
             if (!readOptions(child, field, archive) && !m_goesOn)
                 return false;
         } else if (!takeComment(child, comment)) {
-            return fail(child, archive, rules::foreignTagInField, {name, childName.toString()});
+            fail(child, archive, rules::foreignTagInField, {name, childName.toString()});
+            if (!m_goesOn)
+                return false;
         }
     }
     const QString options = field.generateOptionsComment();

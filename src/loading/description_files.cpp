@@ -31,6 +31,7 @@ FileContent readFileContent(const QString &path, Sink &sink, bool openFailureIsE
         Finding notOpened(rules::fileNotOpened, {}, {path});
         if (openFailureIsError)
             notOpened.severity = Severity::Error;
+        notOpened.note = file.errorString();
         sink.take(notOpened);
         return {XMDOpenUnreadable, {}, false};
     }

@@ -2,6 +2,9 @@
 
 #include "loading/rules.h"
 #include "model/valuable.h"
+#include "text/nearest_name.h"
+
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -10,12 +13,13 @@ namespace veldmap {
 bool ArchiveReader::readBitgroup(const Tag &tag, VMValuable &valuable, VMXMLArchive &archive)
 {
     auto group = std::make_unique<VMBitGroup>(readName(tag, u"name"), &valuable);
+    group->source = sourceOf(tag);
     for (const Tag &child : ChildTags(tag)) {
         const QStringView childName = child.name();
-        if (childName != "entry"_L1)
-            return fail(tag, archive, rules::foreignTagInGroup, {group->name, childName.toString()}) ||
-                   loseField(group->name);
-        if (!readBitgroupEntry(child, *group, archive) && !m_goesOn)
+        const bool isEntry = childName == "entry"_L1;
+        if (!isEntry)
+            fail(tag, archive, rules::foreignTagInGroup, {group->name, childName.toString()});
+        if ((!isEntry || !readBitgroupEntry(child, *group, archive)) && !m_goesOn)
             return false;
     }
     valuable.addBitGroup(group.release());
@@ -28,8 +32,7 @@ bool ArchiveReader::readBitgroupEntry(const Tag &tag, VMBitGroup &group, VMXMLAr
     VMBitField *field = group.valuable->getBitFieldByName(reference);
     const VMBitGroup *other = group.valuable->getBitGroupByName(reference);
     if (!field && !other)
-        return m_lostFields.contains(reference) ? false
-                                                : fail(tag, archive, rules::groupReference, {group.name, reference});
+        return failReference(reference, tag, group, archive);
     if (const Refusal refused = m_builder.countCopies((field ? 1 : 0) + (other ? other->size() : 0)))
         return fail(tag, archive, refused);
     if (field)
@@ -37,6 +40,25 @@ bool ArchiveReader::readBitgroupEntry(const Tag &tag, VMBitGroup &group, VMXMLAr
     if (other)
         group.addBitGroup(other);
     return true;
+}
+
+bool ArchiveReader::failReference(const QString &reference, const Tag &tag, const VMBitGroup &group,
+                                  const VMXMLArchive &archive)
+{
+    m_hasFailed = true;
+    if (m_lostFields.contains(reference)) // which is why it is not there
+        return false;
+    Finding finding(rules::groupReference, {archive.getTotalPath(), tag.lineNumber(), tag.columnNumber()},
+                    {group.name, reference});
+    NearestName nearest(reference);
+    for (const auto &field : group.valuable->bitFields)
+        nearest.offer(field->getName());
+    for (const auto &known : group.valuable->bitGroups)
+        nearest.offer(known->name);
+    if (!nearest.name().isEmpty())
+        finding.hint = u"did you mean '%1'?"_s.arg(nearest.name());
+    tell(finding);
+    return false;
 }
 
 bool ArchiveReader::readOptions(const Tag &tag, VMBitField &field, VMXMLArchive &archive)
@@ -49,11 +71,15 @@ bool ArchiveReader::readOptions(const Tag &tag, VMBitField &field, VMXMLArchive 
             return failUnknown(linkedName, tag, archive, rules::optionsEnum, {field.getName(), linkedName});
     }
     VMBitFieldOptions &options = field.options;
+    bool isToldBeside = false;
     for (const Tag &child : ChildTags(tag)) {
         const QStringView childName = child.name();
-        if (childName == "option"_L1 && linked)
-            return fail(child, archive, rules::optionBesideEnum, {field.getName(), linkedName});
-        if (childName == "option"_L1) {
+        if (childName == "option"_L1 && linked) {
+            if (!std::exchange(isToldBeside, true))
+                fail(child, archive, rules::optionBesideEnum, {field.getName(), linkedName});
+            if (!m_goesOn)
+                return false;
+        } else if (childName == "option"_L1) {
             if (!readOption(child, options, archive) && !m_goesOn)
                 return false;
         } else if (childName == "default"_L1) {
@@ -63,7 +89,9 @@ bool ArchiveReader::readOptions(const Tag &tag, VMBitField &field, VMXMLArchive 
         } else if (childName == "shift"_L1) {
             options.hasShift = true;
         } else {
-            return fail(child, archive, rules::foreignTagInOptions, {field.getName(), childName.toString()});
+            fail(child, archive, rules::foreignTagInOptions, {field.getName(), childName.toString()});
+            if (!m_goesOn)
+                return false;
         }
     }
     if (!linked)
@@ -86,8 +114,11 @@ bool ArchiveReader::readOption(const Tag &tag, VMBitFieldOptions &options, VMXML
         return failEvaluation(tag, archive, rules::optionExpression, {expression, value.message}, value);
     option.value = value.value;
     for (const Tag &child : ChildTags(tag)) {
-        if (!takeComment(child, option.comment))
-            return fail(child, archive, rules::foreignTagInOption, {option.name, child.name().toString()});
+        if (takeComment(child, option.comment))
+            continue;
+        fail(child, archive, rules::foreignTagInOption, {option.name, child.name().toString()});
+        if (!m_goesOn)
+            return false;
     }
     options.optionList.append(option);
     return true;

@@ -63,8 +63,8 @@ XMDOpenError ArchiveReader::readInclude(const Tag &tag, VMXMLArchive &archive)
             unconditional = includedFileOf(child);
         } else if (!takeComment(child, include.comment)) {
             fail(child, archive, rules::foreignTagInInclude, {childName.toString()});
-            m_lacksFile = true; // since it is not read
-            return XMDOpenInvalid;
+            if (!m_goesOn)
+                return XMDOpenInvalid;
         }
     }
     if (!isCaseTaken)
@@ -87,6 +87,9 @@ XMDOpenError ArchiveReader::readIncludedFile(VMXMLArchive &archive, VMXMLInclude
     if (!load)
         return XMDOpenSuccess;
 
+    const QScopedValueRollback byTag(m_include, included.source);
+    if (m_listener)
+        m_listener->onInclude(included.source.place(), name.path);
     XMDOpenError status = XMDOpenSuccess;
     if (VMXMLArchive *loaded = readFile(name, !included.isOptional, status)) {
         m_builder.addInclude(archive, *loaded);

@@ -92,10 +92,11 @@ ArchiveReader::Element ArchiveReader::readMemory(const Tag &tag, VMXMLArchive &a
     memory->source = sourceOf(tag);
     memory->cKeywords += readKeywords(tag);
     for (const Tag &child : ChildTags(tag)) {
-        if (!takeComment(child, memory->comment)) {
-            fail(child, archive, rules::foreignTagInMemory, {name, child.name().toString()});
+        if (takeComment(child, memory->comment))
+            continue;
+        fail(child, archive, rules::foreignTagInMemory, {name, child.name().toString()});
+        if (!m_goesOn)
             return nullptr;
-        }
     }
     return memory;
 }
@@ -113,10 +114,11 @@ ArchiveReader::Element ArchiveReader::readPointer(const Tag &tag, VMXMLArchive &
     if (!evaluateArrayCount(count, tag, archive, parentName, type, name))
         return nullptr;
     for (const Tag &child : ChildTags(tag)) {
-        if (!takeComment(child, pointer->comment)) {
-            fail(child, archive, rules::foreignTagInPointer, {name, child.name().toString()});
+        if (takeComment(child, pointer->comment))
+            continue;
+        fail(child, archive, rules::foreignTagInPointer, {name, child.name().toString()});
+        if (!m_goesOn)
             return nullptr;
-        }
     }
     pointer->declaredType = type;
     return arrayOf(std::move(pointer), count, name, tag, archive);

@@ -35,7 +35,8 @@ VMXMLElement *ArchiveReader::readType(const Tag &tag, VMXMLArchive &archive)
         return nullptr;
 
     if (VMXMLElement *known = m_builder.findType(name)) {
-        tell(rules::typeAlreadyKnown, {archive.getTotalPath(), tag.lineNumber(), tag.columnNumber()}, {name});
+        tell(Finding(rules::typeAlreadyKnown, {archive.getTotalPath(), tag.lineNumber(), tag.columnNumber()}, {name})
+                 .withPlace(known->source.place(), u"first declared here"_s));
         return known;
     }
     return &m_builder.addTemplate(archive, std::move(module), name);

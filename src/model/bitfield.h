@@ -132,4 +132,5 @@ public:
 
     VMValuable *valuable; ///< not owned
     QString name;
+    veldmap::SourcePlace source = {}; ///< its tag, or that of the cut field which made it
 };

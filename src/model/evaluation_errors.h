@@ -9,10 +9,10 @@ class CExEv;
 
 namespace veldmap {
 
-/// What is said of \a expression, which has no value because of the evaluator's \a error, a CExEv::kError... code.
-VELDMAP_EXPORT Finding evaluationError(const QString &expression, int error);
-
-/// The same of the error that \a evaluator has recorded, with the place in \a expression.
-Finding evaluationError(const QString &expression, const cexev::CExEv &evaluator);
+/// Why \a expression has no value: what \a evaluator, which was given it with its literals in decimal, has recorded.
+/// The finding has no place; its expression tells the character.
+///
+///     '0xFF+B' has no value: the name 'B' is not known, at character 6
+VELDMAP_EXPORT Finding evaluationError(const QString &expression, const cexev::CExEv &evaluator);
 
 } // namespace veldmap

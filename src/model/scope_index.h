@@ -1,5 +1,6 @@
 #pragma once
 
+#include "findings/finding.h"
 #include "model/variables.h"
 
 #include <QHash>
@@ -65,9 +66,9 @@ private:
 struct Evaluated {
     int value = -1;
     bool failed = false;
-    QString message;     ///< on failure
-    QString reason;      ///< what is wrong and where, in words for a line below the message
-    QString unknownName; ///< the name that has no meaning, if that is what is wrong
+    QString message;       ///< on failure
+    QString reason;        ///< what is wrong and where, in words for a line below the message
+    WrongExpression wrong; ///< on failure the expression
 };
 
 /// Looks up the variable of a name, or null.

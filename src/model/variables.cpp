@@ -35,11 +35,8 @@ veldmap::Evaluated evaluate(cexev::CExEvCtx &context, const QString &name, const
     cexev::CExEv evaluator(&context);
     variant::Variant value;
     if (evaluator.evalExpression(hexadecimalPreparseExpression(expression).toUtf8().constData(), value) != 0) {
-        return {-1,
-                true,
-                u"Error in expression of : %1"_s.arg(name),
-                veldmap::evaluationError(expression, evaluator).text(),
-                {}};
+        const veldmap::Finding found = veldmap::evaluationError(expression, evaluator);
+        return {-1, true, u"Error in expression of : %1"_s.arg(name), found.text(), found.expression};
     }
     int number = 0; // what a text counts as
     value.asInt(number);
@@ -290,7 +287,8 @@ Evaluated evaluateExpression(const QString &expression, const FindVariable &find
 {
     FoundContext context(find);
     Evaluated result = evaluate(context, name.isEmpty() ? expression : name, expression);
-    result.unknownName = context.unknownName;
+    if (result.failed)
+        result.wrong.unknownName = context.unknownName;
     return result;
 }
 

@@ -12,7 +12,9 @@ int spellingDistance(QStringView one, QStringView other, int most);
 class NearestName {
 public:
     explicit NearestName(QStringView word)
-        : m_word(word.first(qMin<qsizetype>(word.size(), 64))), m_distance(word.size() < 4 ? 2 : 3)
+        : m_word(word.first(qMin<qsizetype>(word.size(), 64))), m_distance(word.size() < 2   ? 1
+                                                                           : word.size() < 4 ? 2
+                                                                                             : 3)
     {
     }
 

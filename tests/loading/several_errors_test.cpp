@@ -46,9 +46,9 @@ TEST(SeveralErrors, EveryFaultOfOneFile)
              "<reg/><foo/></module>\n"
              "<bar/><instance name='I' type='none'/>\n"_s),
         (QStringList{u"2: In archive 'soc', variable 'A' declaration : Error in expression of : A ['1+' has no value: "
-                     "something stands where it may not stand, at character 3]"_s,
+                     "a number, a name or '(' is expected, at its end]"_s,
                      u"3: Valuable r, bitfield f, expression * : Error in expression of : * ['*' has no value: "
-                     "something stands where it may not stand, at character 2]"_s,
+                     "a number, a name or '(' is expected, at its end]"_s,
                      u"4: Module contains an unamed reg"_s, u"4: Module contains an unvalid foo tag."_s,
                      u"5: Unvalid tag : 'bar'"_s,
                      u"5: Could not instanciate instance 'I' of type 'none'! (missing include or include not "
@@ -66,7 +66,7 @@ TEST(SeveralErrors, NothingThatOnlyFollows)
              "<alias name='w'><reg name='x' count='-1'/></alias><module name='n'><instance name='i' type='w'/>"
              "</module><instance name='M' type='m'/><instance name='N' type='n' address='D'/>"_s),
         (QStringList{u"2: In archive 'soc', variable 'A' declaration : Error in expression of : A ['0xFF+B' has no "
-                     "value: a name that is not known, at character 6]"_s,
+                     "value: the name 'B' is not known, at character 6]"_s,
                      u"3: The range 'R' misses left or right value!"_s,
                      u"5: Invalid '-1' array count of type 'reg' for array 'x'"_s}));
 }
@@ -80,11 +80,12 @@ TEST(SeveralErrors, InIncludedFiles)
                    {u"b.xml"_s, u"<archive><module></archive>"_s}});
     EXPECT_EQ(texts, (QStringList{
                          u"2: In archive 'a', variable 'X' declaration : Error in expression of : X [')' has no value: "
-                         "something stands where it may not stand, at character 1]"_s,
-                         u"0: Unable to open file no.xml"_s, u"0: Skipped."_s, u"1: Opening and ending tag mismatch."_s,
+                         "a number, a name or '(' is expected, at character 1]"_s,
+                         u"0: Unable to open file no.xml [No such file or directory]"_s, u"0: Skipped."_s,
+                         u"1: Opening and ending tag mismatch."_s,
                          // UNKNOWN may have been declared in the file that is not there.
                          u"2: In archive 'soc', variable 'W' declaration : Error in expression of : W ['OF_A+(' has no "
-                         "value: something stands where it may not stand, at character 7]"_s,
+                         "value: a number, a name or '(' is expected, at its end]"_s,
                          u"2: Unvalid tag : 'foo'"_s}));
 }
 
@@ -104,6 +105,18 @@ TEST(SeveralErrors, EachOnce)
                    {u"b.xml"_s, u"<archive relative='c.xml'><foo/></archive>"_s}})
             .size(),
         2);
+    // What stands behind a foreign tag is read all the same.
+    EXPECT_EQ(
+        told(
+            u"<include file='a.xml' load='no'><foo/><case cond='('/></include><enum name='e'><entry name='E'/></enum>\n"
+            "<module name='m'><memory name='m' size='4'><foo/><bar/></memory><ptr name='p' "
+            "type='m'><foo/><bar/></ptr>\n"
+            "<reg name='r'><bits name='f' pos='0'><foo/><options><foo/><option name='o'><foo/></option><option "
+            "name='p' value='('/></options></bits><bits name='g' pos='1'><options linkenum='e'><option name='a'/>"
+            "<option name='b'/><foo/></options></bits>\n"
+            "<bitgroup name='g'><foo/><entry ref='none'/><entry ref='f'/></bitgroup></reg></module>"_s)
+            .size(),
+        14); // 2 of the include, 4 of memory and pointer, 6 of the register's fields, 2 of the group
     EXPECT_EQ(told(u"<include file='no.xml' optional='yes'/><foo/><instance name='I' type='t'/>"_s).size(), 2);
 }
 
