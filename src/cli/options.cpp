@@ -37,6 +37,7 @@ struct Arguments {
     bool json = false;
     bool recursive = false;
     bool force = false;
+    bool selfCheck = false;
     std::optional<std::string> imageFile;
     std::string imageAddress;
     std::optional<std::string> threads;
@@ -66,6 +67,7 @@ Options optionsOf(const Arguments &arguments)
     options.json = arguments.json;
     options.recursive = arguments.recursive;
     options.force = arguments.force;
+    options.selfCheck = arguments.selfCheck;
     return options;
 }
 
@@ -157,6 +159,12 @@ void addThreads(CLI::App &command, Arguments &arguments)
         ->type_name("N");
 }
 
+/// The file that checks what is written; \a help tells of it.
+void addSelfCheck(CLI::App &command, Arguments &arguments, const std::string &help)
+{
+    command.add_flag("--self-check", arguments.selfCheck, help);
+}
+
 Command addCheck(CLI::App &app, Arguments &arguments)
 {
     CLI::App *command = app.add_subcommand("check", "Load descriptions and report what is wrong with them");
@@ -180,6 +188,8 @@ Command addHeaders(CLI::App &app, Arguments &arguments)
     addThreads(*command, arguments);
     command->add_flag("--skip-up-to-date", arguments.skipUpToDate,
                       "leave headers alone that are newer than their description");
+    addSelfCheck(*command, arguments,
+                 "write SOC_self_check.c too, which compiles when the headers say what the tree does");
     addLintOptions(*command, arguments.lint);
     command->footer("With both roots the headers lie below DIR/chip and DIR/soft.\n\n"
                     "Examples:\n"
@@ -223,6 +233,7 @@ Command addBuild(CLI::App &app, Arguments &arguments)
         ->type_name("DIR");
     command->add_option("--vhdl", arguments.vhdlDirectory, "directory for VHDL packages")->type_name("DIR");
     command->add_option("--docs", arguments.docsDirectory, "directory for the documentation site")->type_name("DIR");
+    addSelfCheck(*command, arguments, "write files of assertions beside headers too");
     addThreads(*command, arguments);
     addLintOptions(*command, arguments.lint);
     command->footer("Example:\n"

@@ -37,6 +37,7 @@ struct Options {
     bool json = false;
     bool recursive = false;
     bool force = false;
+    bool selfCheck = false;
     LintOptions lint;
     int threads = 1; ///< how many make the text of files
     std::optional<ImageOption> image;

@@ -38,7 +38,7 @@ QString poolDirectory()
     return !QFileInfo::exists(beside) && QFileInfo::exists(installed) ? installed : beside;
 }
 
-bool writeOfRoot(Session &session, Output output, const QString &directory, bool chip, int threads)
+bool writeOfRoot(Session &session, Output output, const QString &directory, bool chip, const Options &asked)
 {
     Messages &messages = session.messages;
     if (!QDir().mkpath(directory)) {
@@ -48,7 +48,8 @@ bool writeOfRoot(Session &session, Output output, const QString &directory, bool
     OutputOptions options;
     options.directory = directory;
     options.chip = chip;
-    options.threads = threads;
+    options.threads = asked.threads;
+    options.selfCheck = asked.selfCheck;
     if (output == Output::Docs)
         options.pool = poolDirectory();
     options.progress = [&](const QString &file) { messages.showProgress(u"Writing %1..."_s.arg(file)); };
@@ -62,7 +63,7 @@ bool writeOfRoot(Session &session, Output output, const QString &directory, bool
 bool writeFiles(Session &session, Output output, const QString &directory, const Options &options)
 {
     const auto write = [&](const QString &ofRoot, bool chip) {
-        return writeOfRoot(session, output, ofRoot, chip, options.threads);
+        return writeOfRoot(session, output, ofRoot, chip, options);
     };
     const VMMemoryMap &map = session.map;
     if (output == Output::Vhdl)

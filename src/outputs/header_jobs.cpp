@@ -1,5 +1,6 @@
 #include "files/paths.h"
 #include "headers/header_texts.h"
+#include "headers/self_check.h"
 #include "model/archive.h"
 #include "model/root_archive.h"
 #include "outputs/output_jobs.h"
@@ -23,6 +24,18 @@ JobTexts textsOf(const VMXMLArchive &archive, const HeaderTexts &headers, const 
     return texts;
 }
 
+OutputJob selfCheckJob(const VMRootArchive &root, const QString &directory)
+{
+    OutputJob job;
+    job.path = directory + u'/' + selfCheckNameOf(root);
+    job.make = [&root, path = job.path](const QByteArray &) {
+        JobTexts texts;
+        texts.files.push_back({path, selfCheckOf(root).toUtf8(), {}});
+        return texts;
+    };
+    return job;
+}
+
 } // namespace
 
 OutputJobs headerJobs(const VMRootArchive &root, const OutputOptions &options, bool skipUpToDate)
@@ -42,6 +55,8 @@ OutputJobs headerJobs(const VMRootArchive &root, const OutputOptions &options, b
         };
         jobs.push_back(std::move(job));
     }
+    if (options.selfCheck)
+        jobs.push_back(selfCheckJob(root, options.directory));
     return jobs;
 }
 

@@ -27,6 +27,11 @@ struct OutputOptions {
     QString pool;      ///< the directory with the fixed files of a site
     int threads = 1;   ///< how many make texts at a time; from 1
 
+    /// Adds to headers and packages a file of assertions, with which a compiler or simulator checks them:
+    /// SOC_self_check.c or SOC_self_check.vhd in the directory, named after the root file.
+    bool selfCheck = false;
+    bool accepted = false; ///< makes comments of what VHDL refuses in packages
+
     std::function<void(const QString &path)> progress = {}; ///< hears of each file before it is written
     std::function<void(const QString &text)> trace = {};    ///< hears what VMMemoryMap::generateCHeaders traces
 };

@@ -19,3 +19,6 @@ typedef void VOID;
 
 // Addresses are used as they stand: there is no window to move them into.
 #define KSEG1(address) (address)
+
+// What expressions call. A count beyond 31 starts again at 0, as it does in descriptions.
+#define EXP2(exponent) (1 << ((exponent)&31))
