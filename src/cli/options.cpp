@@ -3,6 +3,7 @@
 #include "cli/commands.h"
 #include "cli/program_rules.h"
 #include "cli/session.h"
+#include "cli/word_completion.h"
 #include "text/literals.h"
 
 #include <CLI/CLI.hpp>
@@ -298,7 +299,9 @@ Command addComplete(CLI::App &app, Arguments &arguments)
     CLI::App *command = app.add_subcommand("complete", "List what may stand behind the last dot of a path");
     addRoots(*command, arguments);
     command->add_flag("--json", arguments.json, "as a JSON list");
-    command->footer("One candidate a line: name, arguments, result and help, with tabs between them.\n\n"
+    command->footer("One candidate a line: name, arguments, result and help, with tabs between them.\n"
+                    "'veldmap complete --words WORD...' lists for shells what the last of the words of a command line\n"
+                    "may become.\n\n"
                     "Example:\n"
                     "  veldmap complete --chip soc.xml '$UART0.'");
     return {command, complete, true, {u"text"_s, 1}};
@@ -462,8 +465,10 @@ int runCommandLine(int argc, char **argv, Session &session)
                "  veldmap eval '0x10+0b11'\n\n"
                "'veldmap COMMAND --help' tells more of a command. Numbers are decimal, 0x hexadecimal or 0b binary.\n"
                "The exit status is 0 when all was done, 1 when something failed, 2 for wrong usage.");
-    std::optional<std::vector<std::string>> given =
-        expandOptionFiles({argv + qMin(argc, 1), argv + argc}, session.messages);
+    std::vector<std::string> typed(argv + qMin(argc, 1), argv + argc);
+    if (typed.size() > 1 && typed[0] == "complete" && typed[1] == "--words")
+        return completeWords(app, {typed.begin() + 2, typed.end()}, session); // they need not make sense yet
+    std::optional<std::vector<std::string>> given = expandOptionFiles(typed, session.messages);
     if (!given)
         return kWrongUsage;
     std::ranges::reverse(*given); // as CLI11 wants them
