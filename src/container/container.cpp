@@ -5,12 +5,14 @@
 #include "container/md5.h"
 #include "container/rules.h"
 #include "files/file_reader.h"
+#include "files/file_rules.h"
 #include "files/file_writer.h"
 #include "files/paths.h"
 #include "findings/callback_sink.h"
 #include "findings/limits.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QtEndian>
 
 #include <algorithm>
@@ -122,12 +124,14 @@ bool encryptDescription(const QString &source, const QString &destination, Sink 
         return fail(rules::sourceNotRead, {source, file.errorString()});
     if (document.size() > limits::kDocumentBytes)
         return fail(rules::sourceTooLarge, {QString::number(limits::kDocumentBytes)}, {source});
-    QString reason;
-    bool isOpened = false;
-    if (writeWholeFile(destination, enciphered(document), reason, &isOpened))
+    removeLeftovers(QFileInfo(destination).path());
+    const WriteResult result = writeWholeFile(destination, enciphered(document));
+    if (result.outcome == WriteResult::InPlace)
+        sink.take(Finding(file_rules::kInPlace, {}, {destination, result.reason}));
+    if (result.outcome != WriteResult::Failed)
         return true;
-    return isOpened ? fail(rules::destinationNotWritten, {destination, reason})
-                    : fail(rules::sourceNotOpened, {destination});
+    return result.isOpened ? fail(rules::destinationNotWritten, {destination, result.reason})
+                           : fail(rules::sourceNotOpened, {destination});
 }
 
 } // namespace veldmap

@@ -5,8 +5,40 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <filesystem>
+#ifdef Q_OS_WIN
+
+#include <QSaveFile>
+
+namespace veldmap {
+
+WriteResult writeWholeFile(const QString &path, const QByteArray &content, const WriteOptions &options)
+{
+    QFile old(path);
+    if (options.keepsSame && old.size() == content.size() && old.open(QIODevice::ReadOnly) && old.readAll() == content)
+        return {WriteResult::Unchanged, {}, true};
+    QSaveFile file(path);
+    const bool isOpened = file.open(QIODevice::WriteOnly);
+    if (isOpened && file.write(content) == content.size() && file.commit())
+        return {WriteResult::Written, {}, true};
+    return {WriteResult::Failed, file.errorString(), isOpened};
+}
+
+void removeLeftovers(const QString &) {}
+
+void removeBegunFiles() noexcept {}
+
+} // namespace veldmap
+
+#else
+
+#include "files/begun_file.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <system_error>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -14,16 +46,9 @@ namespace veldmap {
 
 namespace {
 
-bool writeAll(QFile &file, const QByteArray &content, QString &reason)
+WriteResult failed(int error, bool isOpened)
 {
-    if (file.write(content) == content.size() && file.flush()) {
-        file.close();
-        if (file.error() == QFile::NoError)
-            return true;
-    }
-    // A write that comes to its end early sets no error: the disk is full, or the file may not grow further.
-    reason = file.error() == QFile::NoError ? u"No room for all of it"_s : file.errorString();
-    return false;
+    return {WriteResult::Failed, systemText(error), isOpened};
 }
 
 /// What stands behind the link \a path, and behind links that it leads to, also if nothing is there yet. Empty when the
@@ -42,72 +67,102 @@ QString targetOf(const QString &path)
     return {};
 }
 
-/// Opens a new file beside \a target, under a name that no other file has.
-bool openBeside(const QString &target, QFile &file)
+bool isLink(const QByteArray &path)
 {
-    constexpr int kTries = 100;
-    const qsizetype name = target.lastIndexOf(u'/') + 1;
-    for (int number = 0; number < kTries; ++number) {
-        file.setFileName(target.first(name) + u'.' + target.sliced(name) + u".%1.tmp"_s.arg(number));
-        if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
-            return true;
-        if (!QFileInfo::exists(file.fileName()))
-            return false; // it is not the name that stands in the way
-    }
-    return false;
+    struct stat status = {};
+    return ::lstat(path.constData(), &status) == 0 && S_ISLNK(status.st_mode);
 }
 
-bool writeOver(const QString &target, const QByteArray &content, QString &reason, bool &opened)
+/// Whether the file \a path, of \a size bytes, holds \a content.
+bool holds(const QByteArray &path, off_t size, const QByteArray &content)
 {
-    QFile file(target);
-    opened = file.open(QIODevice::WriteOnly);
-    if (!opened) {
-        reason = file.errorString();
+    if (size != content.size())
         return false;
+    const int descriptor = ::open(path.constData(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0)
+        return false;
+    char piece[65536];
+    qsizetype at = 0;
+    ssize_t count = 1;
+    while (at < content.size() && count > 0) {
+        count = ::read(descriptor, piece, sizeof piece);
+        if (count < 0 && errno == EINTR)
+            count = 1;
+        else if (count > content.size() - at || std::memcmp(piece, content.constData() + at, qMax<ssize_t>(count, 0)))
+            count = 0;
+        else
+            at += count;
     }
-    return writeAll(file, content, reason);
+    ::close(descriptor);
+    return at == content.size();
 }
 
-/// Moves \a file to \a target, which it replaces.
-bool moveOver(const QString &file, const QString &target, QString &reason)
+/// Writes to what \a path leads to and keeps it: a device, a pipe, or a file that nothing can take the place of.
+WriteResult writeOver(const QByteArray &path, const QByteArray &content)
 {
-    std::error_code error;
-    std::filesystem::rename(nativePath(file), nativePath(target), error);
-    if (error)
-        reason = QString::fromStdString(error.message());
-    return !error;
+    const int descriptor = ::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (descriptor < 0)
+        return failed(errno, false);
+    int error = writeAll(descriptor, content);
+    if (::close(descriptor) != 0 && errno != EINTR && error == 0)
+        error = errno;
+    return error ? failed(error, true) : WriteResult{WriteResult::Written, {}, true};
+}
+
+/// The same of a file, since \a reason is why no other can take its place.
+WriteResult writeInPlace(const QByteArray &path, const QByteArray &content, int reason)
+{
+    WriteResult result = writeOver(path, content);
+    if (result.outcome == WriteResult::Written)
+        result = {WriteResult::InPlace, systemText(reason), true};
+    return result;
+}
+
+/// Puts a new file in the place of \a target, which is \a old unless that is null.
+WriteResult replace(const QByteArray &target, const struct stat *old, const QByteArray &content)
+{
+    const qsizetype slash = target.lastIndexOf('/');
+    const auto mayBeInPlace = [old](int error) { return old && (error == EACCES || error == EPERM); };
+    BegunFile file;
+    if (const int error = file.open(slash < 0 ? "." : slash == 0 ? "/" : target.first(slash)))
+        return mayBeInPlace(error) ? writeInPlace(target, content, error) : failed(error, false);
+    if (old)
+        file.setPermissions(old->st_mode & 07777);
+    if (const int error = file.write(content))
+        return failed(error, true);
+    // In a directory as /tmp only the owner of a file may put another in its place.
+    if (const int error = file.moveOver(target))
+        return mayBeInPlace(error) ? writeInPlace(target, content, error) : failed(error, true);
+    return {WriteResult::Written, {}, true};
 }
 
 } // namespace
 
-bool writeWholeFile(const QString &path, const QByteArray &content, QString &reason, bool *opened)
+WriteResult writeWholeFile(const QString &path, const QByteArray &content, const WriteOptions &options)
 {
-    bool ignored = false;
-    bool &isOpened = opened ? *opened : ignored;
-    isOpened = false;
-    namespace fs = std::filesystem;
-    std::error_code error;
-    const QString target = targetOf(path);
-    if (target.isEmpty()) {
-        reason = path.isEmpty() ? u"The file has no name"_s : u"Too many levels of symbolic links"_s;
-        return false;
+    if (path.isEmpty())
+        return {WriteResult::Failed, u"The file has no name"_s};
+    QByteArray target = QFile::encodeName(path);
+    bool isReplacedLink = false;
+    if (isLink(target)) {
+        const QString behind = targetOf(path);
+        if (behind.isEmpty())
+            return failed(ELOOP, false);
+        isReplacedLink = !options.linksWithin.isEmpty() && !leadsBelow(options.linksWithin, behind);
+        if (!isReplacedLink)
+            target = QFile::encodeName(behind);
     }
-    const fs::file_status status = fs::status(nativePath(target), error);
+    struct stat old = {};
+    if (isReplacedLink || ::stat(target.constData(), &old) != 0)
+        return isReplacedLink || errno == ENOENT ? replace(target, nullptr, content) : failed(errno, false);
     // What is no plain file (a device, a directory) is not replaced, and neither is one that may not be written.
-    const bool exists = fs::exists(status);
-    const bool isReplaceable = fs::is_regular_file(status) && QFileInfo(target).isWritable();
-    QFile file;
-    if ((exists && !isReplaceable) || !openBeside(target, file))
-        return writeOver(target, content, reason, isOpened);
-    isOpened = true;
-    if (exists)
-        fs::permissions(nativePath(file.fileName()), status.permissions(), error);
-    const bool isWritten = writeAll(file, content, reason);
-    if (isWritten && moveOver(file.fileName(), target, reason))
-        return true;
-    file.remove();
-    // In a directory as /tmp only the owner of a file may put another in its place.
-    return isWritten && exists && writeOver(target, content, reason, isOpened);
+    if (!S_ISREG(old.st_mode))
+        return writeOver(target, content);
+    if (options.keepsSame && holds(target, old.st_size, content))
+        return {WriteResult::Unchanged, {}, true};
+    return ::access(target.constData(), W_OK) == 0 ? replace(target, &old, content) : writeOver(target, content);
 }
 
 } // namespace veldmap
+
+#endif

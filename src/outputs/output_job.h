@@ -3,6 +3,7 @@
 #include "findings/finding.h"
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QString>
 #include <QStringList>
 
@@ -29,10 +30,13 @@ struct JobTexts {
 /// One step of an output: a file, or the files of one description, and how their text is made.
 struct OutputJob {
     QString path;            ///< of the first file
+    QStringList further;     ///< paths of the files behind it
     QString name;            ///< of the file or page in words that name several
     QString refusal;         ///< why it is not written, empty when it is
     QString directory;       ///< made below the directory of the output, if it is named
-    QString description;     ///< the file is left alone when it is newer than this one, if one is named
+    bool maySkip = false;    ///< the files are left alone when they are newer than what they are made from
+    QDateTime described;     ///< the time of that; invalid if it is not known, which is no reason to write
+    QString copied;          ///< the file that is copied, if one is
     QString outside;         ///< where the file lies, if that is not below the directory of the output
     bool isPage = false;     ///< the first page that can't be written ends the pages
     bool waits = false;      ///< made in its turn only, since it reads files

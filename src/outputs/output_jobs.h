@@ -13,7 +13,7 @@ struct OutputOptions;
 // The jobs of the outputs. They read \a root when they are done, so it must outlive them and stay as it is.
 
 /// The C header and, where asked for, the assembly header of each description.
-OutputJobs headerJobs(const VMRootArchive &root, const OutputOptions &options, bool skipUpToDate);
+OutputJobs headerJobs(const VMMemoryMap &map, const VMRootArchive &root, const OutputOptions &options);
 /// The package of each description of the chip.
 OutputJobs vhdlJobs(const VMRootArchive &root, const OutputOptions &options);
 /// The fixed files of the site, then its menu, frames and pages.

@@ -1,34 +1,29 @@
 #include "outputs/output_run.h"
 
 #include "files/directories.h"
-#include "files/file_writer.h"
+#include "files/file_rules.h"
+#include "files/paths.h"
 #include "outputs/ordered_work.h"
 #include "outputs/output_rules.h"
 
-#include <QDateTime>
 #include <QFileInfo>
+
+#include <algorithm>
+#include <system_error>
 
 using namespace Qt::StringLiterals;
 
 namespace veldmap {
 
-namespace {
-
-/// Whether the file of \a job is newer than the description that it is made from. One whose time is not known is no
-/// reason to write.
-bool isUpToDate(const OutputJob &job)
-{
-    if (job.description.isEmpty())
-        return false;
-    const QDateTime written = QFileInfo(job.path).lastModified();
-    const QDateTime described = QFileInfo(job.description).lastModified();
-    return written.isValid() && (!described.isValid() || described < written);
-}
-
-} // namespace
-
 OutputFiles OutputRun::run()
 {
+    for (const OutputJob &job : m_jobs) {
+        if (m_options.asPublished || !job.refusal.isEmpty())
+            continue;
+        m_lastJobs[job.path] = &job;
+        for (const QString &path : job.further)
+            m_lastJobs[path] = &job;
+    }
     OrderedWork(*this, static_cast<qsizetype>(m_jobs.size())).run(m_options.threads);
     tellFiles();
     return m_files;
@@ -70,11 +65,29 @@ void OutputRun::take(qsizetype at, Made made)
         if (m_options.trace)
             m_options.trace("Skipping "_L1 + job.path);
         m_files.skipped += job.path;
+        if (!m_options.asPublished)
+            m_files.skipped += job.further;
         return;
     }
     if (!job.outside.isEmpty())
         m_files.outside += job.outside;
     write(job, made ? std::move(*made) : textsOf(job));
+}
+
+/// Whether the files of \a job are newer than what they are made from.
+bool OutputRun::isUpToDate(const OutputJob &job) const
+{
+    const auto isNewer = [&job](const QString &path) {
+        const QDateTime written = QFileInfo(path).lastModified();
+        return written.isValid() && (!job.described.isValid() || job.described < written);
+    };
+    return job.maySkip && isNewer(job.path) && (m_options.asPublished || std::ranges::all_of(job.further, isNewer));
+}
+
+/// Whether a later job writes the file \a path of \a job too.
+bool OutputRun::isTakenLater(const QString &path, const OutputJob &job) const
+{
+    return m_lastJobs.value(path, &job) != &job;
 }
 
 JobTexts OutputRun::textsOf(const OutputJob &job)
@@ -102,8 +115,9 @@ void OutputRun::write(const OutputJob &job, JobTexts texts)
 {
     for (const Finding &finding : texts.findings)
         m_sink.take(finding);
+    if (!job.copied.isEmpty())
+        (texts.isMissing ? m_files.missing : m_files.copied) += texts.isMissing ? job.name : job.copied;
     if (texts.isMissing) {
-        m_files.missing += job.name;
         return;
     }
     if (!texts.failure.isEmpty()) {
@@ -122,19 +136,44 @@ void OutputRun::write(const OutputJob &job, JobTexts texts)
 
 bool OutputRun::writeFile(const OutputText &text, const OutputJob &job)
 {
+    if (isTakenLater(text.path, job))
+        return true;
     if (m_options.trace) {
         for (const QString &line : text.trace)
             m_options.trace(line);
     }
     if (m_options.progress)
         m_options.progress(text.path);
-    QString reason;
-    if (!writeWholeFile(text.path, text.bytes, reason)) {
-        fail(job, text.path, reason);
-        return false;
+    const QString directory = QFileInfo(text.path).path();
+    if (!m_clearedDirectories.contains(directory)) {
+        removeLeftovers(directory);
+        m_clearedDirectories += directory;
     }
-    m_files.written += text.path;
-    return true;
+    WriteOptions how;
+    if (!m_options.asPublished)
+        how = {true, m_options.directory};
+    const WriteResult result = writeWholeFile(text.path, text.bytes, how);
+    if (result.outcome == WriteResult::Failed)
+        fail(job, text.path, reasonOf(directory, result));
+    else
+        noteWritten(text.path, result);
+    return result.outcome != WriteResult::Failed;
+}
+
+void OutputRun::noteWritten(const QString &path, const WriteResult &result)
+{
+    (result.outcome == WriteResult::Unchanged ? m_files.unchanged : m_files.written) += path;
+    if (result.outcome == WriteResult::InPlace)
+        m_files.inPlace.append({path, result.reason});
+}
+
+/// Why a file in \a directory could not be written. A directory that is not there could not be made before.
+QString OutputRun::reasonOf(const QString &directory, const WriteResult &result) const
+{
+    std::error_code error;
+    if (!result.isOpened && directory != m_options.directory && !QFileInfo::exists(directory))
+        std::filesystem::create_directories(nativePath(directory), error);
+    return error ? systemText(error.value()) : result.reason;
 }
 
 void OutputRun::fail(const OutputJob &job, const QString &path, const QString &reason)
@@ -163,6 +202,8 @@ void OutputRun::tellFiles()
 {
     for (const QString &file : m_files.outside)
         m_sink.take(Finding(output_rules::kOutside, {}, {file, m_options.directory}));
+    for (const FailedFile &file : m_files.inPlace)
+        m_sink.take(Finding(file_rules::kInPlace, {}, {file.path, file.reason}));
     for (const QString &page : m_overwritten)
         m_sink.take(Finding(output_rules::kOverwritten, {}, {page}));
     if (!m_files.missing.isEmpty())

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "files/file_writer.h"
 #include "outputs/output_job.h"
 #include "outputs/outputs.h"
 
+#include <QHash>
 #include <QSet>
 
 #include <mutex>
@@ -29,8 +31,12 @@ public:
 private:
     JobTexts textsOf(const OutputJob &job);
     bool isUnreached(const OutputJob &job);
+    bool isUpToDate(const OutputJob &job) const;
+    bool isTakenLater(const QString &path, const OutputJob &job) const;
     void write(const OutputJob &job, JobTexts texts);
     bool writeFile(const OutputText &text, const OutputJob &job);
+    void noteWritten(const QString &path, const WriteResult &result);
+    QString reasonOf(const QString &directory, const WriteResult &result) const;
     void fail(const OutputJob &job, const QString &path, const QString &reason);
     void notePage(const OutputJob &job);
     void giveBack(QByteArray buffer);
@@ -40,9 +46,11 @@ private:
     const OutputOptions &m_options;
     Sink &m_sink;
     OutputFiles m_files;
-    QStringList m_overwritten; // paths of pages
-    QSet<QString> m_pages;     // paths of those written
-    std::mutex m_mutex;        // of what follows
+    QHash<QString, const OutputJob *> m_lastJobs; // by path, the last that writes it; empty when all are written
+    QSet<QString> m_clearedDirectories;           // that hold no leftovers
+    QStringList m_overwritten;                    // paths of pages
+    QSet<QString> m_pages;                        // paths of those written
+    std::mutex m_mutex;                           // of what follows
     bool m_arePagesEnded = false;
     std::vector<QByteArray> m_buffers; // that no text uses now
 };

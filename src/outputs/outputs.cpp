@@ -14,11 +14,7 @@ struct OutputRow {
     bool isOfChip; ///< there is none of the software
 };
 constexpr OutputRow kOutputs[] = {
-    {Output::Headers,
-     [](const VMMemoryMap &map, const VMRootArchive &root, const OutputOptions &options) {
-         return headerJobs(root, options, map.skipUpToDate);
-     },
-     false},
+    {Output::Headers, headerJobs, false},
     {Output::Vhdl,
      [](const VMMemoryMap &, const VMRootArchive &root, const OutputOptions &options) {
          return vhdlJobs(root, options);
@@ -31,13 +27,30 @@ constexpr OutputRow kOutputs[] = {
      false},
 };
 
+/// The jobs of \a output, none where its root is not loaded.
+OutputJobs jobsOf(const VMMemoryMap &map, Output output, const OutputOptions &options)
+{
+    const OutputRow &row = *std::ranges::find(kOutputs, output, &OutputRow::output);
+    const VMRootArchive *root = options.chip || row.isOfChip ? map.chipRootArchive : map.softRootArchive;
+    return root ? row.jobs(map, *root, options) : OutputJobs();
+}
+
 } // namespace
 
 OutputFiles writeOutput(const VMMemoryMap &map, Output output, const OutputOptions &options, Sink &sink)
 {
-    const OutputRow &row = *std::ranges::find(kOutputs, output, &OutputRow::output);
-    const VMRootArchive *root = options.chip || row.isOfChip ? map.chipRootArchive : map.softRootArchive;
-    return root ? runJobs(row.jobs(map, *root, options), options, sink) : OutputFiles();
+    return runJobs(jobsOf(map, output, options), options, sink);
+}
+
+QStringList pathsOf(const VMMemoryMap &map, Output output, const OutputOptions &options)
+{
+    QStringList paths;
+    for (const OutputJob &job : jobsOf(map, output, options)) {
+        if (job.refusal.isEmpty())
+            paths << job.path << job.further;
+    }
+    paths.removeDuplicates();
+    return paths;
 }
 
 } // namespace veldmap

@@ -4,6 +4,7 @@
 #include <veldmap/veldmap_export.h>
 
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 
@@ -32,12 +33,17 @@ struct OutputOptions {
     bool selfCheck = false;
     bool accepted = false; ///< makes comments of what VHDL refuses in packages
 
+    QStringList sources = {}; ///< all files that were read for the description; if none are named, those of its tree
+    bool asPublished = false; ///< as the operations of the memory map do: files that hold the same are written again, a
+                              ///< header depends on its own description alone, links lead wherever they do
+
     std::function<void(const QString &path)> progress = {}; ///< hears of each file before it is written
     std::function<void(const QString &text)> trace = {};    ///< hears what VMMemoryMap::generateCHeaders traces
 };
 
 /// Writes \a output of \a map, headers as its skipUpToDate says, and tells what became of each file. Each is written
-/// whole or not at all. A root that is not loaded has no files.
+/// whole or not at all, and only if it does not hold the same already. Where several have one path, the last of them is
+/// written. A link that leads out of the directory is replaced. A root that is not loaded has no files.
 ///
 /// \a sink hears, in this order, what the texts are found to be lacking (what VHDL will not take of a description),
 /// then what is to be told of the files: those outside the directory, pages that take the place of others, files that
@@ -46,5 +52,8 @@ struct OutputOptions {
 /// Files, what is told and traced, and their order are the same for every number of threads. Progress, traces and
 /// findings come one at a time, also where other threads make texts meanwhile; nothing may change \a map until then.
 VELDMAP_EXPORT OutputFiles writeOutput(const VMMemoryMap &map, Output output, const OutputOptions &options, Sink &sink);
+
+/// The files that writeOutput would write, in their order, each once.
+VELDMAP_EXPORT QStringList pathsOf(const VMMemoryMap &map, Output output, const OutputOptions &options);
 
 } // namespace veldmap

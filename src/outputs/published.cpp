@@ -29,6 +29,7 @@ veldmap::OutputOptions inDirectory(const QString &directory)
 {
     veldmap::OutputOptions options;
     options.directory = directory;
+    options.asPublished = true;
     options.pool = kDefaultPool;
     return options;
 }
@@ -82,8 +83,8 @@ bool VMMemoryMap::copyFile(const QString &source, const QString &target)
     if (!file.open(QIODevice::ReadOnly))
         return false;
     const QByteArray content = file.readAll();
-    QString reason;
-    return file.error() == QFile::NoError && veldmap::writeWholeFile(target, content, reason);
+    return file.error() == QFile::NoError &&
+           veldmap::writeWholeFile(target, content).outcome != veldmap::WriteResult::Failed;
 #endif
 }
 

@@ -80,9 +80,8 @@ OutputJobs poolJobs(const OutputOptions &options)
         job.path = options.directory + u'/' + file;
         job.name = file;
         job.waits = true; // what was written before may be what is copied
-        job.make = [path = job.path, source = options.pool + u'/' + file](const QByteArray &) {
-            return copyOf(source, path);
-        };
+        job.copied = options.pool + u'/' + file;
+        job.make = [path = job.path, source = job.copied](const QByteArray &) { return copyOf(source, path); };
         jobs.push_back(std::move(job));
     }
     return jobs;

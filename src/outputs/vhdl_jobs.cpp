@@ -5,6 +5,8 @@
 #include "outputs/outputs.h"
 #include "vhdl/packages.h"
 
+#include <QDir>
+
 using namespace Qt::StringLiterals;
 
 namespace veldmap {
@@ -12,13 +14,13 @@ namespace veldmap {
 namespace {
 
 /// Why the package of \a archive is not written; empty when it can be. Its name comes from the description, as it
-/// stands there, and its place is that of the description below its root.
-QString refusalOf(const VMXMLArchive &archive, const QString &path, const QString &directory)
+/// stands there.
+QString refusalOf(const VMXMLArchive &archive)
 {
     const QString package = archive.getVHDLPkgName();
     if (package.contains(u'/') || package.contains(".."_L1))
         return u"the name of a package may lead nowhere else"_s;
-    return liesBelow(directory, path) ? QString() : u"it would lie outside the directory"_s;
+    return {};
 }
 
 } // namespace
@@ -30,7 +32,9 @@ OutputJobs vhdlJobs(const VMRootArchive &root, const OutputOptions &options)
     for (const VMXMLArchive *archive : root.xmlArchives) {
         OutputJob job;
         job.path = options.directory + u'/' + archive->getVHDLFileRelativeName();
-        job.refusal = refusalOf(*archive, job.path, options.directory);
+        job.refusal = refusalOf(*archive);
+        if (!liesBelow(options.directory, job.path))
+            job.outside = QDir::cleanPath(job.path);
         job.directory = archive->getRelativePath(false);
         job.make = [archive, packages, path = job.path](const QByteArray &) {
             JobTexts texts;

@@ -1,5 +1,6 @@
 #include "target/image.h"
 
+#include "files/file_rules.h"
 #include "files/file_writer.h"
 #include "findings/finding.h"
 #include "model/visit.h"
@@ -7,6 +8,7 @@
 #include "text/lines.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QList>
 
 #include <algorithm>
@@ -101,11 +103,13 @@ bool TargetImage::followPointersTo(const VMXMLElement &element) const
 
 bool TargetImage::save(Sink &sink) const
 {
-    QString reason;
-    const bool isWritten = writeWholeFile(m_path, m_bytes, reason);
-    if (!isWritten)
-        sink.take(Finding(target_rules::kUnwritable, {}, {m_path, reason}));
-    return isWritten;
+    removeLeftovers(QFileInfo(m_path).path());
+    const WriteResult result = writeWholeFile(m_path, m_bytes);
+    if (result.outcome == WriteResult::InPlace)
+        sink.take(Finding(file_rules::kInPlace, {}, {m_path, result.reason}));
+    if (result.outcome == WriteResult::Failed)
+        sink.take(Finding(target_rules::kUnwritable, {}, {m_path, result.reason}));
+    return result.outcome != WriteResult::Failed;
 }
 
 QString TargetImage::description() const

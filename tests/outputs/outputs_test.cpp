@@ -21,7 +21,8 @@ struct Result {
     QStringList content;
 };
 
-Result resultOf(const Loaded &soc, veldmap::Output output, const QString &directory, int threads)
+Result resultOf(const Loaded &soc, veldmap::Output output, const QString &directory, int threads,
+                bool asPublished = false)
 {
     Result result;
     const QString site = soc.path(directory);
@@ -31,13 +32,14 @@ Result resultOf(const Loaded &soc, veldmap::Output output, const QString &direct
     options.directory = site;
     options.pool = soc.path(u"pool"_s);
     options.threads = threads;
+    options.asPublished = asPublished;
     options.progress = [&](const QString &path) { result.heard += shortened(path); };
     options.trace = [&](const QString &text) { result.heard += u"trace "_s + shortened(text); };
     veldmap::FindingList list;
     const veldmap::OutputFiles files = veldmap::writeOutput(*soc.map, output, options, list);
     for (const veldmap::Finding &finding : list.findings)
         result.told += shortened(placedText(finding)).replace(site, u"DIR"_s).replace(soc.directory->path(), u"."_s);
-    result.files = files.written + files.skipped + files.missing + files.unreached;
+    result.files = files.written + files.unchanged + files.skipped + files.missing + files.unreached;
     for (const veldmap::FailedFile &file : files.failed)
         result.files += file.path + u' ' + file.reason;
     for (QString &file : result.files)
@@ -57,14 +59,14 @@ Result resultOf(const Loaded &soc, veldmap::Output output, const QString &direct
 
 /// The result of one thread, which those of more threads must equal.
 Result sameForAllThreads(const Loaded &soc, veldmap::Output output,
-                         const std::function<void(const QString &directory)> &prepare = {})
+                         const std::function<void(const QString &directory)> &prepare = {}, bool asPublished = false)
 {
     Result first;
     for (const int threads : {1, 2, 4, 16}) {
         const QString directory = u"out"_s + QString::number(threads);
         if (prepare)
             prepare(soc.path(directory));
-        const Result result = resultOf(soc, output, directory, threads);
+        const Result result = resultOf(soc, output, directory, threads, asPublished);
         if (threads == 1)
             first = result;
         EXPECT_EQ(result.told, first.told) << threads;
@@ -131,19 +133,105 @@ TEST(Outputs, LaterFilesTakeThePlaceOfEarlierOnes)
                       {u"a.new.xml"_s, u"<archive asm='no'><module name='n'><reg name='last'/></module>"
                                        "<instance name='I' type='n'/></archive>"_s}});
     ASSERT_TRUE(soc.isLoaded()) << soc.errors.join(u'|').toStdString();
-    const Result headers = sameForAllThreads(soc, veldmap::Output::Headers);
-    EXPECT_EQ(headers.files.filter(u"a.h"_s), QStringList({u"a.h"_s, u"a.h"_s}));
-    EXPECT_TRUE(headers.content.first().contains(u"last"_s));
+    for (const bool asPublished : {false, true}) {
+        const Result headers = sameForAllThreads(soc, veldmap::Output::Headers, {}, asPublished);
+        EXPECT_EQ(headers.files.filter(u"a.h"_s).size(), asPublished ? 2 : 1);
+        EXPECT_TRUE(headers.content.first().contains(u"last"_s));
+    }
     const Result site = sameForAllThreads(soc, veldmap::Output::Docs);
     EXPECT_EQ(site.told.first(), u"I.html shows the last of several instances of that name."_s);
     EXPECT_TRUE(site.content.filter(u"I.html"_s).first().contains(u"last"_s));
 
     // The first makes the file newer than the description of the second, which is then left alone.
     soc.map->skipUpToDate = true;
-    const Result skipped = sameForAllThreads(soc, veldmap::Output::Headers);
+    const Result skipped = sameForAllThreads(soc, veldmap::Output::Headers, {}, true);
     EXPECT_EQ(skipped.heard.filter(u"trace Skipping a.h"_s).size(), 2) << "from the run before";
-    const Result fresh = sameForAllThreads(soc, veldmap::Output::Headers,
-                                           [](const QString &directory) { QDir(directory).removeRecursively(); });
+    const Result fresh = sameForAllThreads(
+        soc, veldmap::Output::Headers, [](const QString &directory) { QDir(directory).removeRecursively(); }, true);
     EXPECT_EQ(fresh.heard.filter(u"trace Skipping a.h"_s).size(), 1);
     EXPECT_TRUE(fresh.content.filter(u"a.h"_s).first().contains(u"500"_s));
+}
+
+TEST(Outputs, OnlyWhatDiffersIsWritten)
+{
+    const Loaded soc(manyFiles(3));
+    ASSERT_TRUE(soc.isLoaded()) << soc.errors.join(u'|').toStdString();
+    QDir().mkpath(soc.path(u"out"_s));
+    QDir().mkpath(soc.path(u"elsewhere"_s));
+    veldmap::OutputOptions options;
+    options.directory = soc.path(u"out"_s);
+    const auto write = [&] {
+        veldmap::FindingList list;
+        return veldmap::writeOutput(*soc.map, veldmap::Output::Headers, options, list);
+    };
+    const veldmap::OutputFiles first = write();
+    EXPECT_EQ(first.written, veldmap::pathsOf(*soc.map, veldmap::Output::Headers, options));
+    EXPECT_EQ(first.written.size(), 8);
+    EXPECT_EQ(write().unchanged, first.written);
+
+    // Of the same size; longer; shorter; a link out of the directory, to what would be right; one that stays inside.
+    const auto header = [&](const QString &name) { return options.directory + u"/sub/"_s + name; };
+    const auto spoil = [&](const QString &name, const QString &content) { writeFile(header(name), content.toUtf8()); };
+    const QString right = readFile(header(u"a0.h"_s));
+    spoil(u"a0.h"_s, u'#' + right.sliced(1));
+    spoil(u"a0_asm.h"_s, readFile(header(u"a0_asm.h"_s)) + u' ');
+    spoil(u"a1.h"_s, {});
+    const auto moveBehindLink = [&](const QString &name, const QString &target) {
+        ASSERT_TRUE(QFile::rename(header(name), target));
+        ASSERT_TRUE(QFile::link(target, header(name)));
+    };
+    const QString outside = soc.path(u"elsewhere/a2.h"_s);
+    moveBehindLink(u"a2.h"_s, outside);
+    moveBehindLink(u"a2_asm.h"_s, options.directory + u"/kept.h"_s);
+    writeFile(options.directory + u"/.veldmap-1-0.tmp"_s, "of a process that was killed");
+    const veldmap::OutputFiles again = write();
+    EXPECT_EQ(again.written,
+              QStringList({header(u"a0.h"_s), header(u"a0_asm.h"_s), header(u"a1.h"_s), header(u"a2.h"_s)}));
+    EXPECT_EQ(readFile(header(u"a0.h"_s)), right);
+    EXPECT_FALSE(QFileInfo(header(u"a2.h"_s)).isSymLink());
+    EXPECT_TRUE(QFileInfo::exists(outside));
+    EXPECT_TRUE(QFileInfo(header(u"a2_asm.h"_s)).isSymLink());
+    EXPECT_EQ(QDir(options.directory).entryList(QDir::Files | QDir::Hidden),
+              QStringList({u"kept.h"_s, u"soc.h"_s, u"soc_asm.h"_s}));
+
+    options.asPublished = true;
+    EXPECT_EQ(write().written, first.written);
+}
+
+TEST(Outputs, HeadersAreUpToDateOnlyIfAllThatIsReadIsOlder)
+{
+    const Loaded soc(
+        {{u"soc.xml"_s, u"<archive><include file='a.xml'/><include file='b/c.xml' optional='yes'/></archive>"_s},
+         {u"a.xml"_s, u"<archive><var name='A' value='1'/></archive>"_s}});
+    ASSERT_TRUE(soc.isLoaded()) << soc.errors.join(u'|').toStdString();
+    soc.map->skipUpToDate = true;
+    const QDateTime noon(QDate(2026, 1, 1), QTime(12, 0));
+    const auto setTime = [&](const QString &name, int seconds) {
+        QFile file(soc.path(name));
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+        ASSERT_TRUE(file.setFileTime(noon.addSecs(seconds), QFileDevice::FileModificationTime));
+    };
+    const QStringList headers = {u"out/soc.h"_s, u"out/soc_asm.h"_s, u"out/a.h"_s, u"out/a_asm.h"_s};
+    const auto skipped = [&](const QStringList &sources = {}) {
+        QDir().mkpath(soc.path(u"out"_s));
+        veldmap::OutputOptions options;
+        options.directory = soc.path(u"out"_s);
+        options.sources = sources;
+        veldmap::FindingList list;
+        return veldmap::writeOutput(*soc.map, veldmap::Output::Headers, options, list).skipped.size();
+    };
+    EXPECT_EQ(skipped(), 0);
+    for (const QString &header : headers)
+        setTime(header, 10);
+    setTime(u"soc.xml"_s, 0);
+    setTime(u"a.xml"_s, 9);
+    EXPECT_EQ(skipped(), 4);
+    setTime(u"a.xml"_s, 10); // which counts for soc.h too
+    EXPECT_EQ(skipped(), 0);
+    setTime(u"a.xml"_s, 9);
+    setTime(headers[1], 5); // an assembly header alone
+    EXPECT_EQ(skipped(), 2);
+    EXPECT_EQ(skipped({soc.path(u"soc.xml"_s)}), 4);
+    // The directory of a file that is not there is younger than all.
+    EXPECT_EQ(skipped({soc.path(u"soc.xml"_s), soc.path(u"b/c.xml"_s)}), 0);
 }
