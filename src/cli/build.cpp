@@ -19,7 +19,7 @@ ExitStatus build(const Options &options, Session &session)
     // What can be written is, also when something before it could not be.
     bool isComplete = true;
     if (!options.headersDirectory.isEmpty())
-        isComplete = writeFiles(session, Output::Headers, options.headersDirectory, options) && isComplete;
+        isComplete = writeHeaders(session, options.headersDirectory, options) && isComplete;
     if (!options.vhdlDirectory.isEmpty())
         isComplete = writeFiles(session, Output::Vhdl, options.vhdlDirectory, options) && isComplete;
     if (!options.docsDirectory.isEmpty())

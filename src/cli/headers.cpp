@@ -1,4 +1,5 @@
 #include "cli/commands.h"
+#include "cli/description.h"
 #include "cli/session.h"
 #include "cli/writing.h"
 
@@ -7,7 +8,9 @@ namespace veldmap::cli {
 ExitStatus headers(const Options &options, Session &session)
 {
     session.map.skipUpToDate = options.skipUpToDate;
-    return loadAndWrite(options, Output::Headers, session);
+    if (!loadAndLint(options, session))
+        return kFailed;
+    return writeHeaders(session, options.outputDirectory, options) ? kDone : kFailed;
 }
 
 } // namespace veldmap::cli

@@ -35,6 +35,8 @@ struct Arguments {
     std::string format = "text";
     std::optional<bool> explains;
     bool skipUpToDate = false;
+    bool types = false;
+    bool globals = false;
     bool json = false;
     bool recursive = false;
     bool force = false;
@@ -65,6 +67,8 @@ Options optionsOf(const Arguments &arguments)
     options.destination = QString::fromStdString(arguments.destination);
     options.format = QString::fromStdString(arguments.format);
     options.skipUpToDate = arguments.skipUpToDate;
+    options.types = arguments.types;
+    options.globals = arguments.globals;
     options.json = arguments.json;
     options.recursive = arguments.recursive;
     options.force = arguments.force;
@@ -166,6 +170,16 @@ void addSelfCheck(CLI::App &command, Arguments &arguments, const std::string &he
     command.add_flag("--self-check", arguments.selfCheck, help);
 }
 
+/// What is written beside the headers of the files.
+void addExtraHeaders(CLI::App &command, Arguments &arguments, CLI::Option *directory)
+{
+    for (CLI::Option *option : {
+             command.add_flag("--types", arguments.types, "also write veldmap/types.h, the words that headers use"),
+             command.add_flag("--globals", arguments.globals, "also write globals.h, the global variables"),
+         })
+        option->needs(directory);
+}
+
 Command addCheck(CLI::App &app, Arguments &arguments)
 {
     CLI::App *command = app.add_subcommand("check", "Load descriptions and report what is wrong with them");
@@ -191,10 +205,11 @@ Command addHeaders(CLI::App &app, Arguments &arguments)
                       "leave headers alone that are newer than their description");
     addSelfCheck(*command, arguments,
                  "write SOC_self_check.c too, which compiles when the headers say what the tree does");
+    addExtraHeaders(*command, arguments, command->get_option("--output"));
     addLintOptions(*command, arguments.lint);
     command->footer("With both roots the headers lie below DIR/chip and DIR/soft.\n\n"
                     "Examples:\n"
-                    "  veldmap headers --chip soc.xml -o include\n"
+                    "  veldmap headers --chip soc.xml -o include --types --globals\n"
                     "  veldmap headers --chip soc.xml --soft firmware.xml -o include --skip-up-to-date");
     return {command, headers, true};
 }
@@ -230,8 +245,10 @@ Command addBuild(CLI::App &app, Arguments &arguments)
 {
     CLI::App *command = app.add_subcommand("build", "Write headers, packages and documentation from one load");
     addRoots(*command, arguments);
-    command->add_option("--headers", arguments.headersDirectory, "directory for C and assembly headers")
-        ->type_name("DIR");
+    CLI::Option *headersOption =
+        command->add_option("--headers", arguments.headersDirectory, "directory for C and assembly headers")
+            ->type_name("DIR");
+    addExtraHeaders(*command, arguments, headersOption);
     command->add_option("--vhdl", arguments.vhdlDirectory, "directory for VHDL packages")->type_name("DIR");
     command->add_option("--docs", arguments.docsDirectory, "directory for the documentation site")->type_name("DIR");
     addSelfCheck(*command, arguments, "write files of assertions beside headers too");

@@ -34,6 +34,8 @@ struct Options {
     QString docsDirectory;
     QString format; ///< of the findings: text, json or sarif
     bool skipUpToDate = false;
+    bool types = false;     ///< with the header of the words that headers use
+    bool globals = false;   ///< with the headers of the global variables
     bool json = false;
     bool recursive = false;
     bool force = false;

@@ -77,6 +77,19 @@ bool writeFiles(Session &session, Output output, const QString &directory, const
     return isComplete;
 }
 
+bool writeHeaders(Session &session, const QString &directory, const Options &options)
+{
+    const std::pair<bool, Output> outputs[] = {
+        {true, Output::Headers},
+        {options.types, Output::Types},
+        {options.globals, Output::Globals},
+    };
+    bool isComplete = true;
+    for (const auto &[isWanted, output] : outputs)
+        isComplete = (!isWanted || writeFiles(session, output, directory, options)) && isComplete;
+    return isComplete;
+}
+
 ExitStatus loadAndWrite(const Options &options, Output output, Session &session)
 {
     if (!loadAndLint(options, session))

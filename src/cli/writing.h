@@ -12,6 +12,9 @@ struct Session;
 /// it could not be. False, with errors told, when not all could be.
 [[nodiscard]] bool writeFiles(Session &session, Output output, const QString &directory, const Options &options);
 
+/// Writes the headers, and those beside them that \a options ask for, in the same way.
+[[nodiscard]] bool writeHeaders(Session &session, const QString &directory, const Options &options);
+
 /// Loads what \a options name and writes \a output of it.
 ExitStatus loadAndWrite(const Options &options, Output output, Session &session);
 

@@ -25,6 +25,12 @@ constexpr OutputRow kOutputs[] = {
          return siteJobs(root, options);
      },
      false},
+    {Output::Types,
+     [](const VMMemoryMap &, const VMRootArchive &root, const OutputOptions &options) {
+         return typesJobs(root, options);
+     },
+     false},
+    {Output::Globals, globalsJobs, false},
 };
 
 /// The jobs of \a output, none where its root is not loaded.

@@ -16,9 +16,11 @@ class Sink;
 
 /// What can be made of a loaded description.
 enum class Output {
-    Headers, ///< C and assembly headers of a root
-    Vhdl,    ///< VHDL packages of the chip
-    Docs,    ///< the documentation site of a root
+    Headers,   ///< C and assembly headers of a root
+    Vhdl,      ///< VHDL packages of the chip
+    Docs,      ///< the documentation site of a root
+    Types,     ///< veldmap/types.h, which defines the words that headers use
+    Globals,   ///< globals.h and globals_asm.h: the global variables, which no other header defines
 };
 
 /// How an output is written.
