@@ -36,6 +36,7 @@ struct Arguments {
     std::optional<bool> explains;
     bool skipUpToDate = false;
     bool types = false;
+    bool accessors = false;
     bool globals = false;
     bool json = false;
     bool recursive = false;
@@ -68,6 +69,7 @@ Options optionsOf(const Arguments &arguments)
     options.format = QString::fromStdString(arguments.format);
     options.skipUpToDate = arguments.skipUpToDate;
     options.types = arguments.types;
+    options.accessors = arguments.accessors;
     options.globals = arguments.globals;
     options.json = arguments.json;
     options.recursive = arguments.recursive;
@@ -175,6 +177,8 @@ void addExtraHeaders(CLI::App &command, Arguments &arguments, CLI::Option *direc
 {
     for (CLI::Option *option : {
              command.add_flag("--types", arguments.types, "also write veldmap/types.h, the words that headers use"),
+             command.add_flag("--accessors", arguments.accessors,
+                              "also write functions that read and compose registers"),
              command.add_flag("--globals", arguments.globals, "also write globals.h, the global variables"),
          })
         option->needs(directory);

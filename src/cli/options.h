@@ -35,6 +35,7 @@ struct Options {
     QString format; ///< of the findings: text, json or sarif
     bool skipUpToDate = false;
     bool types = false;     ///< with the header of the words that headers use
+    bool accessors = false; ///< with the headers of functions
     bool globals = false;   ///< with the headers of the global variables
     bool json = false;
     bool recursive = false;

@@ -82,6 +82,7 @@ bool writeHeaders(Session &session, const QString &directory, const Options &opt
     const std::pair<bool, Output> outputs[] = {
         {true, Output::Headers},
         {options.types, Output::Types},
+        {options.accessors, Output::Accessors},
         {options.globals, Output::Globals},
     };
     bool isComplete = true;

@@ -14,6 +14,8 @@ struct OutputOptions;
 
 /// The C header and, where asked for, the assembly header of each description.
 OutputJobs headerJobs(const VMMemoryMap &map, const VMRootArchive &root, const OutputOptions &options);
+/// The header of functions of each description.
+OutputJobs accessorJobs(const VMRootArchive &root, const OutputOptions &options);
 /// The header of the words that headers use.
 OutputJobs typesJobs(const VMRootArchive &root, const OutputOptions &options);
 /// The C and the assembly header of the global variables of \a map, which must outlive the jobs.

@@ -30,6 +30,11 @@ constexpr OutputRow kOutputs[] = {
          return typesJobs(root, options);
      },
      false},
+    {Output::Accessors,
+     [](const VMMemoryMap &, const VMRootArchive &root, const OutputOptions &options) {
+         return accessorJobs(root, options);
+     },
+     false},
     {Output::Globals, globalsJobs, false},
 };
 

@@ -20,6 +20,7 @@ enum class Output {
     Vhdl,      ///< VHDL packages of the chip
     Docs,      ///< the documentation site of a root
     Types,     ///< veldmap/types.h, which defines the words that headers use
+    Accessors, ///< a header of functions beside each C header: they read and compose registers
     Globals,   ///< globals.h and globals_asm.h: the global variables, which no other header defines
 };
 

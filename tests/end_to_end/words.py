@@ -129,10 +129,10 @@ class Words(support.Case):
 
     def test_build(self):
         target = self.folder / "out"
-        self.expect(run("build", "--chip", EXAMPLES / "soc.xml", "--headers", target, "--types", "--globals"),
+        self.expect(run("build", "--chip", EXAMPLES / "soc.xml", "--headers", target, "--types", "--globals", "--accessors"),
                     0)
-        self.assertLessEqual({"veldmap/types.h", "globals.h"}, support.files_below(target).keys())
-        for option in ("--types", "--globals"):
+        self.assertLessEqual({"veldmap/types.h", "globals.h", "periph/uart_accessors.h"}, support.files_below(target).keys())
+        for option in ("--types", "--globals", "--accessors"):
             wrong = run("build", "--chip", EXAMPLES / "soc.xml", "--vhdl", target, option)
             self.expect(wrong, 2, err=None)
             self.assertIn("--headers", wrong.err)

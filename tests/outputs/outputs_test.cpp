@@ -111,6 +111,14 @@ TEST(Outputs, OrderOfFilesAndMessages)
     EXPECT_EQ(headers.files.first(3), QStringList({u"soc.h"_s, u"soc_asm.h"_s, u"sub/a0.h"_s}));
     EXPECT_EQ(headers.told.size(), 2);
 
+    const Result accessors = sameForAllThreads(soc, veldmap::Output::Accessors, [](const QString &directory) {
+        QDir().mkpath(directory + u"/sub/a5_accessors.h"_s);
+    });
+    EXPECT_EQ(accessors.files.first(2), QStringList({u"soc_accessors.h"_s, u"sub/a0_accessors.h"_s}));
+    EXPECT_EQ(accessors.told.size(), 1);
+    EXPECT_EQ(sameForAllThreads(soc, veldmap::Output::Globals).files,
+              QStringList({u"globals.h"_s, u"globals_asm.h"_s}));
+
     const Result packages = sameForAllThreads(soc, veldmap::Output::Vhdl, [](const QString &directory) {
         QDir().mkpath(directory + u"/sub/a2_reg_pkg.vhd"_s);
     });

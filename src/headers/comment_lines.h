@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QString>
+
+namespace veldmap {
+
+/// \a comment of a description as lines of C comments, each beginning with "/// " and ending in a line feed, whatever
+/// it holds: nothing in it ends the comment, joins it to the line behind it, or makes compilers warn. Nothing for a
+/// blank one.
+QString commentLines(const QString &comment);
+
+/// \a text as a part of one such line.
+QString commentWords(const QString &text);
+
+} // namespace veldmap
