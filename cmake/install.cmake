@@ -20,6 +20,7 @@ if(VELDMAP_BUILD_PROGRAM)
     install(FILES ${completions}/_veldmap DESTINATION ${CMAKE_INSTALL_DATADIR}/${VELDMAP_ZSH_FOLDER})
     install(FILES ${completions}/veldmap.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 endif()
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/site/assets/ DESTINATION ${CMAKE_INSTALL_DATADIR}/veldmap/sitepool)
 install(EXPORT veldmapTargets NAMESPACE veldmap:: DESTINATION ${VELDMAP_PACKAGE_DIR})
 
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/veldmapConfig.cmake.in

@@ -10,6 +10,7 @@ struct Session;
 ExitStatus check(const Options &options, Session &session);
 ExitStatus headers(const Options &options, Session &session);
 ExitStatus docs(const Options &options, Session &session);
+ExitStatus site(const Options &options, Session &session);
 ExitStatus vhdl(const Options &options, Session &session);
 ExitStatus build(const Options &options, Session &session);
 ExitStatus tree(const Options &options, Session &session);

@@ -42,6 +42,7 @@ struct Arguments {
     bool recursive = false;
     bool force = false;
     bool selfCheck = false;
+    bool single = false;
     std::optional<std::string> imageFile;
     std::string imageAddress;
     std::optional<std::string> threads;
@@ -75,6 +76,7 @@ Options optionsOf(const Arguments &arguments)
     options.recursive = arguments.recursive;
     options.force = arguments.force;
     options.selfCheck = arguments.selfCheck;
+    options.single = arguments.single;
     return options;
 }
 
@@ -243,6 +245,21 @@ Command addDocs(CLI::App &app, Arguments &arguments)
                     "Example:\n"
                     "  veldmap docs --chip soc.xml -o site");
     return {command, docs, true};
+}
+
+Command addSite(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *command = app.add_subcommand("site", "Write the reference manual of descriptions, a site with search");
+    addRoots(*command, arguments);
+    addOutput(*command, arguments, "directory for the site, made if need be");
+    addThreads(*command, arguments);
+    command->add_flag("--single", arguments.single, "all on one page, manual.html, for printing");
+    addLintOptions(*command, arguments.lint);
+    command->footer("Open DIR/index.html in a browser. Both roots are shown in one site.\n\n"
+                    "Examples:\n"
+                    "  veldmap site --chip soc.xml -o manual\n"
+                    "  veldmap site --chip soc.xml --soft firmware.xml -o manual --single");
+    return {command, site, true};
 }
 
 Command addBuild(CLI::App &app, Arguments &arguments)
@@ -462,6 +479,7 @@ int runCommandLine(int argc, char **argv, Session &session)
         addHeaders(app, arguments),  //
         addVhdl(app, arguments),     //
         addDocs(app, arguments),     //
+        addSite(app, arguments),     //
         addBuild(app, arguments),    //
         addTree(app, arguments),     //
         addShow(app, arguments),     //
@@ -481,6 +499,7 @@ int runCommandLine(int argc, char **argv, Session &session)
                "  veldmap headers --chip soc.xml -o include\n"
                "  veldmap vhdl --chip soc.xml -o rtl\n"
                "  veldmap docs --chip soc.xml -o site\n"
+               "  veldmap site --chip soc.xml -o manual\n"
                "  veldmap tree --chip soc.xml\n"
                "  veldmap show --chip soc.xml '$UART0.ctrl'\n"
                "  veldmap eval '0x10+0b11'\n\n"

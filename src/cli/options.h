@@ -41,6 +41,7 @@ struct Options {
     bool recursive = false;
     bool force = false;
     bool selfCheck = false;
+    bool single = false;
     LintOptions lint;
     int threads = 1; ///< how many make the text of files
     std::optional<ImageOption> image;

@@ -30,11 +30,12 @@ QString programDirectory()
 }
 
 /// The directory with the fixed files of a site: beside the program, or where an installation has it.
-QString poolDirectory()
+QString poolDirectory(Output output)
 {
+    const QString name = output == Output::Docs ? u"docpool"_s : u"sitepool"_s;
     const QDir program(programDirectory());
-    const QString beside = program.filePath(u"docpool"_s);
-    const QString installed = QDir::cleanPath(program.filePath(QStringLiteral(VELDMAP_INSTALLED_POOL)));
+    const QString beside = program.filePath(name);
+    const QString installed = QDir::cleanPath(program.filePath(QStringLiteral(VELDMAP_INSTALLED_POOL "/") + name));
     return !QFileInfo::exists(beside) && QFileInfo::exists(installed) ? installed : beside;
 }
 
@@ -50,8 +51,9 @@ bool writeOfRoot(Session &session, Output output, const QString &directory, bool
     options.chip = chip;
     options.threads = asked.threads;
     options.selfCheck = asked.selfCheck;
-    if (output == Output::Docs)
-        options.pool = poolDirectory();
+    options.single = asked.single;
+    if (output == Output::Docs || output == Output::Site)
+        options.pool = poolDirectory(output);
     options.progress = [&](const QString &file) { messages.showProgress(u"Writing %1..."_s.arg(file)); };
     const OutputFiles files = writeOutput(session.map, output, options, messages);
     messages.clearProgress();
@@ -66,7 +68,7 @@ bool writeFiles(Session &session, Output output, const QString &directory, const
         return writeOfRoot(session, output, ofRoot, chip, options);
     };
     const VMMemoryMap &map = session.map;
-    if (output == Output::Vhdl)
+    if (output == Output::Vhdl || output == Output::Site)
         return write(directory, true);
     const bool hasBoth = map.chipRootArchive && map.softRootArchive;
     bool isComplete = true;

@@ -24,6 +24,8 @@ OutputJobs globalsJobs(const VMMemoryMap &map, const VMRootArchive &root, const 
 OutputJobs vhdlJobs(const VMRootArchive &root, const OutputOptions &options);
 /// The fixed files of the site, then its menu, frames and pages.
 OutputJobs siteJobs(const VMRootArchive &root, const OutputOptions &options);
+/// The pages of the reference manual of all roots of \a map, which must outlive the jobs too.
+OutputJobs manualJobs(const VMMemoryMap &map, const OutputOptions &options);
 
 // Parts of a site, which a host may ask for one by one.
 

@@ -12,6 +12,7 @@ struct OutputRow {
     Output output;
     OutputJobs (*jobs)(const VMMemoryMap &map, const VMRootArchive &root, const OutputOptions &options);
     bool isOfChip; ///< there is none of the software
+    bool isOfAll = false; ///< it shows both roots
 };
 constexpr OutputRow kOutputs[] = {
     {Output::Headers, headerJobs, false},
@@ -36,6 +37,11 @@ constexpr OutputRow kOutputs[] = {
      },
      false},
     {Output::Globals, globalsJobs, false},
+    {Output::Site,
+     [](const VMMemoryMap &map, const VMRootArchive &, const OutputOptions &options) {
+         return manualJobs(map, options);
+     },
+     true, true},
 };
 
 /// The jobs of \a output, none where its root is not loaded.
@@ -43,6 +49,8 @@ OutputJobs jobsOf(const VMMemoryMap &map, Output output, const OutputOptions &op
 {
     const OutputRow &row = *std::ranges::find(kOutputs, output, &OutputRow::output);
     const VMRootArchive *root = options.chip || row.isOfChip ? map.chipRootArchive : map.softRootArchive;
+    if (!root && row.isOfAll)
+        root = map.softRootArchive;
     return root ? row.jobs(map, *root, options) : OutputJobs();
 }
 

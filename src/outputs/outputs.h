@@ -22,6 +22,7 @@ enum class Output {
     Types,     ///< veldmap/types.h, which defines the words that headers use
     Accessors, ///< a header of functions beside each C header: they read and compose registers
     Globals,   ///< globals.h and globals_asm.h: the global variables, which no other header defines
+    Site,      ///< the reference manual of all roots
 };
 
 /// How an output is written.
@@ -30,6 +31,7 @@ struct OutputOptions {
     bool chip = true;  ///< of the chip's root, or else of the software's
     QString pool;      ///< the directory with the fixed files of a site
     int threads = 1;   ///< how many make texts at a time; from 1
+    bool single = false; ///< a reference manual as one page, for printing
 
     /// Adds to headers and packages a file of assertions, with which a compiler or simulator checks them:
     /// SOC_self_check.c or SOC_self_check.vhd in the directory, named after the root file.

@@ -1,0 +1,11 @@
+#include "cli/commands.h"
+#include "cli/writing.h"
+
+namespace veldmap::cli {
+
+ExitStatus site(const Options &options, Session &session)
+{
+    return loadAndWrite(options, Output::Site, session);
+}
+
+} // namespace veldmap::cli
