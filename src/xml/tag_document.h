@@ -1,6 +1,7 @@
 #pragma once
 
 #include "findings/refusal.h"
+#include <veldmap/veldmap_export.h>
 
 #include <QByteArray>
 #include <QString>
@@ -16,11 +17,12 @@ namespace veldmap {
 class Tag;
 
 /// The tags of one description, compact and in the order of the document. What a handler needs of a document is here:
-/// names, attributes in their order, texts, and the place of each tag. A QDomDocument of the same file takes several
-/// times as long to build and to free.
+/// names, attributes in their order, texts, and the place of each tag. A QDomDocument of the same file takes many times
+/// as long to build and to free.
 ///
-/// Owns all its text; a Tag is a view that must not outlive it. Texts of blanks alone are left out.
-class TagDocument {
+/// Owns all its text, which is that of the file as far as it stands there as it is meant; a Tag is a view that must not
+/// outlive it. Texts of blanks alone are left out.
+class VELDMAP_EXPORT TagDocument {
 public:
     /// What is wrong with a document, and where.
     struct Error {
@@ -40,6 +42,15 @@ public:
     /// Reads a document from its file's \a bytes. Refuses what is not well formed, with the words and the place that
     /// QDomDocument gives, and tags or entities beyond the limits of a load.
     [[nodiscard]] Error read(const QByteArray &bytes);
+
+    // The two ways to do it. Both are given to a new document, and what they make of the same bytes is the same.
+
+    /// Reads a document whose form is plain, as nearly all are: UTF-8, without document type, processing instructions
+    /// and entities of its own, well formed and within the limits. False of any other, and then the document is of no
+    /// use.
+    [[nodiscard]] bool readPlain(const QByteArray &bytes);
+    /// Reads any document with Qt's XML reader, which takes several times as long.
+    [[nodiscard]] Error readAny(const QByteArray &bytes);
 
     /// The document element.
     Tag root() const;
@@ -65,9 +76,8 @@ private:
 
     struct Node {
         Kind kind = Kind::Element;
-        QStringView name;      // of an element, an instruction or an entity, as written
-        QStringView lowerName; // of an element
-        QStringView text;
+        QStringView name; // of an element in lower case, of an instruction or an entity as written
+        QStringView text; // of an element its name as written
         int line = 0;
         int column = 0;
         int firstChild = kNone;
@@ -80,14 +90,18 @@ private:
         int lastChild = kNone;
     };
 
-    class Reader;
+    class AnyReader;
+    class PlainReader;
     static bool isText(const Node *node);
+    // What these are given has to stay, see keep().
     int appendNode(Kind kind, QStringView name, QStringView text);
-    void openElement(QStringView name, int line, int column);
+    void openElement(QStringView name, QStringView lowerName, int line, int column);
     void appendAttribute(QStringView name, QStringView value);
     void closeElement();
     void appendNote(QStringView text, qint64 line, qint64 column);
+
     void appendDomChildren(const QDomElement &element);
+    void openForeignElement(QStringView name, int line, int column);
     QStringView keep(QStringView text);
 
     std::vector<Node> m_nodes; // in document order; the first is the root
@@ -95,19 +109,20 @@ private:
     std::vector<OpenNode> m_open;
     std::vector<Note> m_notes;
     std::size_t m_placedNotes = 0;                     // in front, whose tag is decided
-    std::vector<std::unique_ptr<char16_t[]>> m_blocks; // the text; blocks never move
+    QString m_text;                                    // of the file, when its form is plain
+    std::vector<std::unique_ptr<char16_t[]>> m_blocks; // other text; blocks never move
     qsizetype m_blockSize = 0;
     qsizetype m_blockUsed = 0;
     bool m_rootBeforeText = false; // in the document that the root was taken from
 };
 
 /// One tag of a TagDocument.
-class Tag {
+class VELDMAP_EXPORT Tag {
 public:
     bool isNull() const { return m_node == TagDocument::kNone; }
     /// The name in lower case, as tags are compared.
-    QStringView name() const { return node().lowerName; }
-    QStringView nameAsWritten() const { return node().name; }
+    QStringView name() const { return node().name; }
+    QStringView nameAsWritten() const { return node().text; }
     /// The place behind the ">" of the start tag, both counted as QDomNode does.
     int lineNumber() const { return node().line; }
     int columnNumber() const { return node().column; }
