@@ -21,9 +21,11 @@ namespace veldmap {
 
 QString readComment(const Tag &tag)
 {
-    // Nearly every comment is one run of text, of which only the blanks change.
-    if (const QStringView plain = tag.plainText(); !plain.isNull() && tag.nameAsWritten() == "comment"_L1)
-        return encodedText(plain, false).simplified();
+    // Nearly every comment is text with line breaks.
+    if (tag.nameAsWritten() == "comment"_L1) {
+        if (const QString line = tag.lineOfText(); !line.isNull())
+            return line;
+    }
     QString comment = contentOf(tag, {"<comment>"_L1, "</comment>"_L1, "<comment/>"_L1}).simplified();
     comment.replace("<br/>"_L1, "<br>"_L1);
     comment = comment.simplified();

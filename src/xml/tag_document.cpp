@@ -1,5 +1,6 @@
 #include "xml/tag_document.h"
 
+#include "text/text_buffer.h"
 #include "xml/attribute_order.h"
 
 #include <QDomElement>
@@ -51,6 +52,9 @@ TagDocument::Error TagDocument::read(const QByteArray &bytes)
     m_open.clear();
     m_notes.clear();
     m_placedNotes = 0;
+    m_text.clear();
+    m_blocks.clear();
+    m_blockLeft = 0;
     return readAny(bytes);
 }
 
@@ -141,23 +145,25 @@ QStringView TagDocument::keep(QStringView text)
 {
     if (text.isEmpty())
         return {};
-    if (m_blocks.empty() || m_blockUsed + text.size() > m_blockSize) {
-        m_blockSize = std::max<qsizetype>({m_blockSize, text.size(), 256});
-        m_blocks.push_back(std::make_unique_for_overwrite<char16_t[]>(static_cast<std::size_t>(m_blockSize)));
-        m_blockUsed = 0;
+    if (text.size() > m_blockLeft) {
+        m_blockLeft = std::max(m_blockSize, text.size());
+        m_blocks.push_back(std::make_unique_for_overwrite<char16_t[]>(static_cast<std::size_t>(m_blockLeft)));
+        m_freeText = m_blocks.back().get();
     }
-    char16_t *place = m_blocks.back().get() + m_blockUsed;
+    char16_t *place = m_freeText;
     std::memcpy(place, text.utf16(), static_cast<std::size_t>(text.size()) * sizeof(char16_t));
-    m_blockUsed += text.size();
+    m_freeText += text.size();
+    m_blockLeft -= text.size();
     return {place, text.size()};
 }
 
 QStringView Tag::attribute(QStringView attribute) const
 {
-    const auto first = m_document->m_attributes.cbegin() + node().firstAttribute;
-    const auto last = first + node().attributeCount;
-    const auto found = std::find_if(first, last, [&](const auto &candidate) { return candidate.name == attribute; });
-    return found == last ? QStringView() : found->value;
+    for (const auto &[name, value] : attributes()) {
+        if (name.size() == attribute.size() && std::ranges::equal(name, attribute))
+            return value;
+    }
+    return {};
 }
 
 const TagDocument::Node *Tag::nodeAt(int index) const
@@ -257,41 +263,114 @@ void Tag::appendElement(const TagDocument::Node &element, QString &text) const
 namespace {
 
 /// What stands in a document for the character of \a text at \a at, null when it stands for itself.
-QString entityOf(QStringView text, qsizetype at, bool isAttribute)
+QLatin1StringView entityOf(QStringView text, qsizetype at, bool isAttribute)
 {
-    const char16_t c = text[at].unicode();
-    if (c == u'<')
-        return u"&lt;"_s;
-    if (c == u'&')
-        return u"&amp;"_s;
-    if (c == u'"' && isAttribute)
-        return u"&quot;"_s;
-    if (c == u'>' && at >= 2 && text[at - 1] == u']' && text[at - 2] == u']')
-        return u"&gt;"_s;
-    if (c == u'\r' || (isAttribute && (c == u'\n' || c == u'\t')))
-        return "&#x"_L1 + QString::number(c, 16) + u';';
-    return {};
+    switch (text[at].unicode()) {
+    case u'<':
+        return "&lt;"_L1;
+    case u'&':
+        return "&amp;"_L1;
+    case u'>':
+        return at >= 2 && text[at - 1] == u']' && text[at - 2] == u']' ? "&gt;"_L1 : QLatin1StringView();
+    case u'"':
+        return isAttribute ? "&quot;"_L1 : QLatin1StringView();
+    case u'\r':
+        return "&#xd;"_L1;
+    case u'\n':
+        return isAttribute ? "&#xa;"_L1 : QLatin1StringView();
+    case u'\t':
+        return isAttribute ? "&#x9;"_L1 : QLatin1StringView();
+    default:
+        return {};
+    }
 }
+
+/// Puts texts on one line.
+class LineOfText {
+public:
+    /// Appends \a text as it stands in a document.
+    void appendEncoded(QStringView text)
+    {
+        qsizetype begin = 0; // of the run that stands for itself
+        for (qsizetype at = 0; at < text.size(); ++at) {
+            const QChar c = text[at];
+            if (c > u'>' && c < u'\x7F') // as most characters are, and none that is blank or needs an entity
+                continue;
+            const bool isBetweenWords =
+                c == u' ' && at > begin && at + 1 < text.size() && text[at + 1] > u' ' && text[at + 1] < u'\x7F';
+            if (isBetweenWords)
+                continue;
+            const QLatin1StringView entity = entityOf(text, at, false);
+            const bool isBlank = entity.isNull() && c.isSpace();
+            if (!isBlank && entity.isNull())
+                continue;
+            appendRun(text.sliced(begin, at - begin));
+            if (isBlank)
+                m_isParted = true;
+            else
+                appendRun(entity);
+            begin = at + 1;
+        }
+        appendRun(text.sliced(begin));
+    }
+    template <typename View>
+    void appendRun(View run)
+    {
+        if (run.isEmpty())
+            return;
+        if (m_isParted && !m_text.isEmpty())
+            m_text.append(u' ');
+        m_isParted = false;
+        m_text.append(run);
+    }
+    void appendBlank() { m_isParted = true; }
+    QString text() const { return m_text.isEmpty() ? u""_s : m_text.text(); }
+
+private:
+    TextBuffer m_text;
+    bool m_isParted = false; // from what follows
+};
 
 } // namespace
 
+QString Tag::lineOfText() const
+{
+    using Kind = TagDocument::Kind;
+    if (node().attributeCount > 0)
+        return {};
+    LineOfText line;
+    for (const TagDocument::Node *item = nodeAt(node().firstChild); item; item = nodeAt(item->nextSibling)) {
+        const bool isBreak = item->kind == Kind::Element && item->text == "br"_L1 && item->attributeCount == 0 &&
+                             item->firstChild == TagDocument::kNone;
+        if (item->kind == Kind::Text) {
+            line.appendEncoded(item->text);
+        } else if (isBreak) {
+            line.appendRun("<br>"_L1);
+            if (!TagDocument::isText(nodeAt(item->nextSibling))) // where serialized() has a line feed
+                line.appendBlank();
+        } else {
+            return {};
+        }
+    }
+    return line.text();
+}
+
 QString encodedText(QStringView text, bool isAttribute)
 {
-    QString result;
-    result.reserve(text.size());
+    TextBuffer result;
     qsizetype begin = 0; // of the run that needs no entity
     for (qsizetype at = 0; at < text.size(); ++at) {
         if (text[at] > u'>') // as most characters are, and none that needs an entity
             continue;
-        const QString entity = entityOf(text, at, isAttribute);
+        const QLatin1StringView entity = entityOf(text, at, isAttribute);
         if (entity.isNull())
             continue;
-        result += text.sliced(begin, at - begin);
-        result += entity;
+        result.append(text.sliced(begin, at - begin));
+        result.append(entity);
         begin = at + 1;
     }
-    result += text.sliced(begin);
-    return result;
+    result.append(text.sliced(begin));
+    return result.text();
 }
 
 } // namespace veldmap

@@ -111,8 +111,9 @@ private:
     std::size_t m_placedNotes = 0;                     // in front, whose tag is decided
     QString m_text;                                    // of the file, when its form is plain
     std::vector<std::unique_ptr<char16_t[]>> m_blocks; // other text; blocks never move
-    qsizetype m_blockSize = 0;
-    qsizetype m_blockUsed = 0;
+    qsizetype m_blockSize = 256;                       // of the next one, unless a text is longer
+    char16_t *m_freeText = nullptr;                    // behind what the last one holds
+    qsizetype m_blockLeft = 0;
     bool m_rootBeforeText = false; // in the document that the root was taken from
 };
 
@@ -144,6 +145,10 @@ public:
     bool isEmpty() const { return node().firstChild == TagDocument::kNone; }
     /// The text of a tag that holds one run of text and has no attributes; null for any other.
     QStringView plainText() const;
+    /// What stands between the start and the end tag as serialized() has it, on one line: blanks and line ends in a row
+    /// are one blank, those at the ends none. A tag "<br/>" is "<br>". Null for a tag with attributes, or with anything
+    /// but texts and such tags inside.
+    QString lineOfText() const;
     /// The tag with all below it as text, as QDomNode::save writes it with an indent of 0, attributes in the order of
     /// the document.
     QString serialized() const;

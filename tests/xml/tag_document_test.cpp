@@ -56,8 +56,9 @@ bool areReadAlike(const QByteArray &bytes)
         return false;
     }
     EXPECT_EQ(textOf(document), textOf(any));
-    if (isPlain)
+    if (isPlain) {
         EXPECT_EQ(textOf(plain), textOf(any));
+    }
     return isPlain;
 }
 
