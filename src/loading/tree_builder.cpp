@@ -7,6 +7,7 @@
 #include "model/memory_map.h"
 #include "model/root_archive.h"
 #include "model/tree_size.h"
+#include "text/plain_number.h"
 
 namespace veldmap {
 
@@ -71,9 +72,11 @@ VMXMLElement &TreeBuilder::addTemplate(VMXMLArchive &archive, std::unique_ptr<VM
 
 Evaluated TreeBuilder::evaluate(const QString &expression, const VMVariableManager &manager, const QString &name)
 {
+    if (const std::optional<int> number = plainNumber(expression))
+        return {*number, false, {}, {}, {}};
     const auto find = [this, &manager](const QString &variable) {
         if (manager.archive)
-            return scopeOf(*manager.archive).findVariable(variable);
+            return findVariable(variable, *manager.archive);
         m_names.update(manager);
         return m_names.findVariable(manager, variable);
     };
@@ -93,6 +96,7 @@ const VMEnum *TreeBuilder::findEnum(const QString &name, const VMXMLArchive &arc
 
 void TreeBuilder::addVariable(VMVariableManager &manager, const VMIntVar &variable)
 {
+    m_foundVariables.clear();
     manager.addVar(variable);
     m_names.update(manager);
 }
@@ -163,9 +167,23 @@ void TreeBuilder::learnTree()
     }
 }
 
+/// The variable that \a archive sees under that name, or null. The same few names are looked up again and again, in
+/// tables of which a root has one for each file.
+const VMIntVar *TreeBuilder::findVariable(const QString &name, const VMXMLArchive &archive)
+{
+    const Scope &scope = scopeOf(archive);
+    if (const VMIntVar *known = m_foundVariables.value(name))
+        return known;
+    const VMIntVar *found = scope.findVariable(name);
+    if (found)
+        m_foundVariables.insert(name, found);
+    return found;
+}
+
 const Scope &TreeBuilder::scopeOf(const VMXMLArchive &archive)
 {
     if (m_scopeArchive != &archive) {
+        m_foundVariables.clear();
         const Scope::Tables tables = Scope::tablesOf(archive);
         for (const VMVariableManager *table : tables)
             m_names.update(*table);

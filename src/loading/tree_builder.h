@@ -69,6 +69,7 @@ private:
     using Identity = std::pair<QString, QString>;
 
     void learnTree();
+    const VMIntVar *findVariable(const QString &name, const VMXMLArchive &archive);
     const Scope &scopeOf(const VMXMLArchive &archive);
     qint64 copiesAllowed() const;
 
@@ -80,6 +81,7 @@ private:
     ScopeIndex m_names;
     const VMXMLArchive *m_scopeArchive = nullptr; // whose scope m_scope is
     std::optional<Scope> m_scope;
+    QHash<QString, const VMIntVar *> m_foundVariables; // in it
     qint64 m_declaredElements = 0;
     qint64 m_copiedElements = 0;
 };

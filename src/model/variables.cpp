@@ -8,6 +8,7 @@
 #include "model/root_archive.h"
 #include "model/scope_index.h"
 #include "text/literals.h"
+#include "text/plain_number.h"
 
 #include <QSet>
 
@@ -20,18 +21,11 @@ namespace {
 
 constexpr QLatin1StringView kSpacerName = "VELDMAPSPACER"_L1;
 
-/// Whether \a expression is a plain decimal number that an int holds, as most positions are.
-bool isPlainNumber(const QString &expression)
-{
-    return !expression.isEmpty() && expression.size() <= 9 &&
-           std::ranges::all_of(expression, [](QChar c) { return c >= u'0' && c <= u'9'; });
-}
-
 /// The value of \a expression in \a context.
 veldmap::Evaluated evaluate(cexev::CExEvCtx &context, const QString &name, const QString &expression)
 {
-    if (isPlainNumber(expression))
-        return {expression.toInt(), false, {}, {}, {}};
+    if (const std::optional<int> number = veldmap::plainNumber(expression))
+        return {*number, false, {}, {}, {}};
     cexev::CExEv evaluator(&context);
     variant::Variant value;
     if (evaluator.evalExpression(hexadecimalPreparseExpression(expression).toUtf8().constData(), value) != 0) {

@@ -2,6 +2,8 @@
 #include "text/bit_arithmetic.h"
 #include "vhdl/notation.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 using veldmap::wrappingAdd;
 using veldmap::wrappingSubtract;
@@ -19,8 +21,8 @@ class PackedWord {
 public:
     void place(VMBitField &field)
     {
-        const QString up = vhdl_clean_expr(field.upPosExpression.toUpper());
-        const QString down = vhdl_clean_expr(field.downPosExpression.toUpper());
+        const QString up = cleaned(field.upPosExpression);
+        const QString down = cleaned(field.downPosExpression);
         if (up == down)
             placeBit(field);
         else
@@ -30,6 +32,12 @@ public:
     const QString &top() const { return m_top; }
 
 private:
+    static QString cleaned(const QString &expression)
+    {
+        const bool isNumber = std::ranges::all_of(expression, [](QChar c) { return c >= u'0' && c <= u'9'; });
+        return isNumber ? expression : vhdl_clean_expr(expression.toUpper());
+    }
+
     void placeBit(VMBitField &field)
     {
         m_top = nextText();
