@@ -1,4 +1,5 @@
 #include "model/bitfield.h"
+#include "text/text_buffer.h"
 
 using namespace Qt::StringLiterals;
 
@@ -10,19 +11,22 @@ QString VMBitField::generateOptionsComment() const
 {
     if (options.optionList.isEmpty())
         return {};
-    QString table = u"<table>"_s;
+    veldmap::TextBuffer table;
+    table.append("<table>"_L1);
     for (const VMBitFieldOption &option : options.optionList) {
-        table += "<tr><td>"_L1;
-        table += convertValueToValueString(static_cast<unsigned int>(option.value), DISPLAY_DEFAULT, false, true);
-        table += "</td><td>"_L1;
-        table += option.name;
-        table += "</td>"_L1;
+        table.append("<tr><td>"_L1);
+        table.append(QStringView(
+            convertValueToValueString(static_cast<unsigned int>(option.value), DISPLAY_DEFAULT, false, true)));
+        table.append("</td><td>"_L1);
+        table.append(QStringView(option.name));
+        table.append("</td>"_L1);
         if (!option.comment.isEmpty()) {
-            table += "<td>"_L1;
-            table += option.comment;
-            table += "</td>"_L1;
+            table.append("<td>"_L1);
+            table.append(QStringView(option.comment));
+            table.append("</td>"_L1);
         }
-        table += "</tr>"_L1;
+        table.append("</tr>"_L1);
     }
-    return table + "</table>"_L1;
+    table.append("</table>"_L1);
+    return table.text();
 }

@@ -14,7 +14,7 @@ namespace veldmap {
 namespace {
 
 constexpr int kMostThreads = 3; // so many read as fast as the tree is made
-constexpr std::size_t kMostReady = 32;
+constexpr std::size_t kMostReady = 8;
 constexpr qint64 kMostReadyBytes = 32 * 1024 * 1024;
 constexpr qint64 kLargestFile = 8 * 1024 * 1024; // a larger one is read when the load asks for it
 
