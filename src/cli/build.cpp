@@ -1,5 +1,4 @@
 #include "cli/commands.h"
-#include "cli/description.h"
 #include "cli/program_rules.h"
 #include "cli/session.h"
 #include "cli/writing.h"
@@ -14,17 +13,14 @@ ExitStatus build(const Options &options, Session &session)
     }
     if (!options.vhdlDirectory.isEmpty() && !requireChip(options, session))
         return kWrongUsage;
-    if (!loadAndLint(options, session))
-        return kFailed;
-    // What can be written is, also when something before it could not be.
-    bool isComplete = true;
+    std::vector<WantedOutput> wanted;
     if (!options.headersDirectory.isEmpty())
-        isComplete = writeHeaders(session, options.headersDirectory, options) && isComplete;
+        wanted = wantedHeaders(options, options.headersDirectory);
     if (!options.vhdlDirectory.isEmpty())
-        isComplete = writeFiles(session, Output::Vhdl, options.vhdlDirectory, options) && isComplete;
+        wanted.push_back({Output::Vhdl, options.vhdlDirectory});
     if (!options.docsDirectory.isEmpty())
-        isComplete = writeFiles(session, Output::Docs, options.docsDirectory, options) && isComplete;
-    return isComplete ? kDone : kFailed;
+        wanted.push_back({Output::Docs, options.docsDirectory});
+    return loadAndWrite(options, wanted, session);
 }
 
 } // namespace veldmap::cli

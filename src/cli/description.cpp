@@ -2,12 +2,34 @@
 
 #include "cli/program_rules.h"
 #include "cli/session.h"
+#include "files/paths.h"
 #include "loading/load.h"
 #include "model/root_archive.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <cstdio>
+
+using namespace Qt::StringLiterals;
 
 namespace veldmap::cli {
 
 namespace {
+
+/// Why the file \a path did not load, which told no error.
+QString whyNotLoaded(const QString &path)
+{
+    if (QFileInfo(path).isDir()) // which can be opened, but not read
+        return systemText(EISDIR);
+    errno = 0;
+    std::FILE *const file = std::fopen(QFile::encodeName(path).constData(), "r");
+    if (!file)
+        return systemText(errno);
+    std::fclose(file);
+    return u"It holds no archive"_s;
+}
 
 VMRootArchive *loadOne(Session &session, const QString &path, bool chip, const LoadOptions &options)
 {
@@ -15,7 +37,7 @@ VMRootArchive *loadOne(Session &session, const QString &path, bool chip, const L
     VMRootArchive *root = loadRoot(session.map, path, chip, session.messages, options).release(); // the map will own it
     // A file that can't be opened is only a warning of the library, and -q hides it.
     if (!root && session.messages.errorCount() == errorsBefore)
-        session.messages.tell(rules::kNotLoaded, {path});
+        session.messages.tell(rules::kNotLoaded, {path, whyNotLoaded(path)});
     return root;
 }
 
@@ -49,7 +71,12 @@ bool load(const Options &options, Session &session, Lint *lint)
 {
     Explanations *explanations = session.messages.explanations();
     TwoListeners listeners(lint, explanations ? &explanations->names() : nullptr);
-    const LoadOptions how = {.threads = options.threads, .documents = &listeners, .goesOn = lint != nullptr};
+    const LoadOptions how = {.threads = options.threads,
+                             .documents = &listeners,
+                             .goesOn = lint != nullptr,
+                             .files = &session.files,
+                             .base = options.output.base,
+                             .hasCommonBase = options.output.hasCommonBase};
     VMMemoryMap &map = session.map;
     if (!options.chip.isEmpty())
         map.chipRootArchive = loadOne(session, options.chip, true, how);

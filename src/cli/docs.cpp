@@ -5,7 +5,7 @@ namespace veldmap::cli {
 
 ExitStatus docs(const Options &options, Session &session)
 {
-    return loadAndWrite(options, Output::Docs, session);
+    return loadAndWrite(options, {{Output::Docs, options.outputDirectory}}, session);
 }
 
 } // namespace veldmap::cli

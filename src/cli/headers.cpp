@@ -1,5 +1,4 @@
 #include "cli/commands.h"
-#include "cli/description.h"
 #include "cli/session.h"
 #include "cli/writing.h"
 
@@ -8,9 +7,7 @@ namespace veldmap::cli {
 ExitStatus headers(const Options &options, Session &session)
 {
     session.map.skipUpToDate = options.skipUpToDate;
-    if (!loadAndLint(options, session))
-        return kFailed;
-    return writeHeaders(session, options.outputDirectory, options) ? kDone : kFailed;
+    return loadAndWrite(options, wantedHeaders(options, options.outputDirectory), session);
 }
 
 } // namespace veldmap::cli

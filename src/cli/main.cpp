@@ -1,3 +1,4 @@
+#include "cli/endings.h"
 #include "cli/options.h"
 #include "cli/session.h"
 
@@ -26,6 +27,7 @@ void keepFreedMemory()
 int main(int argc, char **argv)
 {
     keepFreedMemory();
+    veldmap::cli::prepareForEndings();
     veldmap::cli::Session session;
     // The tree ends with the process: to take a million elements apart would only delay it.
     std::exit(veldmap::cli::runCommandLine(argc, argv, session));

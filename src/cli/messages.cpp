@@ -1,11 +1,11 @@
 #include "cli/messages.h"
 
 #include "cli/program_rules.h"
+#include "files/paths.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -66,7 +66,11 @@ bool Messages::finish()
         return true;
     write(m_format->end(), m_stream);
     m_format.reset();
-    return std::fflush(m_stream) == 0 && std::ferror(m_stream) == 0;
+    errno = 0;
+    const bool isWritten = std::fflush(m_stream) == 0 && std::ferror(m_stream) == 0;
+    if (!isWritten && m_stream == stdout)
+        tell(rules::kOutput, {systemText(errno)});
+    return isWritten;
 }
 
 void Messages::take(const Finding &finding)
@@ -164,7 +168,7 @@ bool printResult(const QByteArray &bytes, Messages &messages)
                              static_cast<std::size_t>(bytes.size()) &&
                          std::fflush(stdout) == 0;
     if (!written)
-        messages.tell(rules::kOutput, {QString::fromLocal8Bit(std::strerror(errno))});
+        messages.tell(rules::kOutput, {systemText(errno)});
     return written;
 }
 

@@ -4,6 +4,7 @@
 #include "cli/program_rules.h"
 #include "cli/session.h"
 #include "cli/word_completion.h"
+#include "files/paths.h"
 #include "text/literals.h"
 
 #include <CLI/CLI.hpp>
@@ -12,6 +13,8 @@
 #include <QThread>
 
 #include <algorithm>
+#include <cerrno>
+#include <iostream>
 #include <limits>
 #include <string>
 #include <vector>
@@ -47,6 +50,7 @@ struct Arguments {
     std::string imageAddress;
     std::optional<std::string> threads;
     LintArguments lint;
+    OutputArguments output;
     bool verbose = false;
     bool quiet = false;
 };
@@ -208,10 +212,11 @@ Command addHeaders(CLI::App &app, Arguments &arguments)
     addOutput(*command, arguments, "directory for the headers, made if need be");
     addThreads(*command, arguments);
     command->add_flag("--skip-up-to-date", arguments.skipUpToDate,
-                      "leave headers alone that are newer than their description");
+                      "leave headers alone that are newer than all that was read for them");
     addSelfCheck(*command, arguments,
                  "write SOC_self_check.c too, which compiles when the headers say what the tree does");
     addExtraHeaders(*command, arguments, command->get_option("--output"));
+    addOutputOptions(*command, arguments.output);
     addLintOptions(*command, arguments.lint);
     command->footer("With both roots the headers lie below DIR/chip and DIR/soft.\n\n"
                     "Examples:\n"
@@ -226,6 +231,7 @@ Command addVhdl(CLI::App &app, Arguments &arguments)
     addRoots(*command, arguments);
     addOutput(*command, arguments, "directory for the packages, made if need be");
     addThreads(*command, arguments);
+    addOutputOptions(*command, arguments.output);
     addLintOptions(*command, arguments.lint);
     command->footer("A package is written as its description says; lines that VHDL does not take are told.\n\n"
                     "Example:\n"
@@ -239,6 +245,7 @@ Command addDocs(CLI::App &app, Arguments &arguments)
     addRoots(*command, arguments);
     addOutput(*command, arguments, "directory for the site, made if need be");
     addThreads(*command, arguments);
+    addOutputOptions(*command, arguments.output);
     addLintOptions(*command, arguments.lint);
     command->footer("Open DIR/index.html in a browser. With both roots there is a site in each of DIR/chip and "
                     "DIR/soft.\n\n"
@@ -253,6 +260,7 @@ Command addSite(CLI::App &app, Arguments &arguments)
     addRoots(*command, arguments);
     addOutput(*command, arguments, "directory for the site, made if need be");
     addThreads(*command, arguments);
+    addOutputOptions(*command, arguments.output);
     command->add_flag("--single", arguments.single, "all on one page, manual.html, for printing");
     addLintOptions(*command, arguments.lint);
     command->footer("Open DIR/index.html in a browser. Both roots are shown in one site.\n\n"
@@ -274,6 +282,7 @@ Command addBuild(CLI::App &app, Arguments &arguments)
     command->add_option("--docs", arguments.docsDirectory, "directory for the documentation site")->type_name("DIR");
     addSelfCheck(*command, arguments, "write files of assertions beside headers too");
     addThreads(*command, arguments);
+    addOutputOptions(*command, arguments.output);
     addLintOptions(*command, arguments.lint);
     command->footer("Example:\n"
                     "  veldmap build --chip soc.xml --headers include --vhdl rtl --docs site");
@@ -438,7 +447,8 @@ ExitStatus runCommand(const std::vector<Command> &commands, const Arguments &arg
             continue;
         Options options = optionsOf(arguments);
         if (!takeWords(command, words, options, messages) || !takeImage(arguments, options, messages) ||
-            !takeThreads(arguments, options, messages) || !takeLintOptions(arguments.lint, options.lint, messages))
+            !takeThreads(arguments, options, messages) || !takeLintOptions(arguments.lint, options.lint, messages) ||
+            !takeOutputOptions(arguments.output, options.output, messages))
             return kWrongUsage;
         if (command.needsRoot && !options.hasRoot()) {
             messages.tell(rules::kNoRoot);
@@ -451,7 +461,7 @@ ExitStatus runCommand(const std::vector<Command> &commands, const Arguments &arg
         if (isExplained || (messages.hasFormat() && options.lint.isOn))
             messages.setExplanations(std::make_unique<Explanations>(widthOfTerminal()), isExplained);
         const ExitStatus status = command.run(options, session);
-        return messages.finish() ? status : qMax(status, kFailed);
+        return messages.finish() ? status : kFailed;
     }
     if (words.empty())
         messages.tell(rules::kNoCommand);
@@ -516,7 +526,13 @@ int runCommandLine(int argc, char **argv, Session &session)
         app.parse(*std::move(given));
     } catch (const CLI::ParseError &end) {
         // Help and version end the parsing too.
-        return app.exit(end) == 0 ? kDone : kWrongUsage;
+        errno = 0;
+        if (app.exit(end) != 0)
+            return kWrongUsage;
+        if (std::cout.flush())
+            return kDone;
+        session.messages.tell(rules::kOutput, {systemText(errno)});
+        return kFailed;
     }
     if (arguments.verbose || arguments.quiet)
         session.messages.setVerbosity(arguments.verbose ? Verbosity::Verbose : Verbosity::Quiet);

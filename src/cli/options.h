@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cli/lint_options.h"
+#include "cli/output_options.h"
 
 #include <QString>
 #include <QStringList>
@@ -43,6 +44,7 @@ struct Options {
     bool selfCheck = false;
     bool single = false;
     LintOptions lint;
+    OutputSettings output;
     int threads = 1; ///< how many make the text of files
     std::optional<ImageOption> image;
     QStringList words;   ///< what the command is about: expressions, paths, assignments or a text

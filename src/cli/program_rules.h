@@ -27,6 +27,8 @@ inline constexpr Rule kNoAddress = {"no-address"_L1, Severity::Error,
                                     u"'%1' is no address: --at takes a number of 32 bits."};
 inline constexpr Rule kNoThreads = {"no-threads"_L1, Severity::Error,
                                     u"'%1' is no number of threads: -j takes one from 1 on."};
+inline constexpr Rule kNoBase = {"no-base-directory"_L1, Severity::Error,
+                                 u"%1 is no directory: --base takes the one that the names of files start from."};
 inline constexpr Rule kNoAssignment = {"no-assignment"_L1, Severity::Error,
                                        u"'%1' does not say what to write: PATH=VALUE."};
 inline constexpr Rule kNoRule = {"unknown-rule"_L1, Severity::Error,
@@ -41,8 +43,12 @@ inline constexpr Rule kNoOptionFile = {"no-option-file"_L1, Severity::Error,
 // of the run
 inline constexpr Rule kMoreFindings = {"more-findings"_L1, Severity::Note,
                                        u"%1 more findings are not told; --max-messages=0 tells all."};
-inline constexpr Rule kNotLoaded = {"not-loaded"_L1, Severity::Error, u"%1 did not load."};
-inline constexpr Rule kNoDirectory = {"no-directory"_L1, Severity::Error, u"The directory %1 can't be made."};
+inline constexpr Rule kNotLoaded = {"not-loaded"_L1, Severity::Error, u"%1 did not load: %2"};
+inline constexpr Rule kNoDirectory = {"no-directory"_L1, Severity::Error, u"The directory %1 can't be made: %2"};
+inline constexpr Rule kUnwritten = {"list-unwritable"_L1, Severity::Error, u"%1 can't be written: %2"};
+inline constexpr Rule kWritten = {"files-written"_L1, Severity::Note, u"%1 files written, %2 unchanged, %3 failed."};
+inline constexpr Rule kWrittenOrSkipped = {"files-written-or-skipped"_L1, Severity::Note,
+                                           u"%1 files written, %2 unchanged, %3 failed, %4 up to date."};
 inline constexpr Rule kOutput = {"output-unwritable"_L1, Severity::Error, u"The standard output can't be written: %1"};
 inline constexpr Rule kThereAlready = {"there-already"_L1, Severity::Error, u"%1 is there already and stays as it is."};
 inline constexpr Rule kNewUnwritable = {"new-unwritable"_L1, Severity::Error, u"%1 can't be written: %2"};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cli/messages.h"
+#include "loading/load.h"
 #include "model/memory_map.h"
 
 namespace veldmap::cli {
@@ -9,6 +10,7 @@ namespace veldmap::cli {
 struct Session {
     Messages messages;
     VMMemoryMap map;
+    ReadFiles files; ///< of the descriptions in the map
 };
 
 } // namespace veldmap::cli

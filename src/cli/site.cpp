@@ -5,7 +5,7 @@ namespace veldmap::cli {
 
 ExitStatus site(const Options &options, Session &session)
 {
-    return loadAndWrite(options, Output::Site, session);
+    return loadAndWrite(options, {{Output::Site, options.outputDirectory}}, session);
 }
 
 } // namespace veldmap::cli

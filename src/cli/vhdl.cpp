@@ -5,7 +5,8 @@ namespace veldmap::cli {
 
 ExitStatus vhdl(const Options &options, Session &session)
 {
-    return requireChip(options, session) ? loadAndWrite(options, Output::Vhdl, session) : kWrongUsage;
+    return requireChip(options, session) ? loadAndWrite(options, {{Output::Vhdl, options.outputDirectory}}, session)
+                                         : kWrongUsage;
 }
 
 } // namespace veldmap::cli

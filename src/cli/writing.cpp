@@ -3,10 +3,16 @@
 #include "cli/description.h"
 #include "cli/program_rules.h"
 #include "cli/session.h"
+#include "files/file_writer.h"
+#include "files/paths.h"
+#include "text/depfile.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+
+#include <filesystem>
+#include <system_error>
 
 using namespace Qt::StringLiterals;
 
@@ -39,47 +45,128 @@ QString poolDirectory(Output output)
     return !QFileInfo::exists(beside) && QFileInfo::exists(installed) ? installed : beside;
 }
 
-bool writeOfRoot(Session &session, Output output, const QString &directory, bool chip, const Options &asked)
+/// Writes what is wanted of one run, and notes what became of it.
+class Writing {
+public:
+    Writing(const Options &options, Session &session) : m_options(options), m_session(session) {}
+
+    bool write(const WantedOutput &wanted);
+    /// Writes the list and the depfile, where they are asked for; false, with errors told, when they can't be.
+    bool writeLists();
+    void tellSummary();
+
+private:
+    bool writeOfRoot(Output output, const QString &directory, bool chip);
+    void note(const OutputFiles &files);
+    bool writeList(const QString &path, const QString &text);
+
+    const Options &m_options;
+    Session &m_session;
+    QStringList m_paths;  ///< of the files that the outputs have
+    QStringList m_copied; ///< that were read beside the descriptions
+    qsizetype m_written = 0;
+    qsizetype m_unchanged = 0;
+    qsizetype m_skipped = 0;
+    qsizetype m_failed = 0;
+};
+
+bool Writing::write(const WantedOutput &wanted)
 {
-    Messages &messages = session.messages;
-    if (!QDir().mkpath(directory)) {
-        messages.tell(rules::kNoDirectory, {directory});
-        return false;
-    }
+    const VMMemoryMap &map = m_session.map;
+    if (wanted.output == Output::Vhdl || wanted.output == Output::Site)
+        return writeOfRoot(wanted.output, wanted.directory, true);
+    const bool hasBoth = map.chipRootArchive && map.softRootArchive;
+    bool isComplete = true;
+    if (map.chipRootArchive)
+        isComplete = writeOfRoot(wanted.output, wanted.directory + (hasBoth ? "/chip"_L1 : ""_L1), true);
+    if (map.softRootArchive)
+        isComplete = writeOfRoot(wanted.output, wanted.directory + (hasBoth ? "/soft"_L1 : ""_L1), false) && isComplete;
+    return isComplete;
+}
+
+bool Writing::writeOfRoot(Output output, const QString &directory, bool chip)
+{
+    Messages &messages = m_session.messages;
     OutputOptions options;
     options.directory = directory;
     options.chip = chip;
-    options.threads = asked.threads;
-    options.selfCheck = asked.selfCheck;
-    options.single = asked.single;
+    options.threads = m_options.threads;
+    options.selfCheck = m_options.selfCheck;
+    options.single = m_options.single;
+    options.sources = m_session.files.read + m_session.files.missing;
     if (output == Output::Docs || output == Output::Site)
         options.pool = poolDirectory(output);
+    if (!m_options.output.list.isEmpty() || !m_options.output.depfile.isEmpty())
+        m_paths += pathsOf(m_session.map, output, options);
+    if (m_options.output.isDryRun)
+        return true;
+    std::error_code error;
+    std::filesystem::create_directories(nativePath(directory), error);
+    if (error) {
+        messages.tell(rules::kNoDirectory, {directory, systemText(error.value())});
+        m_failed += pathsOf(m_session.map, output, options).size();
+        return false;
+    }
     options.progress = [&](const QString &file) { messages.showProgress(u"Writing %1..."_s.arg(file)); };
-    const OutputFiles files = writeOutput(session.map, output, options, messages);
+    const OutputFiles files = writeOutput(m_session.map, output, options, messages);
     messages.clearProgress();
+    note(files);
     return files.isComplete();
+}
+
+void Writing::note(const OutputFiles &files)
+{
+    m_written += files.written.size();
+    m_unchanged += files.unchanged.size();
+    m_skipped += files.skipped.size();
+    m_failed += files.failed.size() + files.missing.size() + files.unreached.size();
+    m_copied += files.copied;
+}
+
+bool Writing::writeLists()
+{
+    QStringList paths;
+    for (const QString &path : std::as_const(m_paths))
+        paths += QDir::cleanPath(path);
+    paths.removeDuplicates();
+    const OutputSettings &settings = m_options.output;
+    bool isComplete = true;
+    if (!settings.list.isEmpty())
+        isComplete = writeList(settings.list, paths.join(u'\n') + u'\n');
+    if (!settings.depfile.isEmpty()) {
+        QStringList read = m_session.files.read + m_copied + m_session.files.missing;
+        read.removeDuplicates();
+        const QStringList targets = settings.target.isEmpty() ? paths : QStringList(settings.target);
+        isComplete = writeList(settings.depfile, depfileText(targets, read)) && isComplete;
+    }
+    return isComplete;
+}
+
+bool Writing::writeList(const QString &path, const QString &text)
+{
+    if (path == "-"_L1)
+        return printResult(text, m_session.messages);
+    const WriteResult result = writeWholeFile(path, text.toUtf8(), {.keepsSame = true});
+    if (result.outcome == WriteResult::Failed)
+        m_session.messages.tell(rules::kUnwritten, {path, result.reason});
+    return result.outcome != WriteResult::Failed;
+}
+
+void Writing::tellSummary()
+{
+    Messages &messages = m_session.messages;
+    if (messages.hasFormat() || m_options.output.isDryRun)
+        return;
+    QStringList numbers = {QString::number(m_written), QString::number(m_unchanged), QString::number(m_failed)};
+    if (m_skipped > 0)
+        messages.tellNote(rules::kWrittenOrSkipped, numbers << QString::number(m_skipped));
+    else
+        messages.tellNote(rules::kWritten, numbers);
 }
 
 } // namespace
 
-bool writeFiles(Session &session, Output output, const QString &directory, const Options &options)
-{
-    const auto write = [&](const QString &ofRoot, bool chip) {
-        return writeOfRoot(session, output, ofRoot, chip, options);
-    };
-    const VMMemoryMap &map = session.map;
-    if (output == Output::Vhdl || output == Output::Site)
-        return write(directory, true);
-    const bool hasBoth = map.chipRootArchive && map.softRootArchive;
-    bool isComplete = true;
-    if (map.chipRootArchive)
-        isComplete = write(hasBoth ? directory + "/chip"_L1 : directory, true) && isComplete;
-    if (map.softRootArchive)
-        isComplete = write(hasBoth ? directory + "/soft"_L1 : directory, false) && isComplete;
-    return isComplete;
-}
-
-bool writeHeaders(Session &session, const QString &directory, const Options &options)
+std::vector<WantedOutput> wantedHeaders(const Options &options, const QString &directory)
 {
     const std::pair<bool, Output> outputs[] = {
         {true, Output::Headers},
@@ -87,17 +174,26 @@ bool writeHeaders(Session &session, const QString &directory, const Options &opt
         {options.accessors, Output::Accessors},
         {options.globals, Output::Globals},
     };
-    bool isComplete = true;
-    for (const auto &[isWanted, output] : outputs)
-        isComplete = (!isWanted || writeFiles(session, output, directory, options)) && isComplete;
-    return isComplete;
+    std::vector<WantedOutput> wanted;
+    for (const auto &[isWanted, output] : outputs) {
+        if (isWanted)
+            wanted.push_back({output, directory});
+    }
+    return wanted;
 }
 
-ExitStatus loadAndWrite(const Options &options, Output output, Session &session)
+ExitStatus loadAndWrite(const Options &options, const std::vector<WantedOutput> &wanted, Session &session)
 {
     if (!loadAndLint(options, session))
         return kFailed;
-    return writeFiles(session, output, options.outputDirectory, options) ? kDone : kFailed;
+    const int errorsBefore = session.messages.errorCount(); // which have stopped nothing
+    Writing writing(options, session);
+    bool isComplete = true;
+    for (const WantedOutput &output : wanted)
+        isComplete = writing.write(output) && isComplete;
+    isComplete = isComplete && writing.writeLists();
+    writing.tellSummary();
+    return isComplete && session.messages.errorCount() == errorsBefore ? kDone : kFailed;
 }
 
 bool requireChip(const Options &options, Session &session)

@@ -3,20 +3,24 @@
 #include "cli/options.h"
 #include "outputs/outputs.h"
 
+#include <vector>
+
 namespace veldmap::cli {
 
 struct Session;
 
-/// Writes \a output of what \a session has loaded into \a directory, which is made if need be: that of the chip, or of
-/// every root, with both roots into its directories chip and soft. What can be written is, also when something before
-/// it could not be. False, with errors told, when not all could be.
-[[nodiscard]] bool writeFiles(Session &session, Output output, const QString &directory, const Options &options);
+/// One output that is asked for.
+struct WantedOutput {
+    Output output;
+    QString directory; ///< made if need be; with both roots its directories chip and soft
+};
 
-/// Writes the headers, and those beside them that \a options ask for, in the same way.
-[[nodiscard]] bool writeHeaders(Session &session, const QString &directory, const Options &options);
+/// The headers, and what \a options ask for beside them, all in \a directory.
+std::vector<WantedOutput> wantedHeaders(const Options &options, const QString &directory);
 
-/// Loads what \a options name and writes \a output of it.
-ExitStatus loadAndWrite(const Options &options, Output output, Session &session);
+/// Loads what \a options name and writes \a wanted of it: of the chip, or of every root. What can be written is, also
+/// when something before it could not be. Tells at the end what became of the files.
+ExitStatus loadAndWrite(const Options &options, const std::vector<WantedOutput> &wanted, Session &session);
 
 /// Whether \a options name a chip, of which there are VHDL packages; an error is told when they don't.
 [[nodiscard]] bool requireChip(const Options &options, Session &session);

@@ -3,6 +3,7 @@
 #include <veldmap/veldmap_export.h>
 
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 
@@ -14,11 +15,20 @@ namespace veldmap {
 class DocumentListener;
 class Sink;
 
+/// The files of a load, by the names with which they were opened, in the order in which the load asked for them.
+struct ReadFiles {
+    QStringList read;
+    QStringList missing; ///< that could not be opened
+};
+
 /// What a load is asked for beside its root.
 struct LoadOptions {
     int threads = 1;                       ///< with more than one, the others read files ahead
     DocumentListener *documents = nullptr; ///< sees each document before its tags are read; not owned
-    bool goesOn = false; ///< tells of all faults, not of the first alone; it loads nothing all the same
+    bool goesOn = false;        ///< tells of all faults, not of the first alone; it loads nothing all the same
+    ReadFiles *files = nullptr; ///< learns what was read; not owned
+    QString base = {};          ///< where the relative names of the tree start; empty for the directory of the root
+    bool hasCommonBase = false; ///< they start at the lowest directory that all files lie below
 };
 
 /// Loads the description at \a path, with all that it includes, for the memory map \a map; \a chip only chooses the

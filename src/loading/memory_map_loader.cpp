@@ -1,17 +1,67 @@
 #include "loading/memory_map_loader.h"
 
+#include "files/paths.h"
 #include "findings/callback_sink.h"
 #include "loading/archive_reader.h"
 #include "loading/load.h"
 #include "loading/read_ahead.h"
 #include "loading/rules.h"
+#include "model/archive.h"
 #include "model/root_archive.h"
 
+#include <QDir>
 #include <QFileInfo>
 
 using namespace Qt::StringLiterals;
 
 namespace veldmap {
+
+namespace {
+
+/// Notes what a load reads.
+class NotedFiles final : public DescriptionFiles {
+public:
+    NotedFiles(std::unique_ptr<DescriptionFiles> files, ReadFiles &noted) : m_files(std::move(files)), m_noted(noted) {}
+
+    std::unique_ptr<DescriptionFile> read(const FileName &name) override
+    {
+        std::unique_ptr<DescriptionFile> file = m_files->read(name);
+        (file->status == XMDOpenUnreadable ? m_noted.missing : m_noted.read) += name.path;
+        return file;
+    }
+
+private:
+    std::unique_ptr<DescriptionFiles> m_files;
+    ReadFiles &m_noted;
+};
+
+std::unique_ptr<DescriptionFiles> filesFor(const LoadOptions &options)
+{
+    auto files =
+        options.threads > 1 ? std::make_unique<ReadAhead>(options.threads - 1) : std::make_unique<DescriptionFiles>();
+    return options.files ? std::make_unique<NotedFiles>(std::move(files), *options.files) : std::move(files);
+}
+
+/// Lets the relative names of all files of \a root start from where \a options say. They name the same files.
+void moveBase(const VMRootArchive &root, const LoadOptions &options)
+{
+    if (options.base.isEmpty() && !options.hasCommonBase)
+        return;
+    QString base = QDir(options.base).absolutePath();
+    if (options.hasCommonBase) {
+        QStringList paths;
+        for (const VMXMLArchive *archive : root.xmlArchives)
+            paths += archive->getTotalPath();
+        base = commonDirectory(paths);
+    }
+    const QDir directory(base);
+    for (VMXMLArchive *archive : root.xmlArchives) {
+        archive->relativeFileName = directory.relativeFilePath(archive->getTotalPath());
+        archive->basePath = base;
+    }
+}
+
+} // namespace
 
 std::unique_ptr<VMRootArchive> loadRoot(VMMemoryMap &map, const QString &path, bool chip, Sink &sink,
                                         const LoadOptions &options)
@@ -24,8 +74,7 @@ std::unique_ptr<VMRootArchive> loadRoot(VMMemoryMap &map, const QString &path, b
     const QFileInfo file(path);
     auto root = std::make_unique<VMRootArchive>(&map, file.baseName());
     TreeBuilder builder(root.get());
-    std::unique_ptr<DescriptionFiles> files =
-        options.threads > 1 ? std::make_unique<ReadAhead>(options.threads - 1) : std::make_unique<DescriptionFiles>();
+    const std::unique_ptr<DescriptionFiles> files = filesFor(options);
     ArchiveReader reader(builder, *files, sink);
     reader.setDocumentListener(options.documents);
     if (options.goesOn)
@@ -34,6 +83,7 @@ std::unique_ptr<VMRootArchive> loadRoot(VMMemoryMap &map, const QString &path, b
     if (!reader.readFile({path, file.fileName(), file.absolutePath()}, true, status) ||
         (options.goesOn && reader.hasFailed()))
         return nullptr;
+    moveBase(*root, options);
     sink.take(Finding(rules::rootLoaded, {}, {word, file.baseName()}));
     return root;
 }

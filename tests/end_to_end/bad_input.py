@@ -133,9 +133,9 @@ class BadInput(support.Case):
         self.expect(self.bounded("eval", "(" * half + "1" + ")" * half), 0, "1\n")
 
     def test_files_that_are_none(self):
-        for path in (self.folder, self.folder / "missing.xml"):
+        for path, reason in ((self.folder, "Is a directory"), (self.folder / "missing.xml", "No such file or directory")):
             with self.subTest(path.name):
-                told = f"warning: Unable to open file {path}\nerror: {path} did not load.\n"
+                told = f"warning: Unable to open file {path}\nerror: {path} did not load: {reason}\n"
                 self.expect(self.bounded("check", path), 1, err=told)
 
 

@@ -77,7 +77,7 @@ class Docs(support.Case):
                          [f"error: {site}/{name}" for name in ("ua.js", "chip.html", "UART0.html")])
         self.assertEqual(last, "error: The pages behind it are not written: UART1")
         self.expect(self.docs("--chip", self.chip, "-o", self.chip), 1,
-                    err=f"error: The directory {self.chip} can't be made.\n")
+                    err=f"error: The directory {self.chip} can't be made: Not a directory\n")
 
     def test_names_that_can_be_no_page(self):
         for name, reason in (("../out", "the name of the instance leads out of the directory"),

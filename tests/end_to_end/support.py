@@ -16,6 +16,7 @@ from typing import NamedTuple
 
 SKIPPED = 77                                    # what the test driver takes as "not run"
 MESSAGE = re.compile(r"(.+:\d+:\d+: )?(error|warning|note): .+")
+SUMMARY = re.compile(r"^note: (\d+ files written, \d+ unchanged, \d+ failed.*)\.\n\Z", re.M)
 
 HERE = Path(__file__).resolve().parent
 PRELUDE = HERE / "prelude.h"
@@ -31,6 +32,7 @@ class Run(NamedTuple):
     err: str
     seconds: float
     megabytes: float                            # the largest resident size
+    summary: str                                # what became of files: the last line of the errors, which lack it
 
 
 # The commands that tell what lint finds. The descriptions of most tests are full of it, and it is not what they ask.
@@ -55,7 +57,10 @@ def run(*arguments, give_up=300, environment=None, program=None, folder=None):
         process.returncode = os.waitstatus_to_exitcode(status)
         out.seek(0)
         err.seek(0)
-        return Run(process.returncode, out.read().decode(), err.read().decode(), seconds, usage.ru_maxrss / 1024)
+        told = err.read().decode()
+        summary = SUMMARY.search(told)
+        return Run(process.returncode, out.read().decode(), SUMMARY.sub("", told), seconds, usage.ru_maxrss / 1024,
+                   summary[1] if summary else "")
 
 
 def chips():

@@ -183,6 +183,7 @@ class Vhdl(support.Case):
         self.expect(result, 0, err=None)
         self.assertIn(f"warning: {self.folder}/x_reg_pkg.vhd lies outside {self.folder}/deep/rtl, as", result.err)
         self.assertTrue((self.folder / "x_reg_pkg.vhd").is_file())
+        self.expect(run("vhdl", "--strict", "--chip", root, "-o", self.folder / "deep" / "rtl"), 1, err=None)
         same = self.lay_out({"same.xml": archive('<include file="x/a.xml"/><include file="y/a.xml"/>'),
                              "x/a.xml": archive(), "y/a.xml": archive()}, "same.xml")
         self.assertIn("Package 'a_reg_pkg': another file of the chip has a package of this name",
