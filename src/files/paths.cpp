@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <system_error>
 
+using namespace Qt::StringLiterals;
+
 namespace veldmap {
 
 bool liesBelow(const QString &directory, const QString &path)
@@ -34,7 +36,8 @@ QString commonDirectory(const QStringList &paths)
         const auto end = std::mismatch(common.begin(), common.end(), names.begin(), names.end()).first;
         common.resize(end - common.begin());
     }
-    return paths.isEmpty() ? QString() : u'/' + common.join(u'/');
+    const bool startsAtRoot = !paths.isEmpty() && QFileInfo(paths.first()).absolutePath().startsWith(u'/');
+    return (startsAtRoot ? u"/"_s : QString()) + common.join(u'/'); // drives have names
 }
 
 std::filesystem::path nativePath(const QString &path)
