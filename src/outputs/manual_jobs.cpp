@@ -2,6 +2,7 @@
 #include "outputs/outputs.h"
 #include "site/html_text.h"
 #include "site/pages.h"
+#include "site/search_index.h"
 #include "site/site_plan.h"
 
 #include <QFile>
@@ -76,6 +77,42 @@ void addPages(OutputJobs &jobs, const Plan &plan, const OutputOptions &options)
     }
 }
 
+/// The files of the search, in a directory of their own.
+void addSearch(OutputJobs &jobs, const Plan &plan, const OutputOptions &options)
+{
+    const auto index = std::make_shared<const SearchIndex>(*plan);
+    const auto pathOf = [&options](const QString &kind, qsizetype number) {
+        return u"%1/search/%2-%3.js"_s.arg(options.directory, kind, QString::number(number));
+    };
+    const auto add = [&](const QString &path, const auto &make) {
+        OutputJob job;
+        job.path = path;
+        job.name = path.section(u'/', -1);
+        job.directory = u"search"_s;
+        job.make = [plan, make](const QByteArray &) { return make(); };
+        jobs.push_back(std::move(job));
+    };
+    const auto addPiece = [&](const QString &path, const auto &script) {
+        add(path, [path, script] {
+            JobTexts texts;
+            texts.files.push_back({path, script(), {}});
+            return texts;
+        });
+    };
+    const QString wordsStem = u"%1/search/words-"_s.arg(options.directory);
+    add(pathOf(u"words"_s, 0), [index, wordsStem] {
+        JobTexts texts;
+        for (qsizetype at = 0; const QByteArray &script : index->wordsScripts())
+            texts.files.push_back({wordsStem + QString::number(at++) + ".js"_L1, script, {}});
+        return texts;
+    });
+    addPiece(pathOf(u"main"_s, 0), [index] { return index->mainScript(); });
+    for (qsizetype piece = 0; piece < index->namesPieces(); ++piece)
+        addPiece(pathOf(u"names"_s, piece), [index, piece] { return index->namesScript(piece); });
+    for (qsizetype piece = 0; piece < index->textsPieces(); ++piece)
+        addPiece(pathOf(u"texts"_s, piece), [index, piece] { return index->textsScript(piece); });
+}
+
 } // namespace
 
 OutputJobs manualJobs(const VMMemoryMap &map, const OutputOptions &options)
@@ -89,6 +126,7 @@ OutputJobs manualJobs(const VMMemoryMap &map, const OutputOptions &options)
     }
     for (const QLatin1StringView script : kScripts)
         jobs.push_back(assetJob(options, script));
+    addSearch(jobs, plan, options);
     addPages(jobs, plan, options);
     return jobs;
 }

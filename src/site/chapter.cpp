@@ -273,7 +273,8 @@ private:
             m_text.put("<td></td><td></td><td></td>"_L1);
             return;
         }
-        m_text.put("<td>"_L1, valuable->getBitSize(), "</td><td>"_L1, valuable->getProtectString(), "</td><td>"_L1,
+        m_text.put("<td>"_L1, valuable->getBitSize(), "</td><td>"_L1, valuable->readable ? "r"_L1 : ""_L1,
+                   valuable->writable ? "w"_L1 : ""_L1, "</td><td>"_L1,
                    resetText(*valuable), "</td>"_L1);
     }
 
@@ -519,7 +520,10 @@ private:
         appendComment(m_text, ownComment(field));
         writeOptions(field, macros);
         m_text.put("</td><td>"_L1);
-        appendSource(m_text, m_plan, field.source);
+        if (field.source.file.name() == field.parent->source.file.name())
+            m_text.put("<span class=\"source\">line "_L1, field.source.line, "</span>"_L1);
+        else
+            appendSource(m_text, m_plan, field.source);
         m_text.put("</td></tr>\n"_L1);
     }
 

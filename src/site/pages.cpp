@@ -358,6 +358,30 @@ void appendManual(HtmlText &text, const SitePlan &plan)
     closeFrame(text, Frame::Manual);
 }
 
+QList<Constant> constantsOf(const SitePlan &plan)
+{
+    QList<Constant> constants;
+    const auto add = [&](const QString &name, const QString &file, const QByteArray &id) {
+        constants.append({name, file.chopped(5).toUtf8() + '#' + fragmentOf(id)});
+    };
+    PageIds ids;
+    for (qsizetype at = 0; const VMEnum *enumeration : enumsOf(plan)) {
+        if (at % kEnumsOfPage == 0)
+            ids = {};
+        const QString file = fileOfPage(kEnums, at++ / kEnumsOfPage);
+        const QByteArray id = ids.take({}, enumeration->name);
+        add(enumeration->name, file, id);
+        for (const VMIntVar &entry : *enumeration)
+            add(entry.name, file, ids.take(id, entry.name));
+    }
+    for (qsizetype at = 0; const Variable &variable : variablesOf(plan)) {
+        if (at % kRowsOfPage == 0)
+            ids = {};
+        add(variable.variable->name, fileOfPage(kVariables, at++ / kRowsOfPage), ids.take({}, variable.variable->name));
+    }
+    return constants;
+}
+
 QString ListPages::fileOf(qsizetype page) const
 {
     return fileOfPage(stem, page);

@@ -36,4 +36,13 @@ struct ListPages {
 /// empty are left out, but for the start page.
 QList<ListPages> listPagesOf(const SitePlan &plan);
 
+/// An enum, an entry of one, or a variable, and where it stands.
+struct Constant {
+    QString name;
+    QByteArray link; ///< enums.html#level.LOW, without the file's ending: enums#level.LOW
+};
+
+/// All constants of \a plan, in the order of their pages.
+QList<Constant> constantsOf(const SitePlan &plan);
+
 } // namespace veldmap
