@@ -172,7 +172,7 @@ private:
         m_text.put("<a href=\"#"_L1, fragmentOf(m_ids[static_cast<std::size_t>(cell.field)]), "\"><text x=\""_L1, middle,
                    "\" y=\""_L1);
         if (fits(name.size(), cell)) {
-            m_text.put(top + (height - 20) / 2 + 4, "\">"_L1, name);
+            m_text.put(top + (height - 16) / 2 + 5, "\">"_L1, name);
         } else {
             const int y = top + (height - 16) / 2;
             m_text.put(y, "\" transform=\"rotate(-90 "_L1, middle, " "_L1, y, ")\" dy=\"4\">"_L1);

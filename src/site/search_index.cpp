@@ -295,7 +295,8 @@ public:
                 if (scripts.size() > 1)
                     closeScript(scripts.back());
                 appendQuoted(scripts[0], *word + '\n');
-                openScript(scripts.emplace_back(), "words", static_cast<qsizetype>(scripts.size()) - 1);
+                const auto number = static_cast<qsizetype>(scripts.size());
+                openScript(scripts.emplace_back(), "words", number);
             }
             appendQuoted(scripts.back(), *word);
             scripts.back() += '\t' + m_lines.constFind(*word)->text + '\n';

@@ -8,6 +8,7 @@
 const LETTERS = "nmklpqrstuvwxyz";
 const MOST_HITS = 60;
 const MOST_INSTANCES = 20;              // shown of one line, of types with very many
+const MOST_LINES = 4000;                // looked at for words that stand in very many
 const SLICE = 12;                       // ms of work between two looks at the keyboard
 
 // Loading ------------------------------------------------------------------------------------------------------------------
@@ -364,21 +365,24 @@ class Search {
     async findWords() {
         const words = this.tokens.flatMap(token => token.split(/[^\p{L}\p{N}]+/u)).filter(word => word.length >= 2);
         if (!words.length) return;
-        let lines = null;
-        const others = [];
+        const found = [];
         for (const word of words) {
-            const some = await this.linesOfWord(word);
+            const lines = await this.linesOfWord(word);
             if (this.isOver) return;
-            if (!some) others.push(word);
-            else if (!lines) lines = some;
-            else lines = new Map([...lines].filter(([line]) => some.has(line)).map(([line, whole]) => [line, whole && some.get(line)]));
+            found.push({word, lines: lines || new Map()});
         }
-        if (!lines) return;
-        const sorted = [...lines].sort((a, b) => b[1] - a[1] || a[0] - b[0]);
-        let shown = 0;
+        // A word may stand in the description or in the path; the rarest one that descriptions have leads.
+        const leading = found.filter(({lines}) => lines.size).sort((a, b) => a.lines.size - b.lines.size)[0];
+        if (!leading) return;
+        const others = found.filter(it => it !== leading);
+        const inAll = line => others.filter(({lines}) => lines.has(line)).length;
+        const sorted = [...leading.lines].map(([line, isWhole]) => [line, isWhole, inAll(line)])
+            .sort((a, b) => b[2] - a[2] || b[1] - a[1] || a[0] - b[0]);
+        let shown = 0, tried = 0;
         for (const [line, isWhole] of sorted) {
-            if (shown >= MOST_HITS) { this.more = true; break; }
-            if (await this.addLine(line, isWhole ? 2.5 : 3.5, words, others)) ++shown;
+            if (shown >= MOST_HITS || ++tried > MOST_LINES) { this.more = true; break; }
+            const inPath = others.filter(({lines}) => !lines.has(line)).map(({word}) => word);
+            if (await this.addLine(line, isWhole ? 2.5 : 3.5, words, inPath)) ++shown;
             if (await this.pause()) return;
         }
     }
@@ -391,19 +395,18 @@ class Search {
         const type = piece.firstType + block;
         const node = parseType(piece, type)[line - piece.lines[block]];
         if (!node) return false;
+        const isRoot = node === parseType(piece, type)[0];
+        const place = instance => hitOf(type, instance, isRoot ? null : node).path.toLowerCase();
+        const places = placesOf(type).filter(instance => !others.length || others.every(word => place(instance).includes(word)));
+        if (!places.length) return false;
         const number = lastNotAbove(main.texts, line);
         const texts = (await load("texts", number))[line - main.texts[number]].split("\t");
         const wanted = words.filter(word => !others.includes(word));
         const at = Math.max(0, texts.findIndex(text => wanted.some(word => text.toLowerCase().includes(word))));
-        let isAdded = false, shown = 0;
-        for (const instance of placesOf(type)) {
-            if (shown++ >= 3) { this.more = true; break; }
-            const hit = hitOf(type, instance, node === parseType(piece, type)[0] ? null : node, at ? node.fields[at - 1] : null, this.indices);
-            if (!others.every(word => hit.path.toLowerCase().includes(word))) continue;
-            this.add({...hit, says: texts[at]}, score);
-            isAdded = true;
-        }
-        return isAdded;
+        if (places.length > 3) this.more = true;
+        for (const instance of places.slice(0, 3))
+            this.add({...hitOf(type, instance, isRoot ? null : node, at ? node.fields[at - 1] : null, this.indices), says: texts[at]}, score);
+        return true;
     }
 }
 
