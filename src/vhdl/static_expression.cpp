@@ -24,13 +24,6 @@ bool isInteger(qint64 value)
     return value >= std::numeric_limits<qint32>::min() && value <= std::numeric_limits<qint32>::max();
 }
 
-/// A number on the way. Literals alone compute with universal integers, which end nowhere; a constant makes the result
-/// one of 32 bits.
-struct Number {
-    qint64 value = 0;
-    bool isUniversal = true;
-};
-
 /// Reads an expression from left to right:
 ///
 ///     expression = [sign] term {(+ | -) term}
@@ -38,31 +31,34 @@ struct Number {
 ///     factor = primary [** primary]
 ///     primary = literal | name | ( expression )
 ///
-/// So 2*-1 and 2**3**4 are none.
+/// So 2*-1 and 2**3**4 are none. Every step must be an integer of 32 bits, also between literals alone: 2**31-1 is too
+/// large. A literal itself may lie beyond, as in -2147483648.
 class Reader {
 public:
     Reader(QStringView text, const ConstantLookup &constants) : m_rest(text), m_constants(constants) {}
 
-    StaticResult read()
+    StaticResult read(qint64 *value)
     {
-        const Number number = expression();
+        const qint64 number = expression();
         skipBlanks();
         if (!m_isReadable || !m_rest.isEmpty())
             return StaticResult::Unreadable;
-        return m_isTooLarge || !isInteger(number.value) ? StaticResult::TooLarge : StaticResult::Value;
+        if (value)
+            *value = number;
+        return m_isTooLarge || !isInteger(number) ? StaticResult::TooLarge : StaticResult::Value;
     }
 
 private:
     using Operation = bool (*)(qint64 left, qint64 right, qint64 *result);
 
-    Number expression()
+    qint64 expression()
     {
         const bool isNegative = take("-"_L1);
         if (!isNegative)
             take("+"_L1);
-        Number number = term();
+        qint64 number = term();
         if (isNegative)
-            number = combine({0, number.isUniversal}, number, qSubOverflow<qint64>);
+            number = combine(0, number, qSubOverflow<qint64>);
         while (m_isReadable) {
             if (take("+"_L1))
                 number = combine(number, term(), qAddOverflow<qint64>);
@@ -74,17 +70,17 @@ private:
         return number;
     }
 
-    Number term()
+    qint64 term()
     {
-        Number number = factor();
+        qint64 number = factor();
         while (m_isReadable) {
             if (take("*"_L1)) {
                 number = combine(number, factor(), qMulOverflow<qint64>);
             } else if (take("/"_L1)) {
-                const Number divisor = factor();
-                if (divisor.value == 0)
+                const qint64 divisor = factor();
+                if (divisor == 0)
                     return fail();
-                number = {number.value / divisor.value, number.isUniversal && divisor.isUniversal};
+                number = combine(number / divisor, 0, qAddOverflow<qint64>);
             } else {
                 break;
             }
@@ -92,27 +88,27 @@ private:
         return number;
     }
 
-    Number factor()
+    qint64 factor()
     {
-        const Number base = primary();
+        const qint64 base = primary();
         if (!take("**"_L1))
             return base;
-        const qint64 exponent = primary().value;
+        const qint64 exponent = primary();
         if (exponent < 0)
             return fail();
         // Every base beyond -1 to 1 has left the numbers long before.
-        Number power = {1, base.isUniversal};
+        qint64 power = 1;
         for (qint64 step = 0; step < qMin<qint64>(exponent, 64 + (exponent & 1)) && !m_isTooLarge; ++step)
             power = combine(power, base, qMulOverflow<qint64>);
         return power;
     }
 
-    Number primary()
+    qint64 primary()
     {
         if (take("("_L1)) {
             if (++m_depth > kNesting)
                 return fail();
-            const Number number = expression();
+            const qint64 number = expression();
             --m_depth;
             return take(")"_L1) ? number : fail();
         }
@@ -127,13 +123,13 @@ private:
         return word.front().isDigit() ? literal(word) : named(word);
     }
 
-    Number named(QStringView word)
+    qint64 named(QStringView word)
     {
         const std::optional<qint64> value = m_constants(word.toString().toUpper());
-        return value ? Number{*value, false} : fail();
+        return value ? *value : fail();
     }
 
-    Number literal(QStringView word)
+    qint64 literal(QStringView word)
     {
         const bool isHexadecimal = word.size() > 4 && word.startsWith("16#"_L1) && word.endsWith(u'#');
         if (isHexadecimal)
@@ -142,29 +138,28 @@ private:
         const qsizetype exponentAt = word.indexOf(u'E', 0, Qt::CaseInsensitive);
         if (exponentAt < 0)
             return digits(word, 10, isDecimal);
-        Number number = digits(word.first(exponentAt), 10, isDecimal);
-        const qint64 exponent = digits(word.sliced(exponentAt + 1), 10, isDecimal).value;
-        for (qint64 step = 0; step < exponent && m_isReadable && !m_isTooLarge && number.value != 0; ++step)
-            number = combine(number, {10}, qMulOverflow<qint64>);
+        qint64 number = digits(word.first(exponentAt), 10, isDecimal);
+        const qint64 exponent = digits(word.sliced(exponentAt + 1), 10, isDecimal);
+        for (qint64 step = 0; step < exponent && m_isReadable && !m_isTooLarge && number != 0; ++step)
+            m_isTooLarge = qMulOverflow(number, qint64(10), &number);
         return number;
     }
 
-    Number digits(QStringView text, int base, bool (*isDigit)(QChar))
+    qint64 digits(QStringView text, int base, bool (*isDigit)(QChar))
     {
         if (text.isEmpty() || !std::ranges::all_of(text, isDigit))
             return fail();
         bool isSmall = false;
         const qint64 value = text.toLongLong(&isSmall, base);
         m_isTooLarge = m_isTooLarge || !isSmall;
-        return {value};
+        return value;
     }
 
-    Number combine(const Number &left, const Number &right, Operation operation)
+    qint64 combine(qint64 left, qint64 right, Operation operation)
     {
-        Number result = {0, left.isUniversal && right.isUniversal};
-        if (operation(left.value, right.value, &result.value) || !(result.isUniversal || isInteger(result.value)))
-            m_isTooLarge = true;
-        return m_isTooLarge ? Number() : result;
+        qint64 result = 0;
+        m_isTooLarge = operation(left, right, &result) || !isInteger(result) || m_isTooLarge;
+        return m_isTooLarge ? 0 : result;
     }
 
     /// Takes \a symbol if it stands next. "*" does not take the first half of "**".
@@ -184,10 +179,10 @@ private:
             m_rest = m_rest.sliced(1);
     }
 
-    Number fail()
+    qint64 fail()
     {
         m_isReadable = false;
-        return {};
+        return 0;
     }
 
     QStringView m_rest;
@@ -217,8 +212,8 @@ constexpr QLatin1StringView kReservedWords[] = {
     // every line of a package uses it
     "integer"_L1};
 
-/// Names of the packages that every package uses. A constant of that name in another package is hidden by them, as they
-/// are by it.
+/// Names of the packages that every package uses, and of libraries. A constant of that name in another package is
+/// hidden by them, as they are by it.
 constexpr QLatin1StringView kStandardNames[] = {
     "bit"_L1, "bit_vector"_L1, "boolean"_L1, "character"_L1, "delay_length"_L1, "error"_L1, "failure"_L1, "false"_L1,
     "file_open_kind"_L1, "file_open_status"_L1, "append_mode"_L1, "mode_error"_L1, "name_error"_L1, "open_ok"_L1,
@@ -233,17 +228,29 @@ constexpr QLatin1StringView kStandardNames[] = {
     // std_logic_1164
     "std_ulogic"_L1, "std_ulogic_vector"_L1, "std_logic"_L1, "std_logic_vector"_L1, "x01"_L1, "x01z"_L1, "ux01"_L1,
     "ux01z"_L1, "resolved"_L1, "to_bit"_L1, "to_bitvector"_L1, "to_x01"_L1, "to_x01z"_L1, "to_ux01"_L1,
-    "rising_edge"_L1, "falling_edge"_L1, "is_x"_L1};
+    "rising_edge"_L1, "falling_edge"_L1, "is_x"_L1,
+    // of both in VHDL-2008
+    "boolean_vector"_L1, "integer_vector"_L1, "real_vector"_L1, "time_vector"_L1, "minimum"_L1, "maximum"_L1,
+    "to_string"_L1, "to_bstring"_L1, "to_binary_string"_L1, "to_ostring"_L1, "to_octal_string"_L1, "to_hstring"_L1,
+    "to_hex_string"_L1, "to_01"_L1, "read"_L1, "write"_L1, "bread"_L1, "bwrite"_L1, "binary_read"_L1, "binary_write"_L1,
+    "oread"_L1, "owrite"_L1, "octal_read"_L1, "octal_write"_L1, "hread"_L1, "hwrite"_L1, "hex_read"_L1, "hex_write"_L1,
+    "to_stdulogic"_L1, "to_stdlogicvector"_L1, "to_stdulogicvector"_L1, "to_bv"_L1, "to_bit_vector"_L1, "to_slv"_L1,
+    "to_std_logic_vector"_L1, "to_suv"_L1, "to_sulv"_L1, "to_std_ulogic_vector"_L1,
+    // libraries
+    "ieee"_L1, "std"_L1, "work"_L1};
 
 } // namespace
 
-StaticResult evaluateStatic(const QString &text, const ConstantLookup &constants)
+StaticResult evaluateStatic(const QString &text, const ConstantLookup &constants, qint64 *value)
 {
     constexpr qsizetype kSmallNumber = 9; // digits
     const auto isDigit = [](QChar c) { return c >= u'0' && c <= u'9'; };
-    if (!text.isEmpty() && text.size() <= kSmallNumber && std::ranges::all_of(text, isDigit))
+    if (!text.isEmpty() && text.size() <= kSmallNumber && std::ranges::all_of(text, isDigit)) {
+        if (value)
+            *value = text.toLongLong();
         return StaticResult::Value;
-    return Reader(text, constants).read();
+    }
+    return Reader(text, constants).read(value);
 }
 
 bool isDeclarableName(const QString &name)

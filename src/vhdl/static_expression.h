@@ -20,8 +20,9 @@ enum class StaticResult {
 using ConstantLookup = std::function<std::optional<qint64>(const QString &name)>;
 
 /// Reads \a text as a static expression of VHDL: decimal and based literals, \a constants, signs, + - * / ** and
-/// parentheses.
-VELDMAP_EXPORT StaticResult evaluateStatic(const QString &text, const ConstantLookup &constants);
+/// parentheses. Its number goes to \a value, if that is given and there is one.
+VELDMAP_EXPORT StaticResult evaluateStatic(const QString &text, const ConstantLookup &constants,
+                                           qint64 *value = nullptr);
 
 /// Whether \a name can be declared: a basic identifier that is no reserved word of VHDL-93 or VHDL-2008, nor INTEGER,
 /// which every line uses.
