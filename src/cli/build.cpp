@@ -11,6 +11,10 @@ ExitStatus build(const Options &options, Session &session)
         session.messages.tell(rules::kNothingAsked);
         return kWrongUsage;
     }
+    if (options.selfCheck && options.headersDirectory.isEmpty() && options.vhdlDirectory.isEmpty()) {
+        session.messages.tell(rules::kNothingChecked);
+        return kWrongUsage;
+    }
     if (!options.vhdlDirectory.isEmpty() && !requireChip(options, session))
         return kWrongUsage;
     std::vector<WantedOutput> wanted;

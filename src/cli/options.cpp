@@ -46,6 +46,7 @@ struct Arguments {
     bool force = false;
     bool selfCheck = false;
     bool single = false;
+    bool accepted = false;
     std::optional<std::string> imageFile;
     std::string imageAddress;
     std::optional<std::string> threads;
@@ -81,6 +82,7 @@ Options optionsOf(const Arguments &arguments)
     options.force = arguments.force;
     options.selfCheck = arguments.selfCheck;
     options.single = arguments.single;
+    options.accepted = arguments.accepted;
     return options;
 }
 
@@ -190,6 +192,12 @@ void addExtraHeaders(CLI::App &command, Arguments &arguments, CLI::Option *direc
         option->needs(directory);
 }
 
+CLI::Option *addAccepted(CLI::App &command, Arguments &arguments)
+{
+    return command.add_flag("--accepted", arguments.accepted,
+                            "write what VHDL refuses as comments, with the reason, so that packages are taken");
+}
+
 Command addCheck(CLI::App &app, Arguments &arguments)
 {
     CLI::App *command = app.add_subcommand("check", "Load descriptions and report what is wrong with them");
@@ -221,6 +229,7 @@ Command addHeaders(CLI::App &app, Arguments &arguments)
     command->footer("With both roots the headers lie below DIR/chip and DIR/soft.\n\n"
                     "Examples:\n"
                     "  veldmap headers --chip soc.xml -o include --types --globals\n"
+                    "  veldmap headers --chip soc.xml -o include --self-check\n"
                     "  veldmap headers --chip soc.xml --soft firmware.xml -o include --skip-up-to-date");
     return {command, headers, true};
 }
@@ -232,10 +241,13 @@ Command addVhdl(CLI::App &app, Arguments &arguments)
     addOutput(*command, arguments, "directory for the packages, made if need be");
     addThreads(*command, arguments);
     addOutputOptions(*command, arguments.output);
+    addAccepted(*command, arguments);
+    addSelfCheck(*command, arguments, "write SOC_self_check.vhd too, which fails when a package differs from the tree");
     addLintOptions(*command, arguments.lint);
     command->footer("A package is written as its description says; lines that VHDL does not take are told.\n\n"
-                    "Example:\n"
-                    "  veldmap vhdl --chip soc.xml -o rtl");
+                    "Examples:\n"
+                    "  veldmap vhdl --chip soc.xml -o rtl\n"
+                    "  veldmap vhdl --chip soc.xml -o rtl --accepted --self-check");
     return {command, vhdl, true};
 }
 
@@ -278,9 +290,11 @@ Command addBuild(CLI::App &app, Arguments &arguments)
         command->add_option("--headers", arguments.headersDirectory, "directory for C and assembly headers")
             ->type_name("DIR");
     addExtraHeaders(*command, arguments, headersOption);
-    command->add_option("--vhdl", arguments.vhdlDirectory, "directory for VHDL packages")->type_name("DIR");
+    CLI::Option *packages =
+        command->add_option("--vhdl", arguments.vhdlDirectory, "directory for VHDL packages")->type_name("DIR");
     command->add_option("--docs", arguments.docsDirectory, "directory for the documentation site")->type_name("DIR");
-    addSelfCheck(*command, arguments, "write files of assertions beside headers too");
+    addAccepted(*command, arguments)->needs(packages);
+    addSelfCheck(*command, arguments, "write files of assertions beside headers and packages too");
     addThreads(*command, arguments);
     addOutputOptions(*command, arguments.output);
     addLintOptions(*command, arguments.lint);

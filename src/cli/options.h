@@ -43,6 +43,7 @@ struct Options {
     bool force = false;
     bool selfCheck = false;
     bool single = false;
+    bool accepted = false; ///< packages that VHDL takes
     LintOptions lint;
     OutputSettings output;
     int threads = 1; ///< how many make the text of files

@@ -21,6 +21,9 @@ inline constexpr Rule kNoChip = {"no-chip"_L1, Severity::Error,
                                  u"VHDL packages are those of a chip: name its description with --chip FILE."};
 inline constexpr Rule kNothingAsked = {"nothing-asked"_L1, Severity::Error,
                                        u"Nothing is asked for: name directories with --headers, --vhdl or --docs."};
+inline constexpr Rule kNothingChecked = {"nothing-checked"_L1, Severity::Error,
+                                         u"--self-check is for headers and packages: name a directory with --headers "
+                                         "or --vhdl."};
 inline constexpr Rule kNoImageName = {"image-without-name"_L1, Severity::Error,
                                       u"The image has no name: --image takes a file."};
 inline constexpr Rule kNoAddress = {"no-address"_L1, Severity::Error,

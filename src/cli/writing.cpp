@@ -92,6 +92,7 @@ bool Writing::writeOfRoot(Output output, const QString &directory, bool chip)
     options.chip = chip;
     options.threads = m_options.threads;
     options.selfCheck = m_options.selfCheck;
+    options.accepted = m_options.accepted;
     options.single = m_options.single;
     options.sources = m_session.files.read + m_session.files.missing;
     if (output == Output::Docs || output == Output::Site)

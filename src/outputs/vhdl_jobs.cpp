@@ -4,6 +4,9 @@
 #include "outputs/output_jobs.h"
 #include "outputs/outputs.h"
 #include "vhdl/packages.h"
+#include "vhdl/self_check.h"
+
+#include <QSet>
 
 #include <QDir>
 
@@ -23,12 +26,27 @@ QString refusalOf(const VMXMLArchive &archive)
     return {};
 }
 
+OutputJob selfCheckJob(const VMRootArchive &root, const std::shared_ptr<const PackageTexts> &packages,
+                       const QString &directory)
+{
+    OutputJob job;
+    job.path = directory + u'/' + vhdlSelfCheckNameOf(root) + ".vhd"_L1;
+    job.make = [&root, packages, path = job.path](const QByteArray &) {
+        JobTexts texts;
+        texts.files.push_back({path, vhdlSelfCheckOf(root, *packages).toUtf8(), {}});
+        return texts;
+    };
+    return job;
+}
+
 } // namespace
 
 OutputJobs vhdlJobs(const VMRootArchive &root, const OutputOptions &options)
 {
-    const auto packages = std::make_shared<const PackageTexts>(root);
+    const auto packages =
+        std::make_shared<const PackageTexts>(root, options.accepted ? RefusedLines::Comments : RefusedLines::Stay);
     OutputJobs jobs;
+    QSet<QString> paths;
     for (const VMXMLArchive *archive : root.xmlArchives) {
         OutputJob job;
         job.path = options.directory + u'/' + archive->getVHDLFileRelativeName();
@@ -36,13 +54,20 @@ OutputJobs vhdlJobs(const VMRootArchive &root, const OutputOptions &options)
         if (!liesBelow(options.directory, job.path))
             job.outside = QDir::cleanPath(job.path);
         job.directory = archive->getRelativePath(false);
-        job.make = [archive, packages, path = job.path](const QByteArray &) {
+        // Where two packages have one file, the second has no line that VHDL takes.
+        const bool isWritten = !options.accepted || !paths.contains(job.path);
+        paths.insert(job.path);
+        job.make = [archive, packages, path = job.path, isWritten](const QByteArray &) {
             JobTexts texts;
-            texts.files.push_back({path, packages->textOf(*archive, texts.findings).toUtf8(), {}});
+            const QString text = packages->textOf(*archive, texts.findings);
+            if (isWritten)
+                texts.files.push_back({path, text.toUtf8(), {}});
             return texts;
         };
         jobs.push_back(std::move(job));
     }
+    if (options.selfCheck)
+        jobs.push_back(selfCheckJob(root, packages, options.directory));
     return jobs;
 }
 

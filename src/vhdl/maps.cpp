@@ -3,8 +3,10 @@
 #include "model/kinds.h"
 #include "model/visit.h"
 #include "text/lines.h"
+#include "vhdl/comments.h"
 #include "vhdl/notation.h"
 
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -45,14 +47,31 @@ bool isBusRegister(const VMXMLElement &element)
 
 } // namespace
 
+/// The positions of a field or a group as the tree has them.
+struct MapWriter::Span {
+    int high = 0;
+    int low = 0;
+
+    /// Those of all fields of \a group, of which \a up and \a down are what counts.
+    static Span of(const VMBitGroup &group, int VMBitField::*up, int VMBitField::*down)
+    {
+        if (group.isEmpty())
+            return {};
+        const auto byUp = [&](const VMBitField *field) { return field->*up; };
+        const auto byDown = [&](const VMBitField *field) { return field->*down; };
+        return {byUp(*std::ranges::max_element(group, {}, byUp)), byDown(*std::ranges::min_element(group, {}, byDown))};
+    }
+};
+
 /// What the line of a field or a group in one of the maps is made of.
 struct MapWriter::Definition {
     QLatin1StringView prefix;
     QString name;
     QString high;
     QString low;
-    const VMValuable *valuable;    ///< which holds the field or group
-    const VMXMLElement *cause;     ///< what the description declares it by: the field, or the group's valuable
+    const VMValuable *valuable; ///< which holds the field or group
+    const VMXMLElement *cause;  ///< what the description declares it by: the field, or the group's valuable
+    Span span;
     QLatin1StringView rangeRemark; ///< in front of a range
 };
 
@@ -89,15 +108,17 @@ void MapWriter::writeKind(const VMArray &array, int level)
     const QString count = QString::number(array.count());
     m_text += u'\n';
     m_isBehindError = false;
+    qsizetype begin = m_text.size();
     appendLine(m_text, indent(level + 1), "constant tabsize_"_L1, name, u":", kValueColumn, "integer := "_L1, count,
                u";");
+    if (m_listener)
+        commentOut(m_text, begin, m_listener->onConstant("tabsize_"_L1 + name, {count, array.count()}, array));
+    begin = m_text.size();
     appendLine(m_text, indent(level + 1), "type tab_"_L1, name,
                " is array (NATURAL range <>) of std_logic_vector(range_"_L1, name, ");"_L1);
+    if (m_listener)
+        commentOut(m_text, begin, m_listener->onType("tab_"_L1 + name, "range_"_L1 + name, array));
     m_text += u'\n';
-    if (m_listener) {
-        m_listener->onConstant("tabsize_"_L1 + name, count, array);
-        m_listener->onType("tab_"_L1 + name, "range_"_L1 + name, array);
-    }
 }
 
 void MapWriter::writeKind(const VMValuable &valuable, int level)
@@ -117,20 +138,26 @@ void MapWriter::writeKind(const VMValuable &valuable, int level)
     for (const auto &group : valuable.bitGroups)
         writePhysical(*group, level);
     DeclarationListener *listener = beginLine();
+    const qsizetype begin = m_text.size();
     appendLine(m_text, indent(level + 1), "subtype range_"_L1, name, " is"_L1, kValueColumn, "integer range "_L1,
                valuable.physicalName, " downto 0;"_L1);
+    if (listener) {
+        const int top = valuable.bitFields.empty() ? 0 : valuable.bitFields.back()->physicalUpPos;
+        commentOut(m_text, begin,
+                   listener->onRange("range_"_L1 + name, {valuable.physicalName, top}, {u"0"_s, 0}, valuable));
+    }
     m_text += u'\n';
-    if (listener)
-        listener->onRange("range_"_L1 + name, valuable.physicalName, u"0"_s, valuable);
 }
 
 /// Addresses count words.
 void MapWriter::writeAddress(const VMXMLElement &element, const QString &name, int level)
 {
-    const QString address = QString::number(element.getBaseAddress() >> 2);
-    appendLine(m_text, indent(level), "constant at_"_L1, name, u":", kValueColumn, "integer := "_L1, address, u";");
+    const unsigned int address = element.getBaseAddress() >> 2;
+    const QString text = QString::number(address);
+    const qsizetype begin = m_text.size();
+    appendLine(m_text, indent(level), "constant at_"_L1, name, u":", kValueColumn, "integer := "_L1, text, u";");
     if (m_listener)
-        m_listener->onConstant("at_"_L1 + name, address, element);
+        commentOut(m_text, begin, m_listener->onConstant("at_"_L1 + name, {text, address}, element));
 }
 
 DeclarationListener *MapWriter::beginLine()
@@ -140,29 +167,44 @@ DeclarationListener *MapWriter::beginLine()
 
 void MapWriter::writeLogical(const VMBitField &field, int level)
 {
-    writeDefinition({kLogical, field.getName(), field.upPosExpression, field.downPosExpression,
-                     elementCast<VMValuable>(field.parent), &field, kNoRemark},
+    writeDefinition({kLogical,
+                     field.getName(),
+                     field.upPosExpression,
+                     field.downPosExpression,
+                     elementCast<VMValuable>(field.parent),
+                     &field,
+                     {field.upPos, field.downPos},
+                     kNoRemark},
                     level);
 }
 
 void MapWriter::writePhysical(const VMBitField &field, int level)
 {
-    writeDefinition({kPhysical, field.getName(), field.physicalUpPosExpression, field.physicalDownPosExpression,
-                     elementCast<VMValuable>(field.parent), &field, kNoRemark},
+    writeDefinition({kPhysical,
+                     field.getName(),
+                     field.physicalUpPosExpression,
+                     field.physicalDownPosExpression,
+                     elementCast<VMValuable>(field.parent),
+                     &field,
+                     {field.physicalUpPos, field.physicalDownPos},
+                     kNoRemark},
                     level);
 }
 
 void MapWriter::writeLogical(const VMBitGroup &group, int level)
 {
     writeDefinition({kLogical, group.name, group.getUpPosExpression(), group.getDownPosExpression(), group.valuable,
-                     group.valuable, group.isContiguous() ? kNoRemark : kNotContiguous},
+                     group.valuable, Span::of(group, &VMBitField::upPos, &VMBitField::downPos),
+                     group.isContiguous() ? kNoRemark : kNotContiguous},
                     level);
 }
 
 void MapWriter::writePhysical(const VMBitGroup &group, int level)
 {
     writeDefinition({kPhysical, group.name, group.getUpPosPhysicalExpression(), group.getDownPosPhysicalExpression(),
-                     group.valuable, group.valuable, group.isPhysicalContiguous() ? kNoRemark : kNotContiguous},
+                     group.valuable, group.valuable,
+                     Span::of(group, &VMBitField::physicalUpPos, &VMBitField::physicalDownPos),
+                     group.isPhysicalContiguous() ? kNoRemark : kNotContiguous},
                     level);
 }
 
@@ -190,10 +232,14 @@ void MapWriter::writeDefinition(const Definition &definition, int level)
     const Evaluated lowNumber = highNumber.failed ? highNumber : evaluate(low, *archive);
     DeclarationListener *listener = beginLine();
     if (lowNumber.failed) {
+        const qsizetype begin = m_text.size();
         m_text += "ERROR while evaluating expressions when generating vhdl"_L1 + lowNumber.message;
-        m_isBehindError = true;
-        if (listener)
-            listener->onUnevaluated(definition.name, *definition.cause);
+        const QString reason = listener ? listener->onUnevaluated(definition.name, *definition.cause) : QString();
+        m_isBehindError = reason.isEmpty();
+        if (!m_isBehindError) {
+            m_text += u'\n';
+            commentOut(m_text, begin, reason);
+        }
         return;
     }
     const bool isRange = highNumber.value != lowNumber.value;
@@ -202,6 +248,7 @@ void MapWriter::writeDefinition(const Definition &definition, int level)
                                  : lineOf("constant "_L1, definition.prefix, definition.name, u":", kValueColumn,
                                           "integer := "_L1, high, u";");
     const bool isRepeated = m_known.contains(line);
+    const qsizetype begin = m_text.size();
     m_text += (isRepeated ? "--"_L1 : ""_L1) + indent(level + 1) + line;
     if (isRepeated)
         return;
@@ -210,10 +257,11 @@ void MapWriter::writeDefinition(const Definition &definition, int level)
     const bool isComment = isRange && !definition.rangeRemark.isEmpty();
     if (!listener || isComment)
         return;
-    if (isRange)
-        listener->onRange(definition.prefix + definition.name, high, low, *definition.cause);
-    else
-        listener->onConstant(definition.prefix + definition.name, high, *definition.cause);
+    const QString name = definition.prefix + definition.name;
+    const PackageNumber top = {high, definition.span.high};
+    commentOut(m_text, begin,
+               isRange ? listener->onRange(name, top, {low, definition.span.low}, *definition.cause)
+                       : listener->onConstant(name, top, *definition.cause));
 }
 
 } // namespace veldmap

@@ -16,18 +16,28 @@ class VMXMLElement;
 
 namespace veldmap {
 
+/// A number of a package.
+struct PackageNumber {
+    QString text;
+    qint64 number = 0; ///< what the tree says that it is
+};
+
 /// Hears of each declaration that a package gets, so that it can tell what VHDL will not take. Names come with their
-/// prefix, numbers as the texts that stand in the package. \a cause is the register or array that a declaration is for.
+/// prefix, numbers as the texts that stand in the package and as the tree has them. \a cause is the register or array
+/// that a declaration is for.
+///
+/// Each gives the reason for which the line becomes a comment; an empty text leaves it as it is.
 class DeclarationListener {
 public:
     virtual ~DeclarationListener() = default;
-    virtual void onConstant(const QString &name, const QString &value, const VMXMLElement &cause) = 0;
-    /// A subtype of a range of integers. \a left is empty for a register without bitfields.
-    virtual void onRange(const QString &name, const QString &left, const QString &right, const VMXMLElement &cause) = 0;
+    virtual QString onConstant(const QString &name, const PackageNumber &value, const VMXMLElement &cause) = 0;
+    /// A subtype of a range of integers, downwards. \a left has no text for a register without bitfields.
+    virtual QString onRange(const QString &name, const PackageNumber &left, const PackageNumber &right,
+                            const VMXMLElement &cause) = 0;
     /// An array type, of vectors of the subtype \a range.
-    virtual void onType(const QString &name, const QString &range, const VMXMLElement &cause) = 0;
+    virtual QString onType(const QString &name, const QString &range, const VMXMLElement &cause) = 0;
     /// A position of the field or group \a name did not evaluate: the text of the error stands in the package.
-    virtual void onUnevaluated(const QString &name, const VMXMLElement &cause) = 0;
+    virtual QString onUnevaluated(const QString &name, const VMXMLElement &cause) = 0;
 };
 
 /// Writes the registers of a module: addresses, logical maps, physical maps and ranges. A definition line that stands
@@ -48,6 +58,7 @@ public:
 
 private:
     struct Definition;
+    struct Span;
 
     void writeKind(const VMStruct &structure, int level);
     void writeKind(const VMArray &array, int level);

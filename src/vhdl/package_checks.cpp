@@ -3,6 +3,7 @@
 #include "model/aggregates.h"
 #include "model/archive.h"
 #include "model/root_archive.h"
+#include "vhdl/comments.h"
 #include "vhdl/notation.h"
 #include "vhdl/static_expression.h"
 
@@ -18,9 +19,15 @@ namespace {
 constexpr int kLeastAddressBits = 1;
 constexpr int kMostAddressBits = 12;
 
-QHash<QString, std::optional<qint64>> declaredNames(const VMXMLArchive &archive)
+bool isLegalPackage(const QString &name)
 {
-    QHash<QString, std::optional<qint64>> names;
+    return isDeclarableName(name) && name.compare("work"_L1, Qt::CaseInsensitive) != 0 &&
+           name.compare("ieee"_L1, Qt::CaseInsensitive) != 0;
+}
+
+PackageNames declaredNames(const VMXMLArchive &archive)
+{
+    PackageNames names;
     for (const VMIntVar &variable : *archive.variables) {
         const QString name = variable.name.toUpper();
         if (!names.contains(name))
@@ -41,6 +48,8 @@ ChipPackages::ChipPackages(const VMRootArchive &root)
         names.insert(name);
         followIncludes(*archive);
     }
+    while (names.contains(m_standIn))
+        m_standIn += "_2"_L1;
 }
 
 /// Finds circles as Tarjan does: what is still open when its first archive is left behind is one. The earliest open
@@ -52,10 +61,11 @@ int ChipPackages::followIncludes(const VMXMLArchive &archive)
     const int number = static_cast<int>(m_arrivals.size()) + 1;
     m_arrivals.insert(&archive, {number, 0});
     m_open.append(&archive);
-    m_names.insert(&archive, declaredNames(archive));
+    m_variables.insert(&archive, declaredNames(archive));
     int lowest = number;
     for (const VMXMLArchive *used : archive.includedArchives)
         lowest = qMin(lowest, followIncludes(*used));
+    m_order.append(&archive);
     if (lowest == number) {
         ++m_circles;
         const VMXMLArchive *member = nullptr;
@@ -72,107 +82,178 @@ bool ChipPackages::areCircular(const VMXMLArchive &one, const VMXMLArchive &othe
     return m_arrivals.value(&one).circle == m_arrivals.value(&other).circle;
 }
 
-const QHash<QString, std::optional<qint64>> &ChipPackages::namesOf(const VMXMLArchive &archive) const
+const PackageNames &ChipPackages::namesOf(const VMXMLArchive &archive) const
 {
     const auto known = m_names.constFind(&archive);
-    Q_ASSERT(known != m_names.cend());
+    return known == m_names.cend() ? variablesOf(archive) : *known;
+}
+
+const PackageNames &ChipPackages::variablesOf(const VMXMLArchive &archive) const
+{
+    const auto known = m_variables.constFind(&archive);
+    Q_ASSERT(known != m_variables.cend());
     return *known;
 }
 
-PackageChecks::PackageChecks(const VMXMLArchive &archive, const ChipPackages &packages, QList<Finding> &findings)
-    : m_archive(archive), m_packages(packages), m_findings(findings)
+const QSet<QString> &ChipPackages::refusedNamesOf(const VMXMLArchive &archive) const
+{
+    static const QSet<QString> none;
+    const auto known = m_refusedNames.constFind(&archive);
+    return known == m_refusedNames.cend() ? none : *known;
+}
+
+void ChipPackages::setNames(const VMXMLArchive &archive, PackageNames names, QSet<QString> refused)
+{
+    m_names.insert(&archive, std::move(names));
+    m_refusedNames.insert(&archive, std::move(refused));
+}
+
+PackageChecks::PackageChecks(const VMXMLArchive &archive, const ChipPackages &packages, RefusedLines refusedLines,
+                             QList<Finding> &findings)
+    : m_archive(archive), m_packages(packages), m_refusedLines(refusedLines), m_findings(findings)
 {
     const QString package = archive.getVHDLPkgName();
-    if (packages.isNamesake(archive))
+    if (packages.isNamesake(archive)) {
         findings.append(Finding(rules::vhdlPackageTaken, placeOf({package}), {package}));
-    const auto isLegal = [](const QString &name) {
-        return isDeclarableName(name) && name.compare("work"_L1, Qt::CaseInsensitive) != 0 &&
-               name.compare("ieee"_L1, Qt::CaseInsensitive) != 0;
-    };
-    if (!isLegal(package)) {
+        m_wholeReason = u"another package of the chip has this name"_s;
+    }
+    if (!isLegalPackage(package)) {
         refuse(rules::vhdlIllegalName, {package}); // where the package begins
         refuse(rules::vhdlIllegalName, {package}); // and ends
-    }
-    for (const VMXMLArchive *used : archive.includedArchives) {
-        const QString name = used->getVHDLPkgName();
-        if (!isLegal(name))
-            refuse(rules::vhdlIllegalName, {name});
-        else if (packages.areCircular(archive, *used))
-            refuse(rules::vhdlCircularUse, {name});
-        if (!m_used.contains(used))
-            m_used.append(used);
+        m_wholeReason = u"the package's name is reserved or no identifier"_s;
     }
 }
 
-/// A package is UTF-8; a tool of VHDL-93 reads its bytes as Latin-1 and takes none of the control characters behind it.
-void PackageChecks::onComment(const VMIntVar &variable)
+QString PackageChecks::onUse(const VMXMLArchive &used)
 {
-    const auto isControl = [](char byte) {
-        return static_cast<unsigned char>(byte) >= 0x80 && static_cast<unsigned char>(byte) < 0xA0;
-    };
-    if (std::ranges::any_of(variable.comment.toUtf8(), isControl))
-        refuse(rules::vhdlComment, {variable.name, nullptr, &variable});
+    const QString name = used.getVHDLPkgName();
+    const Where where = {name};
+    begin(where);
+    if (!isLegalPackage(name)) {
+        refuse(rules::vhdlIllegalName, where);
+    } else if (m_packages.areCircular(m_archive, used)) {
+        refuse(rules::vhdlCircularUse, where);
+    } else if (makesComments() && m_packages.isNamesake(used)) {
+        m_goneName = name;
+        refuse(rules::vhdlDependent, where);
+    }
+    auto &uses = makesComments() && m_refusal ? m_refusedUses : m_used;
+    if (!uses.contains(&used))
+        uses.append(&used);
+    m_refusedCount += m_refusal ? 1 : 0;
+    return reason();
 }
 
-void PackageChecks::onVariable(const VMIntVar &variable, const QString &name, const QString &value)
-{
-    const Where where = {name, nullptr, &variable};
-    declare(where); // the name means nothing else from here on, not even in its own value
-    checkExpression(value, where);
-    if (!m_ownConstants.contains(name))
-        m_ownConstants.insert(name, variable.leftValue);
-}
-
-void PackageChecks::onVariableRange(const VMIntVar &variable, const QString &left, const QString &right)
+QString PackageChecks::onComment(const VMIntVar &variable)
 {
     const Where where = {variable.name, nullptr, &variable};
-    declare(where);
-    checkExpression(left, where);
-    checkExpression(right, where);
+    begin(where);
+    if (!isPlainComment(variable.comment))
+        refuse(rules::vhdlComment, where);
+    return reason();
 }
 
-void PackageChecks::onModule(const VMStruct &module, const QString &name, int addressBits)
+QString PackageChecks::onVariable(const VMIntVar &variable, const QString &name, const QString &value)
+{
+    const Where where = {name, nullptr, &variable};
+    begin(where);
+    declare(where); // the name means nothing else from here on, not even in its own value
+    checkExpression({value, variable.leftValue}, where);
+    if (!m_refusal || (!makesComments() && !m_ownConstants.contains(name)))
+        m_ownConstants.insert(name, variable.leftValue);
+    return end(where, {name, false, false, variable.leftValue});
+}
+
+QString PackageChecks::onVariableRange(const VMIntVar &variable, const QString &left, const QString &right)
+{
+    const Where where = {variable.name, nullptr, &variable};
+    begin(where);
+    declare(where);
+    checkExpression({left, variable.leftValue}, where);
+    checkExpression({right, variable.rightValue}, where);
+    return end(where, {variable.name, true, variable.dir == VMIntVar::up, variable.leftValue, variable.rightValue});
+}
+
+QString PackageChecks::onModule(const VMStruct &module, const QString &name, int addressBits)
 {
     m_module = &module;
     const Where where = {name, &module};
+    begin(where);
     declare(where);
     if (addressBits < kLeastAddressBits || addressBits > kMostAddressBits)
         refuse(rules::vhdlAddressBits, where);
+    return end(where, {name, false, false, addressBits});
 }
 
-void PackageChecks::onConstant(const QString &name, const QString &value, const VMXMLElement &cause)
+QString PackageChecks::onConstant(const QString &name, const PackageNumber &value, const VMXMLElement &cause)
 {
-    checkExpression(value, {name, &cause});
-    declare({name, &cause});
+    const Where where = {name, &cause};
+    begin(where);
+    checkExpression(value, where);
+    declare(where);
+    return end(where, {name, false, false, value.number});
 }
 
-void PackageChecks::onRange(const QString &name, const QString &left, const QString &right, const VMXMLElement &cause)
+QString PackageChecks::onRange(const QString &name, const PackageNumber &left, const PackageNumber &right,
+                               const VMXMLElement &cause)
 {
-    if (left.isEmpty()) {
+    const Where where = {name, &cause};
+    begin(where);
+    if (left.text.isEmpty()) {
         refuse(rules::vhdlNoFields, {{}, &cause});
-        return;
+        return end();
     }
-    checkExpression(left, {name, &cause});
-    checkExpression(right, {name, &cause});
-    declare({name, &cause});
+    checkExpression(left, where);
+    checkExpression(right, where);
+    declare(where);
+    return end(where, {name, true, false, left.number, right.number});
 }
 
-void PackageChecks::onType(const QString &name, const QString &range, const VMXMLElement &cause)
+QString PackageChecks::onType(const QString &name, const QString &range, const VMXMLElement &cause)
 {
-    if (!m_declared.contains(range.toLower()))
+    const Where where = {name, &cause};
+    begin(where);
+    // The range of the array's own register, not that of another one of the name.
+    if (m_gone.contains(range.toLower())) {
+        m_goneName = range;
+        refuse(rules::vhdlDependent, where);
+    } else if (!m_declared.contains(range.toLower())) {
         refuse(rules::vhdlNoFields, {{}, &cause});
+    }
     const auto isHidden = [this](const QString &word) {
-        return m_declared.contains(word.toLower()) ||
+        return (makesComments() ? m_standing : m_declared).contains(word.toLower()) ||
                std::ranges::any_of(m_used, [&](const auto *used) { return m_packages.namesOf(*used).contains(word); });
     };
     if (isHidden(u"NATURAL"_s) || isHidden(u"STD_LOGIC_VECTOR"_s))
-        refuse(rules::vhdlHiddenType, {name, &cause});
-    declare({name, &cause});
+        refuse(rules::vhdlHiddenType, where);
+    declare(where);
+    m_types += m_refusal ? 0 : 1;
+    return end();
 }
 
-void PackageChecks::onUnevaluated(const QString &name, const VMXMLElement &cause)
+QString PackageChecks::onUnevaluated(const QString &name, const VMXMLElement &cause)
 {
-    refuse(rules::vhdlUnevaluated, {name, &cause});
+    const Where where = {name, &cause};
+    begin(where);
+    refuse(rules::vhdlUnevaluated, where);
+    ++m_refusedCount;
+    return reason();
+}
+
+void PackageChecks::giveNames(ChipPackages &packages) const
+{
+    PackageNames names;
+    QSet<QString> refused;
+    for (const VMIntVar &variable : *m_archive.variables)
+        refused.insert(variable.name.toUpper());
+    if (m_wholeReason.isEmpty()) {
+        for (const QString &name : m_standing)
+            names.insert(name.toUpper(), std::nullopt);
+        for (const auto &[name, value] : m_ownConstants.asKeyValueRange())
+            names.insert(name, value);
+        refused.removeIf([&](const QString &name) { return names.contains(name) && !m_gone.contains(name.toLower()); });
+    }
+    packages.setNames(m_archive, std::move(names), std::move(refused));
 }
 
 void PackageChecks::report()
@@ -183,16 +264,25 @@ void PackageChecks::report()
         const Refused &refused = m_refused[at];
         if (refused.count > 0)
             m_findings.append(Finding(
-                *rules::vhdlRefusals[at], refused.place,
+                *rules::vhdlRefusals[at].rule, refused.place,
                 {subject, QString::number(refused.count), refused.count == 1 ? u"line"_s : u"lines"_s, refused.first}));
     }
     m_refused = {};
     m_module = nullptr;
 }
 
+/// A line begins that declares the name of \a where.
+void PackageChecks::begin(const Where &where)
+{
+    m_name = where.name.toLower();
+    m_refusal = nullptr;
+    m_goneName.clear();
+}
+
 void PackageChecks::refuse(const Rule &rule, const Where &where)
 {
-    const auto row = std::ranges::find(rules::vhdlRefusals, &rule);
+    m_refusal = m_refusal ? m_refusal : &rule;
+    const auto row = std::ranges::find(rules::vhdlRefusals, &rule, &rules::LineRule::rule);
     Refused &refused = m_refused[static_cast<std::size_t>(row - std::begin(rules::vhdlRefusals))];
     if (refused.count++ > 0)
         return;
@@ -201,6 +291,40 @@ void PackageChecks::refuse(const Rule &rule, const Where &where)
     refused.first = hasPath ? pathOf(*where.element) : where.name;
     if (hasPath && !where.name.isEmpty())
         refused.first += ": "_L1 + where.name;
+}
+
+/// Why the line that was begun becomes a comment.
+QString PackageChecks::reason() const
+{
+    if (!m_refusal || !makesComments())
+        return {};
+    if (m_refusal == &rules::vhdlDependent && !m_goneName.isEmpty())
+        return u"it uses %1, which is refused"_s.arg(m_goneName);
+    return std::ranges::find(rules::vhdlRefusals, m_refusal, &rules::LineRule::rule)->reason.toString();
+}
+
+/// The line that was begun ends. What it declares is there from here on, or is not.
+QString PackageChecks::end()
+{
+    m_refusedCount += m_refusal ? 1 : 0;
+    if (!makesComments())
+        return {};
+    if (m_refusal) {
+        m_gone.insert(m_name);
+    } else {
+        m_gone.remove(m_name); // of a range without fields
+        m_standing.insert(m_name);
+    }
+    return reason();
+}
+
+QString PackageChecks::end(const Where &where, PackageLine line)
+{
+    line.element = where.element;
+    line.variable = where.variable;
+    if (!m_refusal)
+        m_lines.push_back(std::move(line));
+    return end();
 }
 
 /// A line that is for nothing in particular stands for the archive's tag. What a host made has no tag.
@@ -215,44 +339,66 @@ Place PackageChecks::placeOf(const Where &where) const
 
 void PackageChecks::declare(const Where &where)
 {
-    const QString folded = where.name.toLower();
     if (!isDeclarableName(where.name))
         refuse(rules::vhdlIllegalName, where);
-    else if (m_declared.contains(folded))
+    else if (m_declared.contains(m_name))
         refuse(rules::vhdlDeclaredTwice, where);
-    m_declared.insert(folded);
+    m_declared.insert(m_name);
 }
 
-void PackageChecks::checkExpression(const QString &text, const Where &where)
+void PackageChecks::checkExpression(const PackageNumber &number, const Where &where)
 {
-    switch (evaluateStatic(text, [this](const QString &name) { return valueOf(name); })) {
+    qint64 value = 0;
+    switch (evaluateStatic(
+        number.text, [this](const QString &name) { return valueOf(name); }, &value)) {
     case StaticResult::Value:
+        if (makesComments() && value != number.number)
+            refuse(rules::vhdlOtherNumber, where);
         break;
     case StaticResult::TooLarge:
         refuse(rules::vhdlTooLarge, where);
         break;
     case StaticResult::Unreadable:
-        refuse(rules::vhdlUnreadable, where);
+        refuse(m_goneName.isEmpty() ? rules::vhdlUnreadable : rules::vhdlDependent, where);
         break;
     }
 }
 
 std::optional<qint64> PackageChecks::valueOf(const QString &name)
 {
-    if (m_declared.contains(name.toLower())) {
+    const QString folded = name.toLower();
+    if (m_gone.contains(folded)) {
+        m_goneName = name;
+        return std::nullopt;
+    }
+    if (folded == m_name && !m_declared.contains(folded)) // in its own declaration a name means nothing
+        return std::nullopt;
+    if (m_declared.contains(folded)) {
         const auto own = m_ownConstants.constFind(name);
         return own == m_ownConstants.cend() ? std::nullopt : std::optional<qint64>(*own);
     }
     const auto known = m_usedConstants.constFind(name);
-    return known != m_usedConstants.cend() ? *known : *m_usedConstants.insert(name, lookUp(name));
+    if (known != m_usedConstants.cend())
+        return *known;
+    const std::optional<qint64> value = lookUp(name);
+    if (m_goneName.isEmpty())
+        m_usedConstants.insert(name, value);
+    return value;
 }
 
 /// The constant of that name in the packages that this one uses. A name that two packages declare is that of neither,
-/// also if one of them is a package that all use.
-std::optional<qint64> PackageChecks::lookUp(const QString &name) const
+/// also if one of them is a package that all use, and that of this package is its own. A name that one refuses is not
+/// taken from another.
+std::optional<qint64> PackageChecks::lookUp(const QString &name)
 {
-    if (isStandardName(name))
+    if (isStandardName(name) || name.compare(m_archive.getVHDLPkgName(), Qt::CaseInsensitive) == 0)
         return std::nullopt;
+    const auto isRefused = [&](const auto *used) { return m_packages.refusedNamesOf(*used).contains(name); };
+    const auto wasThere = [&](const auto *used) { return m_packages.variablesOf(*used).contains(name); };
+    if (std::ranges::any_of(m_used, isRefused) || std::ranges::any_of(m_refusedUses, wasThere)) {
+        m_goneName = name;
+        return std::nullopt;
+    }
     std::optional<qint64> value;
     bool isFound = false;
     for (const VMXMLArchive *used : m_used) {

@@ -39,11 +39,33 @@ inline constexpr Rule vhdlCircularUse = {
 inline constexpr Rule vhdlComment = {
     "vhdl-comment"_L1, Severity::Warning,
     u"%1: VHDL refuses %2 %3, comments with characters that VHDL-93 lacks; the first is %4"};
+// Of packages that have comments in the place of refused lines.
+
+inline constexpr Rule vhdlDependent = {"vhdl-dependent"_L1, Severity::Warning,
+                                       u"%1: VHDL refuses %2 %3, uses of what it refuses; the first is %4"};
+inline constexpr Rule vhdlOtherNumber = {
+    "vhdl-other-number"_L1, Severity::Warning,
+    u"%1: VHDL makes another number of %2 %3, expressions of names that differ in case; the first is %4"};
+
+struct LineRule {
+    const Rule *rule;
+    QStringView reason; ///< of one line, as its comment tells it
+};
 
 /// The rules of refused lines, in the order in which they are reported.
-inline constexpr const Rule *vhdlRefusals[] = {
-    &vhdlNoFields,   &vhdlDeclaredTwice, &vhdlIllegalName, &vhdlAddressBits, &vhdlTooLarge,
-    &vhdlUnreadable, &vhdlUnevaluated,   &vhdlHiddenType,  &vhdlCircularUse, &vhdlComment,
+inline constexpr LineRule vhdlRefusals[] = {
+    {&vhdlNoFields, u"the register has no bitfields"},
+    {&vhdlDeclaredTwice, u"the name is declared already"},
+    {&vhdlIllegalName, u"the name is reserved or no identifier"},
+    {&vhdlAddressBits, u"the number lies outside 1 to 12"},
+    {&vhdlTooLarge, u"a number lies beyond the integers of VHDL"},
+    {&vhdlUnreadable, u"VHDL can't read the expression"},
+    {&vhdlUnevaluated, u"the position has no value"},
+    {&vhdlHiddenType, u"another declaration hides a word of the type"},
+    {&vhdlCircularUse, u"that package uses this one"},
+    {&vhdlComment, u"VHDL-93 lacks characters of this comment"},
+    {&vhdlDependent, u"it uses what is refused"},
+    {&vhdlOtherNumber, u"the expression has another number in VHDL"},
 };
 
 } // namespace veldmap::rules

@@ -58,6 +58,25 @@ C_MUTATIONS = [
     ("//#define UART_ENABLE", "#define UART_ENABLE_2", []),
 ]
 
+# Of soc_reg_pkg.vhd likewise; a simulation ends at the first that fails.
+VHDL_MUTATIONS = [
+    ("COUNT:                                 integer := LIB+1", "LIB+1", "LIB+2", "COUNT must be 3"),
+    ("constant MINUS:", "-5", "-6", "MINUS must be -5"),
+    ("subtype span is", "COUNT downto 0", "COUNT downto 1", "span must be 3 downto 0"),
+    ("subtype span is", "COUNT downto 0", "COUNT to 0", "span must be 3 downto 0"),
+    ("constant MODE_ON:", "7", "6", "MODE_ON must be 7"),
+    ("constant UART_REG_NBA", ":= 4", ":= 5", "$UART0: UART_REG_NBA must be 4"),
+    ("constant at_HALF:", "3", "4", "$UART0.half: at_HALF must be 3"),
+    ("constant at_CHAN_2:", "6", "7", "$UART0.chan[2]: at_CHAN_2 must be 6"),
+    ("constant l_top:", "31", "30", "$UART0.ctrl.top: l_top must be 31"),
+    ("subtype  l_speed is", "3 downto", "4 downto", "$UART0.ctrl.speed: l_speed must be 3 downto 1"),
+    ("subtype  l_w is", "COUNT+5", "COUNT+4", "$UART0.half.w: l_w must be 8 downto 3"),
+    ("constant p_x:", "4", "5", "$UART0.ctrl.x: p_x must be 4"),
+    ("subtype  p_g is", "5 downto 4", "5 downto 3", "$UART0.ctrl: p_g must be 5 downto 4"),
+    ("subtype range_ctrl is", "6 downto", "7 downto", "$UART0.ctrl: range_ctrl must be 6 downto 0"),
+    ("constant tabsize_chan:", "3", "2", "$UART0.chan: tabsize_chan must be 3"),
+]
+
 LANGUAGE = ["-std=c11", "-Wall", "-Wextra", "-Werror", "-fsyntax-only"]
 COMPILERS = {"gcc -m32": [], "gcc -m32 -pedantic": [], "clang -m32": [],
              "clang --target=thumbv7m-none-eabi": ["-ffreestanding"]}
@@ -152,6 +171,57 @@ class Headers(support.Case):
         self.assertIn('VELDMAP_ASSERT(VELDMAP_IS(B, 0x0u)', check.read_text())
         self.assertNotIn("\\.", check.read_text())
         self.assertNotRegex(check.read_text(), r'[^\\]\?\?')
+
+
+@unittest.skipUnless(shutil.which("ghdl"), "ghdl is missing")
+class Packages(support.Case):
+    def simulate(self, folder):
+        """What the assertions say, and whether all of them held; each file by the command that the file tells."""
+        work = self.folder / "work"
+        shutil.rmtree(work, ignore_errors=True)
+        work.mkdir()
+        told = re.search(r"^--     (ghdl .*)$", (folder / "soc_self_check.vhd").read_text(), re.MULTILINE)[1]
+        command = re.sub(r"ghdl (-\w)", rf"ghdl \1 --workdir={work}", told)
+        done = subprocess.run(command, shell=True, cwd=folder, capture_output=True, text=True)
+        return re.findall(r"\(assertion failure\): (.*)", done.stdout + done.stderr), done
+
+    def test_one_number_that_differs(self):
+        root = self.lay_out({"soc.xml": CHIP, "sub/lib.xml": LIBRARY}, "soc.xml")
+        folder = self.folder / "v"
+        self.expect(run("vhdl", "--accepted", "--self-check", "--chip", root, "-o", folder), 0, err=None)
+        self.expect_golden("vhdl/self_check.vhd", (folder / "soc_self_check.vhd").read_text())
+        failed, done = self.simulate(folder)
+        self.assertEqual((failed, done.returncode), ([], 0), done.stderr)
+        package = folder / "soc_reg_pkg.vhd"
+        text = package.read_text()
+        for line, old, new, expected in VHDL_MUTATIONS:
+            with self.subTest(f"{line} {old} -> {new}"):
+                lines = [each for each in text.splitlines() if line in each and not each.startswith("--")]
+                self.assertEqual([old in each.split("integer")[-1] for each in lines], [True])
+                changed = lines[0].replace("integer" + lines[0].split("integer")[-1],
+                                           "integer" + lines[0].split("integer")[-1].replace(old, new, 1))
+                package.write_text(text.replace(lines[0], changed, 1))
+                failed, done = self.simulate(folder)
+                self.assertEqual(failed, [expected], done.stderr)
+                self.assertNotEqual(done.returncode, 0)
+
+    def test_every_declaration_is_asserted(self):
+        for chip in support.chips():
+            folder = self.folder / chip.name
+            self.expect(run("vhdl", "--accepted", "--self-check", "--chip", chip / "soc.xml", "-o", folder), 0, err=None)
+            asserted = set(re.findall(r"work\.(\w+\.\w+)", (folder / "soc_self_check.vhd").read_text()))
+            for path in set(folder.rglob("*.vhd")) - {folder / "soc_self_check.vhd"}:
+                names = re.findall(r"^ *(?:constant|subtype) +(\w+)", path.read_text(), re.MULTILINE)
+                self.assertEqual({f"{path.stem}.{name}" for name in names} - asserted, set(), path)
+
+    def test_names_of_the_entity(self):
+        rows = [("2 \u00e9.xml", archive(), "chip_self_check"), ("a.xml", archive(), "a_self_check"),
+                ("b.xml", archive().replace("<archive>", '<archive vhdlpkg="B_self_check">'), "b_self_check_2")]
+        for name, text, expected in rows:
+            root = self.lay_out({name: text}, name)
+            folder = self.folder / expected
+            self.expect(run("vhdl", "--self-check", "--chip", root, "-o", folder), 0, err=None)
+            self.assertIn(f"entity {expected} is\n", (folder / f"{expected}.vhd").read_text())
 
 
 if __name__ == "__main__":

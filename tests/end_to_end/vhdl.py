@@ -38,16 +38,33 @@ begin
 end architecture;
 """
 
+# Every kind of line that VHDL refuses, and what depends on one.
+REFUSED = {
+    "soc.xml": archive(
+        '<include file="a.xml"/><include file="x/a.xml"/><include file="entity.xml"/>',
+        '<var name="BIG" value="0x80000000"/><var name="SMALL" value="BIG-0x7FFFFFFF"/>',
+        '<var name="A" value="1"/><var name="a" value="2"/><var name="OF_A" value="a"/><var name="OTHER" value="C"/>',
+        '<var name="SHIFT" value="1&lt;&lt;4"><comment>\u20ac<br/>two</comment></var>',
+        '<range name="signal" left="3" right="0"/><range name="span" left="NEXT" right="SHIFT-16"/>',
+        '<module name="m"><reg name="c"><bits name="f" pos="NEXT:0"/><bits name="g" pos="SHIFT"/></reg>',
+        '<reg name="r" count="2"/><reg name="C"><bits name="f" pos="6"/></reg></module>',
+        '<module name="n"><reg name="c" count="2"><bits name="f" pos="5:4"/></reg></module>',
+        '<instance name="M0" type="m" address="0"/>'),
+    "a.xml": archive('<var name="NEXT" value="4"/><var name="C" value="3"/><var name="c" value="4"/>'),
+    "x/a.xml": archive('<var name="FAR" value="1"/>'),
+    "entity.xml": archive('<var name="GONE" value="1"/>').replace("<archive>", '<archive vhdlpkg="entity">'),
+}
+
 NO_FIELDS = "ranges of registers without bitfields"
 TWICE = "names that are declared already"
 ADDRESS_BITS = "_REG_NBA outside 1 to 12"
 DECLARATION = re.compile(r"^\s*(constant|subtype|type)\s+(\w+)\s*(:|is)(.*);$")
 
 
-def packages_below(folder):
+def packages_below(folder, others=()):
     """The packages by name, those that others use first."""
     found = {}
-    for path in folder.rglob("*.vhd"):
+    for path in set(folder.rglob("*.vhd")) - set(others):
         text = path.read_text()
         found[re.search(r"^package (\w+) is$", text, re.MULTILINE)[1]] = path
     ordered = {}
@@ -86,8 +103,13 @@ def refused_lines(lines):
     return refused
 
 
+def code_of(lines):
+    return [line for line in lines if line.strip() and not line.lstrip().startswith("--")]
+
+
 class Vhdl(support.Case):
     def generate(self, *roots):
+        shutil.rmtree(self.folder / "rtl", ignore_errors=True)
         result = run("vhdl", *roots, "-o", self.folder / "rtl")
         self.expect(result, 0, err=None)
         return result.err
@@ -104,6 +126,30 @@ class Vhdl(support.Case):
         result = self.ghdl(standard, *arguments)
         self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
         return result.stdout + result.stderr
+
+    def passes(self, root, standards=STANDARDS):
+        """Packages that VHDL takes, and a simulator finds all their numbers to be those of the description. The lines
+        without --accepted are the same but for comments, which tell why."""
+        self.generate("--chip", root)
+        plain = {path: path.read_text() for path in (self.folder / "rtl").rglob("*.vhd")}
+        told = self.tree("--chip", root)["chip"]["archives"]
+        self.generate("--accepted", "--self-check", "--chip", root)
+        checks = {path for path in (self.folder / "rtl").rglob("*.vhd") if path not in plain}
+        self.assertEqual([path.parent for path in checks], [self.folder / "rtl"])
+        for path, text in plain.items():
+            lines = path.read_text().splitlines()
+            left, all_lines = code_of(lines), code_of(text.splitlines())
+            if not lines[0].startswith("-- Refused, since ") and "ERROR" not in text and len(set(plain)) == len(told):
+                rest = iter(all_lines)
+                self.assertEqual([line for line in left if line not in rest], [], path)
+                self.assertEqual(len(all_lines) - len(left), sum("-- refused: " in line for line in lines), path)
+        for standard in standards:
+            shutil.rmtree(self.folder / f"work{standard}", ignore_errors=True)
+            self.check(standard, "-a", *packages_below(self.folder / "rtl", checks).values())
+            self.check(standard, "-a", *checks)
+            self.check(standard, "--elab-run", checks.pop().stem)
+            checks = set((self.folder / "rtl").glob("*_self_check*.vhd"))
+        return (self.folder / "rtl" / "soc_reg_pkg.vhd")
 
     def test_example_in_a_simulator(self):
         self.assertEqual(self.generate("--chip", EXAMPLE), "")
@@ -135,6 +181,8 @@ class Vhdl(support.Case):
             {"root": f'{uses_a}{uses_b}<var name="D" value="W+1"/>', "a": width,
              "b": '<range name="w" left="3" right="0"/>'},
             {"root": f'{uses_a}<var name="D" value="ACK+1"/>', "a": '<var name="ACK" value="1"/>'},
+            {"root": f'{uses_a}<var name="D" value="IEEE+1"/>', "a": '<var name="IEEE" value="1"/>'},
+            {"root": '<var name="a" value="exp2(31)-1"/>'},
             {"root": f'{uses_a}<module name="m">{fine}<reg name="t" count="2"><bits name="t" pos="1"/></reg></module>',
              "a": '<var name="natural" value="1"/>'},
             {"root": uses_a, "a": uses_b, "b": uses_a},
@@ -149,7 +197,6 @@ class Vhdl(support.Case):
             {"root": '<var name="a" value="1"><comment>one<br/>two</comment></var>'},
         ]
         for files, is_taken in [(files, False) for files in refused] + [(files, True) for files in taken]:
-            shutil.rmtree(self.folder / "rtl", ignore_errors=True)
             root = self.lay_out({f"{name}.xml": text + "</archive>" if text.startswith("<archive") else archive(text)
                                  for name, text in files.items()})
             with self.subTest(files):
@@ -162,6 +209,45 @@ class Vhdl(support.Case):
                     shutil.rmtree(self.folder / f"work{standard}", ignore_errors=True)
                     result = self.ghdl(standard, "-a", *packages_below(self.folder / "rtl").values())
                     self.assertEqual(result.returncode == 0, is_taken, result.stderr)
+                self.passes(root)
+
+    def test_accepted_packages(self):
+        root = self.lay_out(REFUSED, "soc.xml")
+        package = self.passes(root)
+        self.expect_golden("vhdl/accepted.vhd", package.read_text())
+        self.assertEqual(self.passes(EXAMPLE).exists(), False)
+        for name in ("soc", "memmap"):
+            self.passes(support.EXAMPLES / f"{name}.xml")
+        for chip in support.chips():
+            self.passes(chip / "soc.xml")
+
+    def test_accepted_packages_have_no_other_numbers(self):
+        """What VHDL would take, but as another number than the description has, or from another package."""
+        rows = [
+            ({"a": '<var name="w" value="1"/><var name="W" value="8"/>'}, '<var name="D" value="W"/>', "it uses W, which is refused"),
+            ({"a": '<var name="W" value="8"/>'}, '<var name="w" value="1"/><var name="D" value="W"/>',
+             "the expression has another number in VHDL"),
+            ({"a": '<var name="W" value="1&lt;&lt;3"/>', "b": '<var name="W" value="1"/>'}, '<var name="D" value="W"/>',
+             "it uses W, which is refused"),
+            ({"a": '<include file="root.xml"/><var name="W" value="8"/>'}, '<var name="D" value="W"/>',
+             "it uses W, which is refused"),
+        ]
+        for files, lines, reason in rows:
+            with self.subTest(lines):
+                includes = "".join(f'<include file="{name}.xml"/>' for name in files)
+                root = self.lay_out({"root.xml": archive(includes + lines),
+                                     **{f"{name}.xml": archive(text) for name, text in files.items()}})
+                self.passes(root)
+                self.assertRegex((self.folder / "rtl" / "root_reg_pkg.vhd").read_text(),
+                                 rf"--constant D: .* -- refused: {reason}\n")
+
+    def test_two_packages_of_one_file(self):
+        root = self.lay_out({"soc.xml": archive('<include file="b.xml"/>', '<var name="A" value="1"/>')
+                             .replace("<archive>", '<archive vhdlpkg="one">'),
+                             "b.xml": archive('<var name="B" value="1"/>').replace("<archive>", '<archive vhdlpkg="one">')},
+                            "soc.xml")
+        self.passes(root)
+        self.assertIn("constant A:", (self.folder / "rtl" / "one.vhd").read_text())
 
     def test_comments_that_only_a_newer_tool_takes(self):
         comment = "<comment>\u00c5ngstr\u00f6m \u20ac</comment>"
@@ -169,6 +255,7 @@ class Vhdl(support.Case):
         self.assertIn("VHDL-93", self.generate("--chip", root))
         self.assertNotEqual(self.ghdl("93", "-a", self.folder / "rtl" / "root_reg_pkg.vhd").returncode, 0)
         self.check("08", "-a", self.folder / "rtl" / "root_reg_pkg.vhd")
+        self.passes(root)
 
     def test_wrong_usage_and_files_that_can_not_be_written(self):
         self.expect(run("vhdl", "--soft", EXAMPLE, "-o", self.folder), 2, err=None)
