@@ -32,6 +32,9 @@ inline constexpr LintRule reservedWord = {{"reserved-word"_L1, Severity::Warning
                                            u"%1: '%2' is a reserved word of %3, which refuses it as a name",
                                            u"use another name"}};
 
+inline constexpr LintRule unusableName = {{"unusable-name"_L1, Severity::Error,
+                                           u"%1: the name '%2' holds %3, which breaks all that is made of it",
+                                           u"names have letters, digits and underscores"}};
 inline constexpr LintRule nameless = {{"nameless"_L1, Severity::Warning, u"%1 has no name", u"give it name=\"...\""}};
 
 // Numbers

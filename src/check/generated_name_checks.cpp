@@ -171,7 +171,7 @@ private:
         const auto *structure = elementCast<VMStruct>(&type);
         const bool isModule = structure && !structure->isTypedef && structure->declaredType.isEmpty();
         const QString inC = isModule ? "HWP_"_L1 + upper + "_T"_L1 : ESDRTypeConvert(name);
-        if (inC.endsWith("_T_T"_L1))
+        if (upper.endsWith("_T"_L1) && inC.endsWith("_T_T"_L1))
             take(lint::typeSuffixTwice, type.source.place(), {name, inC});
     }
 

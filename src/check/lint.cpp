@@ -38,6 +38,9 @@ std::span<const LintRule *const> lintRules()
         &lint::moduleTypeName,
         &lint::pointerTypeUnknown,
         &lint::unusedType,
+        &lint::unusedVariable,
+        &lint::unusedEnum,
+        &lint::unusedFile,
         &lint::macroNameTwice,
         &lint::macroOfTwoTypes,
         &lint::variableNameTwice,
@@ -58,6 +61,7 @@ std::span<const LintRule *const> lintRules()
         &rules::repeatedText,
         &rules::resetCut,
         // names
+        &rules::unusableName,
         &rules::changedName,
         &rules::illegalName,
         &rules::reservedWord,
@@ -80,19 +84,33 @@ std::span<const LintRule *const> lintRules()
     return kRules;
 }
 
+Lint::Lint(const std::function<bool(const LintRule &)> &isOn)
+    : m_looksForUnused(isOn(lint::unusedVariable) || isOn(lint::unusedEnum) || isOn(lint::unusedFile))
+{
+}
+
 void Lint::onDocument(const TagDocument &document, const QString &file)
 {
     if (m_files.contains(file)) // chip and software may include the same
         return;
     m_files.insert(file, m_files.size());
     checkDocument(document, file, m_ofDocuments);
+    if (m_looksForUnused)
+        m_unused.read(document, file);
     m_allowances.read(document, file, lintRules(), m_ofDocuments);
+}
+
+void Lint::onInclude(const Place &include, const QString &file)
+{
+    if (m_looksForUnused)
+        m_unused.readInclude(include, file);
 }
 
 void Lint::report(const VMMemoryMap &map, Sink &sink) const
 {
     FindingList found = m_ofDocuments;
     checkTree(map, found);
+    m_unused.report(found);
     const auto keyOf = [&](const Finding &finding) {
         return std::tuple(m_files.value(finding.place.file, m_files.size()), finding.place.line, finding.place.column);
     };

@@ -2,6 +2,7 @@
 
 #include "check/allowances.h"
 #include "check/lint_rule.h"
+#include "check/unused_names.h"
 #include "findings/finding.h"
 #include "xml/document_listener.h"
 
@@ -9,6 +10,7 @@
 
 #include <QHash>
 
+#include <functional>
 #include <span>
 
 class VMMemoryMap;
@@ -24,7 +26,11 @@ VELDMAP_EXPORT std::span<const LintRule *const> lintRules();
 /// walks the finished tree for the rest. Every finding has the place of the tag concerned.
 class VELDMAP_EXPORT Lint final : public DocumentListener {
 public:
+    /// Rules for which \a isOn does not hold may be left out.
+    explicit Lint(const std::function<bool(const LintRule &)> &isOn = [](const LintRule &) { return true; });
+
     void onDocument(const TagDocument &document, const QString &file) override;
+    void onInclude(const Place &include, const QString &file) override;
 
     /// Tells \a sink all findings, with the severities of their rules, also those of rules that are off: file by file
     /// as they were read, from top to bottom. Without a root of \a map, because it failed to load or is not there, only
@@ -35,6 +41,8 @@ private:
     QHash<QString, qsizetype> m_files; ///< with their order, in which they were read
     FindingList m_ofDocuments;
     Allowances m_allowances;
+    bool m_looksForUnused;
+    UnusedNames m_unused;
 };
 
 } // namespace veldmap

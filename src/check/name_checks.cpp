@@ -139,6 +139,27 @@ QString reservingLanguage(NameUse use, QStringView name)
     return {};
 }
 
+/// What a name at the top of a description holds that ends texts, tags or lines of what is generated; empty for
+/// nothing.
+QString breakingPart(const TagInContext &at, QStringView name)
+{
+    const bool isAtTop =
+        at.kind() == TagKind::PlacedInstance || at.kind() == TagKind::Type || at.kind() == TagKind::Alias;
+    if (!isAtTop)
+        return {};
+    for (const QChar c : name) {
+        if (c == u'"' || c == u'\'')
+            return u"a quote"_s;
+        if (c == u'\\')
+            return u"a backslash"_s;
+        if (c == u'<' || c == u'>')
+            return u"an angle bracket"_s;
+        if (c.category() == QChar::Other_Control)
+            return "a control character, U+"_L1 + QString::number(c.unicode(), 16).toUpper().rightJustified(4, u'0');
+    }
+    return {};
+}
+
 } // namespace
 
 void checkName(const TagInContext &at, ValueKind kind, QStringView name, const DocumentTeller &teller)
@@ -149,7 +170,9 @@ void checkName(const TagInContext &at, ValueKind kind, QStringView name, const D
         return;
     if (!std::ranges::all_of(name, isNameCharacter)) {
         const QString legal = regularizeVariableName(name.toString());
-        if (kind == ValueKind::RawName)
+        if (const QString part = breakingPart(at, name); !part.isEmpty())
+            teller.tell(rules::unusableName, at, {shownText(name), part});
+        else if (kind == ValueKind::RawName)
             refuse(u"names have letters, digits and underscores alone"_s);
         else
             teller.tell(rules::changedName, at, {shownText(name), shownText(legal)});

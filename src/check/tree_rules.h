@@ -78,7 +78,13 @@ inline constexpr LintRule moduleTypeName = {
 inline constexpr LintRule pointerTypeUnknown = {
     {"pointer-type-unknown"_L1, Severity::Warning, u"pointer '%1' points to type '%2', which does not exist"}};
 inline constexpr LintRule unusedType = {
-    {"unused-type"_L1, Severity::Warning, u"type '%1' is used by no instance, member or pointer"}, false};
+    {"unused-type"_L1, Severity::Note, u"type '%1' is used by no instance, member or pointer"}, false};
+inline constexpr LintRule unusedVariable = {
+    {"unused-variable"_L1, Severity::Note, u"variable '%1' is used by no expression, text or C code"}, false};
+inline constexpr LintRule unusedEnum = {
+    {"unused-enum"_L1, Severity::Note, u"enum '%1' and its entries are used by no field, member or expression"}, false};
+inline constexpr LintRule unusedFile = {
+    {"unused-file"_L1, Severity::Note, u"file '%1' is included, but no other file uses what it declares"}, false};
 
 // Names in headers.
 

@@ -1,4 +1,5 @@
 #include "access/completion.h"
+#include "access/path_hint.h"
 #include "cli/commands.h"
 #include "cli/description.h"
 #include "cli/session.h"
@@ -33,6 +34,20 @@ QJsonObject jsonOfEntry(const CXMLCompletionEntry &entry)
             {u"type"_s, static_cast<int>(entry.type)}};
 }
 
+/// Says why nothing can stand behind the path in \a text, where findings are explained: elsewhere an empty list says
+/// all.
+void tellWrongPath(Session &session, const QString &text)
+{
+    if (!session.messages.showsExplanations())
+        return;
+    const qsizetype dot = text.lastIndexOf(u'.');
+    FindingList told;
+    if (findElement(session.map, dot < 0 ? text : text.first(dot), told))
+        return;
+    for (const Finding &finding : std::as_const(told.findings))
+        session.messages.tellAsNote(finding);
+}
+
 } // namespace
 
 ExitStatus complete(const Options &options, Session &session)
@@ -41,7 +56,10 @@ ExitStatus complete(const Options &options, Session &session)
         return kFailed;
     QString lines;
     QJsonArray objects;
-    for (const CXMLCompletionEntry &entry : session.map.getCompletionListFromPath(options.words.first())) {
+    const auto entries = session.map.getCompletionListFromPath(options.words.first());
+    if (entries.isEmpty())
+        tellWrongPath(session, options.words.first());
+    for (const CXMLCompletionEntry &entry : entries) {
         lines += lineOfEntry(entry);
         objects.append(jsonOfEntry(entry));
     }

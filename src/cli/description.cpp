@@ -2,7 +2,9 @@
 
 #include "cli/program_rules.h"
 #include "cli/session.h"
+#include "files/file_reader.h"
 #include "files/paths.h"
+#include "findings/limits.h"
 #include "loading/load.h"
 #include "model/root_archive.h"
 
@@ -18,6 +20,8 @@ namespace veldmap::cli {
 
 namespace {
 
+const QString kInputName = u"<stdin>"_s;
+
 /// Why the file \a path did not load, which told no error.
 QString whyNotLoaded(const QString &path)
 {
@@ -31,13 +35,27 @@ QString whyNotLoaded(const QString &path)
     return u"It holds no archive"_s;
 }
 
-VMRootArchive *loadOne(Session &session, const QString &path, bool chip, const LoadOptions &options)
+/// Takes the standard input for the root of \a options, for which \a messages may have to show lines of it.
+void takeInput(LoadOptions &options, Messages &messages)
 {
+    QFile input;
+    if (input.open(stdin, QIODevice::ReadOnly))
+        options.root = readAtMost(input, limits::kDocumentBytes + 1);
+    if (Explanations *explanations = messages.explanations(); explanations && options.root)
+        explanations->give(kInputName, *options.root);
+}
+
+VMRootArchive *loadOne(Session &session, const QString &given, bool chip, LoadOptions options)
+{
+    const bool isInput = given == "-"_L1;
+    const QString path = isInput ? kInputName : given;
+    if (isInput)
+        takeInput(options, session.messages);
     const int errorsBefore = session.messages.errorCount();
     VMRootArchive *root = loadRoot(session.map, path, chip, session.messages, options).release(); // the map will own it
     // A file that can't be opened is only a warning of the library, and -q hides it.
     if (!root && session.messages.errorCount() == errorsBefore)
-        session.messages.tell(rules::kNotLoaded, {path, whyNotLoaded(path)});
+        session.messages.tell(rules::kNotLoaded, {path, isInput ? u"It holds no archive"_s : whyNotLoaded(path)});
     return root;
 }
 
@@ -113,7 +131,7 @@ bool loadAndLint(const Options &options, Session &session)
     // Some errors of a load leave a tree all the same, which is as good as ever for who wants to hear nothing else.
     if (!options.lint.isOn)
         return loadDescriptions(options, session) && (!options.lint.choice.isStrict() || messages.errorCount() == 0);
-    Lint lint;
+    Lint lint([&](const LintRule &rule) { return options.lint.choice.isOn(rule); });
     const bool isLoaded = load(options, session, &lint);
     // An error of a load that leaves a tree stops nothing, one of lint does.
     const int errorsOfLoad = options.lint.choice.isStrict() ? 0 : messages.errorCount();

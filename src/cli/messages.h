@@ -35,6 +35,7 @@ public:
         m_explanations = std::move(explanations);
         m_showsExplanations = areShown;
     }
+    bool showsExplanations() const { return m_explanations && m_showsExplanations; }
     Explanations *explanations() const { return m_explanations.get(); }
     /// Whether the standard error is a terminal.
     bool isTerminal() const { return m_isTerminal; }
@@ -50,11 +51,9 @@ public:
     /// Takes a finding of \a rule that has no place.
     void tell(const Rule &rule, const QStringList &arguments = {}) { take(Finding(rule, {}, arguments)); }
     /// Takes a note that has no place and is told as a warning is.
-    void tellNote(const Rule &rule, const QStringList &arguments)
-    {
-        const Finding note(rule, {}, arguments);
-        tell(note, Severity::Note, note.text());
-    }
+    void tellNote(const Rule &rule, const QStringList &arguments) { tellAsNote(Finding(rule, {}, arguments)); }
+    /// Takes \a finding, whatever it is, as such a note.
+    void tellAsNote(const Finding &finding) { tell(finding, Severity::Note, finding.text()); }
     /// How many errors were told so far.
     int errorCount() const { return m_errors; }
 

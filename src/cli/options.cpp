@@ -6,6 +6,7 @@
 #include "cli/word_completion.h"
 #include "files/paths.h"
 #include "text/literals.h"
+#include "text/nearest_name.h"
 
 #include <CLI/CLI.hpp>
 
@@ -96,12 +97,12 @@ bool takeImage(const Arguments &arguments, Options &options, Messages &messages)
         return false;
     }
     const QString address = QString::fromStdString(arguments.imageAddress);
-    const std::optional<qint64> number = numberOf(address);
-    if (!number || *number < 0 || *number > 0xFFFFFFFF) {
+    const std::optional<quint32> number = addressOf(address);
+    if (!number) {
         messages.tell(rules::kNoAddress, {address});
         return false;
     }
-    options.image = {QString::fromStdString(*arguments.imageFile), static_cast<quint32>(*number)};
+    options.image = {QString::fromStdString(*arguments.imageFile), *number};
     return true;
 }
 
@@ -335,10 +336,25 @@ Command addShow(CLI::App &app, Arguments &arguments)
     CLI::Option *json = command->add_flag("--json", arguments.json, "as a JSON list with one object a path");
     command->add_flag("--recursive", arguments.recursive, "all that lies inside, not only the next level")
         ->excludes(json);
-    command->footer("Examples:\n"
+    command->footer("An address shows what lies there.\n\n"
+                    "Examples:\n"
                     "  veldmap show --chip soc.xml '$UART0.ctrl' '$UART0.ctrl.speed'\n"
+                    "  veldmap show --chip soc.xml 0x40000000\n"
                     "  veldmap show --chip soc.xml '$UART0' --image dump.bin --at 0x40000000");
     return {command, show, true, {u"path"_s, kAnyNumber}};
+}
+
+Command addFind(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *command = app.add_subcommand("find", "Find elements by name, address, or a word of their comments");
+    addRoots(*command, arguments);
+    command->add_flag("--json", arguments.json, "as a JSON list with one object an element");
+    command->footer("A line for each: path, address and type. '*' in a name stands for any letters.\n\n"
+                    "Examples:\n"
+                    "  veldmap find --chip soc.xml 'baud*'\n"
+                    "  veldmap find --chip soc.xml 0x40000004\n"
+                    "  veldmap find --chip soc.xml parity");
+    return {command, find, true, {u"text"_s, 1}};
 }
 
 Command addWrite(CLI::App &app, Arguments &arguments)
@@ -452,6 +468,47 @@ void startFormat(const Command &command, const Options &options, Messages &messa
         messages.setFormat(sarifOfFindings(QStringLiteral(VELDMAP_VERSION), QDir::currentPath()), stream);
 }
 
+void tellUnknownCommand(const std::vector<Command> &commands, const QString &word, Messages &messages)
+{
+    NearestName nearest(word);
+    for (const Command &command : commands)
+        nearest.offer(QString::fromStdString(command.app->get_name()));
+    if (nearest.name().isEmpty())
+        messages.tell(rules::kUnknownCommand, {word});
+    else
+        messages.tell(rules::kUnknownCommandButNear, {word, nearest.name()});
+}
+
+/// Whether the standard input can stand for the descriptions that \a options name; an error is told when not.
+bool mayReadInput(const Command &command, const Options &options, Messages &messages)
+{
+    if (!options.readsInput())
+        return true;
+    const bool writes = command.run == headers || command.run == vhdl || command.run == docs || command.run == build;
+    if (writes)
+        messages.tell(rules::kInputHasNoName);
+    else if (options.chip == options.soft)
+        messages.tell(rules::kOneInput);
+    return !writes && options.chip != options.soft;
+}
+
+/// "help COMMAND" is "COMMAND --help"; false, with an error told, when there is no such command.
+bool takeHelp(const std::vector<Command> &commands, std::vector<std::string> &words, Messages &messages)
+{
+    if (words.empty() || words.front() != "help")
+        return true;
+    if (words.size() == 1) {
+        words = {"--help"};
+        return true;
+    }
+    const bool isKnown =
+        std::ranges::any_of(commands, [&](const Command &command) { return command.app->get_name() == words[1]; });
+    if (!isKnown)
+        tellUnknownCommand(commands, QString::fromStdString(words[1]), messages);
+    words = {words[1], "--help"};
+    return isKnown;
+}
+
 ExitStatus runCommand(const std::vector<Command> &commands, const Arguments &arguments,
                       const std::vector<std::string> &words, Session &session)
 {
@@ -468,6 +525,8 @@ ExitStatus runCommand(const std::vector<Command> &commands, const Arguments &arg
             messages.tell(rules::kNoRoot);
             return kWrongUsage;
         }
+        if (!mayReadInput(command, options, messages))
+            return kWrongUsage;
         startFormat(command, options, messages);
         if (options.lint.isOn)
             messages.showNotes();
@@ -480,11 +539,19 @@ ExitStatus runCommand(const std::vector<Command> &commands, const Arguments &arg
     if (words.empty())
         messages.tell(rules::kNoCommand);
     else
-        messages.tell(rules::kUnknownCommand, {QString::fromStdString(words.front())});
+        tellUnknownCommand(commands, QString::fromStdString(words.front()), messages);
     return kWrongUsage;
 }
 
 } // namespace
+
+std::optional<quint32> addressOf(const QString &text)
+{
+    const std::optional<qint64> number = numberOf(text);
+    if (!number || *number < 0 || *number > 0xFFFFFFFF)
+        return {};
+    return static_cast<quint32>(*number);
+}
 
 int runCommandLine(int argc, char **argv, Session &session)
 {
@@ -507,6 +574,7 @@ int runCommandLine(int argc, char **argv, Session &session)
         addBuild(app, arguments),    //
         addTree(app, arguments),     //
         addShow(app, arguments),     //
+        addFind(app, arguments),     //
         addWrite(app, arguments),    //
         addComplete(app, arguments), //
         addEval(app, arguments),     //
@@ -527,18 +595,25 @@ int runCommandLine(int argc, char **argv, Session &session)
                "  veldmap tree --chip soc.xml\n"
                "  veldmap show --chip soc.xml '$UART0.ctrl'\n"
                "  veldmap eval '0x10+0b11'\n\n"
-               "'veldmap COMMAND --help' tells more of a command. Numbers are decimal, 0x hexadecimal or 0b binary.\n"
+               "'veldmap help COMMAND' tells more of a command. Numbers are decimal, 0x hexadecimal or 0b binary.\n"
                "The exit status is 0 when all was done, 1 when something failed, 2 for wrong usage.");
     std::vector<std::string> typed(argv + qMin(argc, 1), argv + argc);
     if (typed.size() > 1 && typed[0] == "complete" && typed[1] == "--words")
         return completeWords(app, {typed.begin() + 2, typed.end()}, session); // they need not make sense yet
     std::optional<std::vector<std::string>> given = expandOptionFiles(typed, session.messages);
-    if (!given)
+    if (!given || !takeHelp(commands, *given, session.messages))
         return kWrongUsage;
     std::ranges::reverse(*given); // as CLI11 wants them
     try {
         app.parse(*std::move(given));
     } catch (const CLI::ParseError &end) {
+        if (end.get_exit_code() != 0) {
+            const std::vector<CLI::App *> parsed = app.get_subcommands();
+            const QString command =
+                parsed.empty() ? QString() : QString::fromStdString(parsed.front()->get_name()) + u' ';
+            session.messages.tell(rules::kWrongOptions, {QString::fromUtf8(end.what()), command});
+            return kWrongUsage;
+        }
         // Help and version end the parsing too.
         errno = 0;
         if (app.exit(end) != 0)

@@ -52,9 +52,13 @@ struct Options {
     QString source;      ///< of an encrypted container
     QString destination; ///< of an encrypted container or a new description
 
+    bool readsInput() const { return chip == QLatin1StringView("-") || soft == QLatin1StringView("-"); }
     bool hasRoot() const { return !chip.isEmpty() || !soft.isEmpty(); }
     bool hasBothRoots() const { return !chip.isEmpty() && !soft.isEmpty(); }
 };
+
+/// The address that \a text is: a number of 32 bits. Nothing when it is none.
+std::optional<quint32> addressOf(const QString &text);
 
 /// Reads the command line and runs the command that it names; the exit status.
 int runCommandLine(int argc, char **argv, Session &session);

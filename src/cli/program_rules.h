@@ -12,6 +12,15 @@ inline constexpr Rule kNoCommand = {"no-command"_L1, Severity::Error,
                                     u"No command is given; 'veldmap --help' shows which there are."};
 inline constexpr Rule kUnknownCommand = {"unknown-command"_L1, Severity::Error,
                                          u"There is no command %1; 'veldmap --help' shows which there are."};
+inline constexpr Rule kUnknownCommandButNear = {"misspelt-command"_L1, Severity::Error,
+                                                u"There is no command %1; did you mean '%2'?"};
+inline constexpr Rule kWrongOptions = {"wrong-options"_L1, Severity::Error,
+                                       u"%1; 'veldmap %2--help' shows what is expected."};
+inline constexpr Rule kOneInput = {"one-input"_L1, Severity::Error,
+                                   u"The standard input, '-', holds one description: chip or software."};
+inline constexpr Rule kInputHasNoName = {
+    "input-without-name"_L1, Severity::Error,
+    u"What is written is named after its description, and the standard input has no name: give a file."};
 inline constexpr Rule kUnexpected = {"unexpected-argument"_L1, Severity::Error,
                                      u"The argument %1 is not expected; 'veldmap %2 --help' shows which are."};
 inline constexpr Rule kNoWord = {"missing-argument"_L1, Severity::Error, u"No %1 is given."};
@@ -52,6 +61,10 @@ inline constexpr Rule kUnwritten = {"list-unwritable"_L1, Severity::Error, u"%1 
 inline constexpr Rule kWritten = {"files-written"_L1, Severity::Note, u"%1 files written, %2 unchanged, %3 failed."};
 inline constexpr Rule kWrittenOrSkipped = {"files-written-or-skipped"_L1, Severity::Note,
                                            u"%1 files written, %2 unchanged, %3 failed, %4 up to date."};
+inline constexpr Rule kNothingAt = {"nothing-at-address"_L1, Severity::Error, u"Nothing lies at the address %1."};
+inline constexpr Rule kNothingFound = {
+    "nothing-found"_L1, Severity::Error,
+    u"Nothing is called '%1', and no comment has the word; '*' in a name stands for any letters."};
 inline constexpr Rule kOutput = {"output-unwritable"_L1, Severity::Error, u"The standard output can't be written: %1"};
 inline constexpr Rule kThereAlready = {"there-already"_L1, Severity::Error, u"%1 is there already and stays as it is."};
 inline constexpr Rule kNewUnwritable = {"new-unwritable"_L1, Severity::Error, u"%1 can't be written: %2"};

@@ -1,7 +1,9 @@
 #include "access/field_values.h"
 #include "access/path_hint.h"
+#include "access/search.h"
 #include "cli/commands.h"
 #include "cli/description.h"
+#include "cli/program_rules.h"
 #include "cli/session.h"
 #include "export/tree_json.h"
 #include "export/tree_text.h"
@@ -53,6 +55,19 @@ QString textOf(const VMXMLElement &element, const QString &path, const Options &
     return text;
 }
 
+/// What \a word names: one element by its path, or all that lie at an address. An error is told when there is none.
+QList<VMXMLElement *> elementsOf(Session &session, const QString &word)
+{
+    if (const std::optional<quint32> address = addressOf(word)) {
+        const QList<VMXMLElement *> elements = elementsAt(session.map, *address);
+        if (elements.isEmpty())
+            session.messages.tell(rules::kNothingAt, {word});
+        return elements;
+    }
+    VMXMLElement *element = findElement(session.map, word, session.messages);
+    return element ? QList{element} : QList<VMXMLElement *>();
+}
+
 } // namespace
 
 ExitStatus show(const Options &options, Session &session)
@@ -65,23 +80,24 @@ ExitStatus show(const Options &options, Session &session)
     QString text;
     QJsonArray objects;
     bool isComplete = true;
-    for (const QString &path : options.words) {
-        VMXMLElement *element = findElement(session.map, path, session.messages);
-        if (!element) {
+    for (const QString &word : options.words) {
+        const QList<VMXMLElement *> elements = elementsOf(session, word);
+        if (elements.isEmpty()) {
             isComplete = false;
-            objects.append(QJsonObject{{u"path"_s, path}, {u"error"_s, u"no such element"_s}});
-            continue;
+            objects.append(QJsonObject{{u"path"_s, word}, {u"error"_s, u"no such element"_s}});
         }
-        if (image)
-            image->readAll(*element);
-        if (!options.json) {
-            text += textOf(*element, path, options);
-            continue;
+        for (VMXMLElement *element : elements) {
+            if (image)
+                image->readAll(*element);
+            if (!options.json) {
+                text += textOf(*element, word, options);
+                continue;
+            }
+            QJsonObject object = elementJson(*element);
+            if (image)
+                object[u"value"_s] = valueJson(*element);
+            objects.append(object);
         }
-        QJsonObject object = elementJson(*element);
-        if (image)
-            object[u"value"_s] = valueJson(*element);
-        objects.append(object);
     }
     const bool printed = printResult(options.json ? QJsonDocument(objects).toJson() : text.toUtf8(), session.messages);
     return printed && isComplete ? kDone : kFailed;

@@ -20,12 +20,48 @@ FileName FileName::included(const QString &basePath, const QString &relativeFile
     return {QDir::cleanPath(basePath + u'/' + relative), relative, basePath};
 }
 
+namespace {
+
+constexpr qint64 kLargestContainer = limits::kDocumentBytes + kContainerOverhead;
+
+FileContent refused(const QString &path, Sink &sink, const Refusal &why, bool isEncrypted = false)
+{
+    sink.take(Finding(*why.rule, {path}, why.arguments));
+    return {XMDOpenInvalid, {}, isEncrypted};
+}
+
+/// The document in \a bytes, which are no more than the largest container and one byte.
+FileContent contentOf(const QString &path, const QByteArray &bytes, Sink &sink)
+{
+    FileContent content = {XMDOpenSuccess, bytes, isContainer(bytes)};
+    if (content.encrypted && content.bytes.size() <= kLargestContainer) {
+        Deciphered result = deciphered(content.bytes);
+        if (result.error)
+            return refused(path, sink, result.error, true);
+        content.bytes = std::move(result.document);
+    }
+    if (content.bytes.size() > limits::kDocumentBytes)
+        return refused(path, sink, {&rules::fileTooLarge, {QString::number(limits::kDocumentBytes)}},
+                       content.encrypted);
+    return content;
+}
+
+void cut(DescriptionFile &file, const QString &path, const FileContent &content)
+{
+    file.status = content.status;
+    if (file.status != XMDOpenSuccess)
+        return;
+    file.bytes = content.bytes.size();
+    if (const TagDocument::Error error = file.document.read(content.bytes)) {
+        file.told.take(Finding(*error.refusal.rule, {path, error.line, error.column}, error.refusal.arguments));
+        file.status = XMDOpenInvalid;
+    }
+}
+
+} // namespace
+
 FileContent readFileContent(const QString &path, Sink &sink, bool openFailureIsError)
 {
-    const auto refuse = [&](const Refusal &refused, bool isEncrypted = false) -> FileContent {
-        sink.take(Finding(*refused.rule, {path}, refused.arguments));
-        return {XMDOpenInvalid, {}, isEncrypted};
-    };
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         Finding notOpened(rules::fileNotOpened, {}, {path});
@@ -36,34 +72,24 @@ FileContent readFileContent(const QString &path, Sink &sink, bool openFailureIsE
         return {XMDOpenUnreadable, {}, false};
     }
     sink.take(Finding(rules::loadingFile, {}, {path}));
-    constexpr qint64 kLargestContainer = limits::kDocumentBytes + kContainerOverhead;
-    FileContent content = {XMDOpenSuccess, readAtMost(file, kLargestContainer), false};
+    const QByteArray bytes = readAtMost(file, kLargestContainer);
     if (file.error() != QFile::NoError)
-        return refuse({&rules::fileNotRead, {file.errorString()}});
-    content.encrypted = isContainer(content.bytes);
-    if (content.encrypted && content.bytes.size() <= kLargestContainer) {
-        Deciphered result = deciphered(content.bytes);
-        if (result.error)
-            return refuse(result.error, true);
-        content.bytes = std::move(result.document);
-    }
-    if (content.bytes.size() > limits::kDocumentBytes)
-        return refuse({&rules::fileTooLarge, {QString::number(limits::kDocumentBytes)}}, content.encrypted);
-    return content;
+        return refused(path, sink, {&rules::fileNotRead, {file.errorString()}});
+    return contentOf(path, bytes, sink);
+}
+
+std::unique_ptr<DescriptionFile> readDescription(const QString &path, const QByteArray &bytes)
+{
+    auto file = std::make_unique<DescriptionFile>();
+    file->told.take(Finding(rules::loadingFile, {}, {path}));
+    cut(*file, path, contentOf(path, bytes, file->told));
+    return file;
 }
 
 std::unique_ptr<DescriptionFile> readDescriptionFile(const QString &path)
 {
     auto file = std::make_unique<DescriptionFile>();
-    const FileContent content = readFileContent(path, file->told, false);
-    file->status = content.status;
-    if (file->status != XMDOpenSuccess)
-        return file;
-    file->bytes = content.bytes.size();
-    if (const TagDocument::Error error = file->document.read(content.bytes)) {
-        file->told.take(Finding(*error.refusal.rule, {path, error.line, error.column}, error.refusal.arguments));
-        file->status = XMDOpenInvalid;
-    }
+    cut(*file, path, readFileContent(path, file->told, false));
     return file;
 }
 

@@ -37,6 +37,9 @@ struct DescriptionFile {
     FindingList told;                     ///< what reading it had to say
 };
 
+/// Cuts the description in \a bytes, the content of a file that messages call \a path, into tags.
+std::unique_ptr<DescriptionFile> readDescription(const QString &path, const QByteArray &bytes);
+
 /// Opens the description at \a path, plain or in a container, and cuts it into tags. A file that can't be opened is a
 /// warning.
 std::unique_ptr<DescriptionFile> readDescriptionFile(const QString &path);

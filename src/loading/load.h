@@ -2,10 +2,12 @@
 
 #include <veldmap/veldmap_export.h>
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
 #include <memory>
+#include <optional>
 
 class VMMemoryMap;
 class VMRootArchive;
@@ -25,16 +27,18 @@ struct ReadFiles {
 struct LoadOptions {
     int threads = 1;                       ///< with more than one, the others read files ahead
     DocumentListener *documents = nullptr; ///< sees each document before its tags are read; not owned
+    std::optional<QByteArray> root = {};   ///< what the root file holds, if it is not to be read from its path
     bool goesOn = false;        ///< tells of all faults, not of the first alone; it loads nothing all the same
     ReadFiles *files = nullptr; ///< learns what was read; not owned
     QString base = {};          ///< where the relative names of the tree start; empty for the directory of the root
     bool hasCommonBase = false; ///< they start at the lowest directory that all files lie below
 };
 
-/// Loads the description at \a path, with all that it includes, for the memory map \a map; \a chip only chooses the
-/// word in the notes. \a sink hears all there is to tell, in the order in which it arises, on the caller's thread. Null
-/// when \a path is empty or the load failed. The caller stores the result in the map. Global variables of a failed load
-/// stay in the map.
+/// Loads the description at \a path, with all that it includes, or the one in the options' root, whose messages name it
+/// \a path and whose includes are relative to the working directory, for the memory map \a map; \a chip only chooses
+/// the word in the notes. \a sink hears all there is to tell, in the order in which it arises, on the caller's thread.
+/// Null when \a path is empty or the load failed. The caller stores the result in the map. Global variables of a failed
+/// load stay in the map.
 ///
 /// What is made and heard is the same for every number of threads; all have ended when it returns.
 VELDMAP_EXPORT std::unique_ptr<VMRootArchive> loadRoot(VMMemoryMap &map, const QString &path, bool chip, Sink &sink,

@@ -12,11 +12,32 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace veldmap {
 
 namespace {
+
+/// Files of which the root is given.
+class WithRoot final : public DescriptionFiles {
+public:
+    WithRoot(const QString &path, const QByteArray &root, std::unique_ptr<DescriptionFiles> others)
+        : m_path(path), m_root(root), m_others(std::move(others))
+    {
+    }
+
+    std::unique_ptr<DescriptionFile> read(const FileName &name) override
+    {
+        return name.path == m_path ? readDescription(m_path, m_root) : m_others->read(name);
+    }
+
+private:
+    QString m_path;
+    QByteArray m_root;
+    std::unique_ptr<DescriptionFiles> m_others;
+};
 
 /// Notes what a load reads.
 class NotedFiles final : public DescriptionFiles {
@@ -35,10 +56,12 @@ private:
     ReadFiles &m_noted;
 };
 
-std::unique_ptr<DescriptionFiles> filesFor(const LoadOptions &options)
+std::unique_ptr<DescriptionFiles> filesFor(const QString &path, const LoadOptions &options)
 {
-    auto files =
+    std::unique_ptr<DescriptionFiles> files =
         options.threads > 1 ? std::make_unique<ReadAhead>(options.threads - 1) : std::make_unique<DescriptionFiles>();
+    if (options.root)
+        files = std::make_unique<WithRoot>(path, *options.root, std::move(files));
     return options.files ? std::make_unique<NotedFiles>(std::move(files), *options.files) : std::move(files);
 }
 
@@ -74,14 +97,15 @@ std::unique_ptr<VMRootArchive> loadRoot(VMMemoryMap &map, const QString &path, b
     const QFileInfo file(path);
     auto root = std::make_unique<VMRootArchive>(&map, file.baseName());
     TreeBuilder builder(root.get());
-    const std::unique_ptr<DescriptionFiles> files = filesFor(options);
+    const std::unique_ptr<DescriptionFiles> files = filesFor(path, options);
+    const FileName name =
+        options.root ? FileName{path, path, u"."_s} : FileName{path, file.fileName(), file.absolutePath()};
     ArchiveReader reader(builder, *files, sink);
     reader.setDocumentListener(options.documents);
     if (options.goesOn)
         reader.goOnAfterErrors();
     XMDOpenError status = XMDOpenSuccess;
-    if (!reader.readFile({path, file.fileName(), file.absolutePath()}, true, status) ||
-        (options.goesOn && reader.hasFailed()))
+    if (!reader.readFile(name, true, status) || (options.goesOn && reader.hasFailed()))
         return nullptr;
     moveBase(*root, options);
     sink.take(Finding(rules::rootLoaded, {}, {word, file.baseName()}));

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <veldmap/veldmap_export.h>
+
 #include <QString>
 
 namespace veldmap {
@@ -18,7 +20,7 @@ public:
     {
     }
 
-    void offer(const QString &name);
+    VELDMAP_EXPORT void offer(const QString &name);
     /// Null when none is near enough to be meant.
     const QString &name() const { return m_name; }
 

@@ -41,7 +41,7 @@ class Lint(support.Case):
 
     def test_findings_and_their_severities(self):
         both = [(3, "warning", "unknown-attribute"), (4, "warning", "field-overlap")]
-        unused = (5, "warning", "unused-type")
+        unused = (5, "note", "unused-type")
         as_errors = lambda found: [(line, "error", rule) for line, _, rule in found]
         self.assertEqual(self.told(), both)
         self.assertEqual(self.told("-Wno-field-overlap"), both[:1])
