@@ -21,7 +21,7 @@ bool isPlainComment(const QString &text)
     return std::ranges::all_of(text.toUtf8(), isPlainByte);
 }
 
-QString plainComment(const QString &text)
+QString printableComment(const QString &text)
 {
     const auto isLine = [](QChar c) { return c == u'\t' || (c >= u' ' && c < u'\x7F'); };
     if (std::ranges::all_of(text, isLine))
@@ -43,7 +43,7 @@ void commentOut(QString &text, qsizetype begin, const QString &reason)
         return;
     const QString line = text.sliced(begin).chopped(1); // the line feed at its end
     text.truncate(begin);
-    text += "--"_L1 + plainComment(line) + " -- refused: "_L1 + plainComment(reason) + u'\n';
+    text += "--"_L1 + printableComment(line) + " -- refused: "_L1 + printableComment(reason) + u'\n';
 }
 
 } // namespace veldmap

@@ -9,7 +9,7 @@ namespace veldmap {
 bool isPlainComment(const QString &text);
 
 /// \a text as it can stand in a comment: a "?" for each character that no comment takes.
-QString plainComment(const QString &text);
+QString printableComment(const QString &text);
 
 /// Makes a comment of the last line of \a text, which begins at \a begin, and tells \a reason behind it:
 ///

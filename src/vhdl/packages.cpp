@@ -15,7 +15,7 @@ using veldmap::commentOut;
 using veldmap::FindVariable;
 using veldmap::MapWriter;
 using veldmap::PackageChecks;
-using veldmap::plainComment;
+using veldmap::printableComment;
 
 namespace {
 
@@ -66,7 +66,7 @@ void appendVariable(QString &text, const VMIntVar &variable, PackageChecks *chec
     if (!reason.isEmpty())
         appendLine(text, "-- "_L1, reason, ": a ? stands for each"_L1);
     if (!variable.comment.isEmpty())
-        appendComment(text, reason.isEmpty() ? variable.comment : plainComment(variable.comment));
+        appendComment(text, reason.isEmpty() ? variable.comment : printableComment(variable.comment));
     if (isMark)
         return;
     const qsizetype begin = text.size();
@@ -92,7 +92,8 @@ QString wholeCommentOf(const QString &package, const QString &reason, const QStr
     QString text;
     appendLine(text, "-- Refused, since "_L1, reason, u":");
     for (const QStringView line : QStringView(package).chopped(1).split(u'\n'))
-        appendLine(text, line.isEmpty() || line.startsWith("--"_L1) ? ""_L1 : "--"_L1, plainComment(line.toString()));
+        appendLine(text, line.isEmpty() || line.startsWith("--"_L1) ? ""_L1 : "--"_L1,
+                   printableComment(line.toString()));
     appendLine(text, "package "_L1, standIn, " is"_L1);
     appendLine(text, "end "_L1, standIn, u";");
     return text;
@@ -175,7 +176,7 @@ QString PackageTexts::textOf(const VMXMLArchive &archive, PackageChecks &checks)
     };
     const QString package = archive.getVHDLPkgName();
     const QString file = archive.getVHDLFileRelativeName();
-    QString text = expand(kPackageHead, {{u"file"_s, checks.makesComments() ? plainComment(file) : file},
+    QString text = expand(kPackageHead, {{u"file"_s, checks.makesComments() ? printableComment(file) : file},
                                          {u"blanks"_s, QString(6, u' ')}});
     for (const VMXMLArchive *included : archive.includedArchives) {
         const qsizetype begin = text.size();

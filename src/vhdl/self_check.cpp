@@ -95,7 +95,7 @@ QString vhdlSelfCheckOf(const VMRootArchive &root, const PackageTexts &packages)
         types += lines.types;
         if (lines.taken.empty())
             continue;
-        appendLine(body, "  -- "_L1, plainComment(archive->getVHDLFileRelativeName()));
+        appendLine(body, "  -- "_L1, printableComment(archive->getVHDLFileRelativeName()));
         appendLine(body, "  process begin"_L1);
         for (const PackageLine &line : lines.taken)
             appendAssertion(body, archive->getVHDLPkgName(), line, line.element ? paths.of(*line.element) : QString());
@@ -104,7 +104,7 @@ QString vhdlSelfCheckOf(const VMRootArchive &root, const PackageTexts &packages)
     }
     const QString file = root.xmlArchives.isEmpty() ? QString() : root.xmlArchives.first()->relativeFileName;
     return expand(kHead, {{u"name"_s, vhdlSelfCheckNameOf(root)},
-                          {u"file"_s, plainComment(file)},
+                          {u"file"_s, printableComment(file)},
                           {u"refused"_s, QString::number(refused)},
                           {u"types"_s, QString::number(types)}}) +
            body + "end architecture;\n"_L1;
