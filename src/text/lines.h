@@ -1,6 +1,7 @@
 #pragma once
 
 #include "text/columns.h"
+#include "text/text_buffer.h"
 #include <veldmap/veldmap_export.h>
 
 #include <QList>
@@ -30,21 +31,21 @@ inline QString hexDigits(quint32 value)
     return QString::number(value, 16).toUpper();
 }
 
-inline void appendPiece(QString &text, qsizetype, QStringView piece)
+inline void appendPiece(TextBuffer &line, QStringView piece)
 {
-    text += piece;
+    line.append(piece);
 }
-inline void appendPiece(QString &text, qsizetype, QLatin1StringView piece)
+inline void appendPiece(TextBuffer &line, QLatin1StringView piece)
 {
-    text += piece;
+    line.append(piece);
 }
-inline void appendPiece(QString &text, qsizetype, int piece)
+inline void appendPiece(TextBuffer &line, int piece)
 {
-    text += QString::number(piece);
+    line.append(QStringView(QString::number(piece)));
 }
-inline void appendPiece(QString &text, qsizetype lineBegin, Column piece)
+inline void appendPiece(TextBuffer &line, Column piece)
 {
-    text.resize(text.size() + blanksToColumn(text.size() - lineBegin, piece.column), u' ');
+    line.appendBlanks(blanksToColumn(line.size(), piece.column));
 }
 
 /// Appends one line of generated text: the pieces in order, then a line feed. A Column pads as space_complement_to
@@ -52,19 +53,20 @@ inline void appendPiece(QString &text, qsizetype lineBegin, Column piece)
 template <typename... Pieces>
 void appendLine(QString &text, const Pieces &...pieces)
 {
-    [[maybe_unused]] const qsizetype begin = text.size();
-    (appendPiece(text, begin, pieces), ...);
-    text += u'\n';
+    TextBuffer line;
+    (appendPiece(line, pieces), ...);
+    line.append(u'\n');
+    text += line.view();
 }
 
 /// One line of generated text, as appendLine appends it.
 template <typename... Pieces>
 QString lineOf(const Pieces &...pieces)
 {
-    QString line;
-    line.reserve(112); // longer than nearly every generated line
-    appendLine(line, pieces...);
-    return line;
+    TextBuffer line;
+    (appendPiece(line, pieces), ...);
+    line.append(u'\n');
+    return line.text();
 }
 
 /// Fills the holes "@name@" of \a form with the values of \a holes, in one pass: inserted text is never scanned.

@@ -1,7 +1,11 @@
 #pragma once
 
 #include <QString>
-#include <QVarLengthArray>
+
+#include <algorithm>
+#include <iterator>
+#include <memory>
+#include <utility>
 
 namespace veldmap {
 
@@ -9,19 +13,47 @@ namespace veldmap {
 /// room.
 class TextBuffer {
 public:
-    bool isEmpty() const { return m_text.isEmpty(); }
-    void append(char16_t character) { m_text.append(character); }
-    void append(QStringView text) { m_text.append(text.utf16(), text.size()); }
+    TextBuffer() = default;
+    TextBuffer(const TextBuffer &) = delete;
+    TextBuffer &operator=(const TextBuffer &) = delete;
+
+    bool isEmpty() const { return m_size == 0; }
+    qsizetype size() const { return m_size; }
+    void append(char16_t character) { *extended(1) = character; }
+    void append(QStringView text) { std::copy_n(text.utf16(), text.size(), extended(text.size())); }
     void append(QLatin1StringView text)
     {
-        for (const char c : text)
-            m_text.append(static_cast<unsigned char>(c));
+        std::transform(text.begin(), text.end(), extended(text.size()),
+                       [](char c) { return static_cast<unsigned char>(c); });
     }
+    void appendBlanks(qsizetype count) { std::fill_n(extended(count), count, u' '); }
 
-    QString text() const { return QString(reinterpret_cast<const QChar *>(m_text.constData()), m_text.size()); }
+    QStringView view() const { return {m_begin, m_size}; }
+    QString text() const { return view().toString(); }
 
 private:
-    QVarLengthArray<char16_t, 512> m_text;
+    /// Where \a count characters more are to be put.
+    char16_t *extended(qsizetype count)
+    {
+        if (m_capacity - m_size < count)
+            grow(count);
+        m_size += count;
+        return m_begin + m_size - count;
+    }
+    void grow(qsizetype count)
+    {
+        m_capacity = std::max(2 * m_capacity, m_size + count);
+        auto larger = std::make_unique_for_overwrite<char16_t[]>(static_cast<std::size_t>(m_capacity));
+        std::copy_n(m_begin, m_size, larger.get());
+        m_long = std::move(larger);
+        m_begin = m_long.get();
+    }
+
+    char16_t m_short[256]; // longer than nearly every line
+    std::unique_ptr<char16_t[]> m_long;
+    char16_t *m_begin = m_short;
+    qsizetype m_size = 0;
+    qsizetype m_capacity = std::size(m_short);
 };
 
 } // namespace veldmap
