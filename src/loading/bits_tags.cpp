@@ -4,6 +4,9 @@
 #include "loading/rules.h"
 #include "model/valuable.h"
 #include "text/bit_arithmetic.h"
+#include "text/plain_number.h"
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -21,13 +24,12 @@ struct ArchiveReader::BitsAttributes {
 
     bool hasReset() const
     {
-        return !reset.isEmpty() && reset != "-"_L1 && reset.compare("no"_L1, Qt::CaseInsensitive) != 0;
+        return !reset.isEmpty() && reset != "-"_L1 &&
+               (reset.size() != 2 || reset.compare("no"_L1, Qt::CaseInsensitive) != 0);
     }
     /// The mode of the strongest letter: clear before set before write.
-    int writeMode() const
-    {
-        return access.contains(u'c') ? 3 : access.contains(u's') ? 2 : access.contains(u'w') ? 1 : 0;
-    }
+    int writeMode() const { return hasAccess(u'c') ? 3 : hasAccess(u's') ? 2 : hasAccess(u'w') ? 1 : 0; }
+    bool hasAccess(char16_t letter) const { return std::ranges::find(access, letter) != access.end(); }
 
     QString name;
     QStringView access;
@@ -99,6 +101,9 @@ namespace {
 /// The number that \a text writes in decimal, hexadecimal (0x) or octal (0); 0 for any other text.
 quint32 resetNumber(QStringView text)
 {
+    const bool mayBeOctal = text.size() > 1 && text[0] == u'0' && text[1] != u'x';
+    if (const std::optional<int> number = mayBeOctal ? std::nullopt : plainNumber(text))
+        return static_cast<quint32>(*number);
     QStringView digits = text.trimmed();
     if (digits.startsWith(u'+'))
         digits = digits.sliced(1);
@@ -153,7 +158,7 @@ bool ArchiveReader::readNamedBits(const BitsAttributes &attributes, const Tag &t
     }
     const quint32 reset = attributes.hasReset() ? resetValueOf(attributes.reset, first.width()) : 0;
     auto field = std::make_unique<VMBitField>(
-        group ? cut.nameOf(0) : name, attributes.access.contains(u'r'), attributes.writeMode(), first.upText, first.up,
+        group ? cut.nameOf(0) : name, attributes.hasAccess(u'r'), attributes.writeMode(), first.upText, first.up,
         first.downText, first.down, static_cast<int>(reset), attributes.hasReset(), attributes.display);
     field->source = sourceOf(tag);
     if (!readBitsChildren(tag, name, *field, archive))

@@ -429,14 +429,9 @@ private:
 bool TagDocument::readPlain(const QByteArray &bytes)
 {
     m_text = decoded(bytes);
-    // Nearly every text stands in a tag of its own, which has two marks. A file full of them is none of these.
-    const auto places = [&](char mark) {
-        constexpr qsizetype kFewestBytes = 32;
-        return static_cast<std::size_t>(
-            std::min<qsizetype>(std::ranges::count(bytes, mark), bytes.size() / kFewestBytes));
-    };
-    m_nodes.reserve(places('<'));
-    m_attributes.reserve(places('='));
+    // A tag has some fifty characters, and a text or two attributes. What is not filled is not touched either.
+    m_nodes.reserve(static_cast<std::size_t>(bytes.size() / 32));
+    m_attributes.reserve(static_cast<std::size_t>(bytes.size() / 24));
     return !m_text.isEmpty() && PlainReader(*this, bytes).read();
 }
 

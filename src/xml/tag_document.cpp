@@ -294,11 +294,7 @@ public:
         qsizetype begin = 0; // of the run that stands for itself
         for (qsizetype at = 0; at < text.size(); ++at) {
             const QChar c = text[at];
-            if (c > u'>' && c < u'\x7F') // as most characters are, and none that is blank or needs an entity
-                continue;
-            const bool isBetweenWords =
-                c == u' ' && at > begin && at + 1 < text.size() && text[at + 1] > u' ' && text[at + 1] < u'\x7F';
-            if (isBetweenWords)
+            if (isInWord(c) || (c == u' ' && at > begin && at + 1 < text.size() && isInWord(text[at + 1])))
                 continue;
             const QLatin1StringView entity = entityOf(text, at, false);
             const bool isBlank = entity.isNull() && c.isSpace();
@@ -327,6 +323,9 @@ public:
     QString text() const { return m_text.isEmpty() ? u""_s : m_text.text(); }
 
 private:
+    /// Whether \a c is surely no blank and stands for itself.
+    static bool isInWord(QChar c) { return c > u' ' && c < u'\x7F' && c != u'&' && c != u'<' && c != u'>'; }
+
     TextBuffer m_text;
     bool m_isParted = false; // from what follows
 };
