@@ -51,6 +51,8 @@ public:
     QString asWord(const QString &value) const;
     QString fromWord(const QString &word) const;
 
+    /// Whether a load or a store reaches it; registers behind another bus have an offset that is no address.
+    bool isInMemory() const { return m_valuable.getType() != VMXMLElement::XML_INTERNAL_REGISTER8; }
     bool isReadable() const { return m_valuable.readable; }
     bool isWritable() const;
     bool isReadable(const VMBitField &field) const { return isReadable() && field.readable; }

@@ -100,10 +100,10 @@ Unit unitOf(const Register &of)
     Unit unit;
     const QString comment = commentLines(of.valuable().comment);
     const QString shown = of.shown();
-    if (of.isReadable())
+    if (of.isReadable() && of.isInMemory())
         unit.function("Reads "_L1 + shown + u'.', comment, of.type(), of.name() + "_read"_L1, of.readParameters(),
                       "return "_L1 + of.readExpression() + u';');
-    if (of.isWritable())
+    if (of.isWritable() && of.isInMemory())
         unit.function("Writes "_L1 + shown + u'.', comment, u"void"_s, of.name() + "_write"_L1,
                       of.writeParameters() + ", "_L1 + of.type() + " value"_L1, of.writeExpression() + " = value;"_L1);
     const quint32 actions = of.actionBits();
@@ -127,11 +127,14 @@ public:
     Unit unit()
     {
         writeMacros();
+        if (m_part.isReadable && m_of.isInMemory())
+            writeAccess();
         if (m_part.isReadable)
-            writeReading();
+            writeExtraction();
         if (m_part.isWritable)
             writeComposing();
-        if (m_part.isWritable && m_part.field && accessors::setsOrClears(*m_part.field) && m_of.keptBits() == 0)
+        const bool acts = m_part.field && accessors::setsOrClears(*m_part.field);
+        if (m_part.isWritable && acts && m_of.keptBits() == 0 && m_of.isInMemory())
             writeAction();
         return std::move(m_unit);
     }
@@ -143,23 +146,26 @@ private:
         m_unit.macro(m_front + m_part.name + "_shift"_L1, QString::number(m_part.shift));
     }
 
-    void writeReading()
+    void writeAccess()
     {
-        const QString ofBus = fieldOf(m_of.readExpression());
-        const QString ofValue = fieldOf(u"value"_s);
-        const QString place = " of "_L1 + m_of.shown();
-        function("Reads "_L1 + m_of.shown() + "; gives the value of "_L1 + m_shown + u'.', u"uint32_t"_s,
-                 "get_"_L1 + m_part.name, m_of.readParameters(), "return "_L1 + ofBus + u';');
-        function("The value of "_L1 + m_shown + " in a value"_L1 + place + u'.', u"uint32_t"_s, m_part.name + "_of"_L1,
-                 m_of.type() + " value"_L1, "return "_L1 + ofValue + u';');
-        if (!m_part.hasSignedView)
-            return;
-        function("Reads "_L1 + m_of.shown() + "; gives the value of "_L1 + m_shown + " as a number with sign."_L1,
-                 u"int32_t"_s, "get_signed_"_L1 + m_part.name, m_of.readParameters(),
-                 "return "_L1 + withSign(ofBus) + u';');
-        function("The value of "_L1 + m_shown + " in a value"_L1 + place + ", as a number with sign."_L1, u"int32_t"_s,
-                 "signed_"_L1 + m_part.name + "_of"_L1, m_of.type() + " value"_L1,
-                 "return "_L1 + withSign(ofValue) + u';');
+        const QString brief = "Reads "_L1 + m_of.shown() + "; gives the value of "_L1 + m_shown;
+        const QString value = fieldOf(m_of.readExpression());
+        function(brief + u'.', u"uint32_t"_s, "get_"_L1 + m_part.name, m_of.readParameters(),
+                 "return "_L1 + value + u';');
+        if (m_part.hasSignedView)
+            function(brief + " as a number with sign."_L1, u"int32_t"_s, "get_signed_"_L1 + m_part.name,
+                     m_of.readParameters(), "return "_L1 + withSign(value) + u';');
+    }
+
+    void writeExtraction()
+    {
+        const QString brief = "The value of "_L1 + m_shown + " in a value of "_L1 + m_of.shown();
+        const QString parameter = m_of.type() + " value"_L1;
+        const QString value = fieldOf(u"value"_s);
+        function(brief + u'.', u"uint32_t"_s, m_part.name + "_of"_L1, parameter, "return "_L1 + value + u';');
+        if (m_part.hasSignedView)
+            function(brief + ", as a number with sign."_L1, u"int32_t"_s, "signed_"_L1 + m_part.name + "_of"_L1,
+                     parameter, "return "_L1 + withSign(value) + u';');
     }
 
     void writeComposing()
@@ -289,7 +295,7 @@ private:
     void writeKind(const VMValuable &valuable, const Way &way)
     {
         const ScalarKind *kind = scalarKindOf(valuable.getType());
-        const bool isHardware = kind && kind->rubyClass.isEmpty();
+        const bool isHardware = kind && kind->isBusRegister;
         const bool hasFields = !valuable.bitFields.empty() || !valuable.bitGroups.empty();
         if (valuable.enumTemplate || (!isHardware && !hasFields))
             return;
@@ -311,7 +317,8 @@ private:
     void writeHead(const Register &of)
     {
         m_text += u'\n' + lineOf(kThinRule);
-        appendLine(m_text, "// "_L1, of.shown(), ", "_L1, of.bits(), " bits, "_L1, of.valuable().getProtectString());
+        appendLine(m_text, "// "_L1, of.shown(), ", "_L1, of.bits(), " bits, "_L1, of.valuable().getProtectString(),
+                   of.isInMemory() ? ""_L1 : ", behind another bus: no function accesses it"_L1);
         for (qsizetype at = 0; at < of.counts().size(); ++at)
             appendLine(m_text, "// "_L1, Way::indexName(at), " runs from 0 to "_L1, of.counts()[at] - 1);
         m_text += lineOf(kThinRule);

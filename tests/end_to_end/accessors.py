@@ -59,6 +59,8 @@ and \ &#x202E; </comment><options><option name="most" value="-1"/><option name="
   <instance name="st" type="status"/>
   <instance name="rows" type="row" count="2"/>
   <instance name="fl" type="flags"/>
+  <ireg name="far" protect="rw"><bits name="f" pos="6:2" access="rw"/><bits name="w" pos="7" access="c"/></ireg>
+  <ireg name="away" protect="rw"/>
   <reg name="bare" protect="rw"/><reg name="absent" count="0" protect="rw"><bits name="f" pos="0" access="rw"/></reg>
 </module>
 <typedef name="packet"><uint32 name="head"><bits name="size" pos="11:0" access="rw"/></uint32><uint8 name="plain"/></typedef>
@@ -145,21 +147,22 @@ class Register:
         self.bits = 8 * element["size"]
         self.cut = (1 << self.bits) - 1
         self.block = ", ".join(["b", *(f"{at}U" for at in indexes)])
-        self.is_signed = element["kind"].startswith("int") and element["kind"] != "internal_register8"
+        self.in_memory = element["kind"] != "internal_register8"
+        self.is_signed = element["kind"].startswith("int") and self.in_memory
         self.type = f"{'int' if self.is_signed else 'uint'}{self.bits}_t"
         self.place = f"{offset}, {self.bits}"
         self.readable = "r" in element["access"]
         self.writable = "w" in element["access"]
-        self.is_hardware = "register" in element["kind"]
+        self.is_hardware = element["kind"].startswith("register")
 
     def lines(self):
         fields = self.element["bitFields"]
         if not fields and not self.is_hardware:
             return
         value = f"({self.type})*p"
-        yield from self.present(self.readable, f"{self.name}_read", lambda f: [
+        yield from self.present(self.readable and self.in_memory, f"{self.name}_read", lambda f: [
             f"READS(({self.unsigned()}){f}({self.block}), {self.place}, *p & {self.cut}U)"])
-        yield from self.present(self.writable, f"{self.name}_write", lambda f: [
+        yield from self.present(self.writable and self.in_memory, f"{self.name}_write", lambda f: [
             f"WRITES({f}({self.block}, {value}), {self.place}, *p & {self.cut}U)"])
         actions = sum({self.mask(field) for field in fields if field["access"][1] in "sc"})
         yield from self.present(self.readable and self.writable and actions, f"{self.name}_to_write_back", lambda f: [
@@ -181,7 +184,7 @@ class Register:
                    f"\"{name}_{option['name']}\");")
         plain = any(self.can_write(other) and other["access"][1] == "w" for other in self.element["bitFields"])
         for letter, verb in (("s", "set"), ("c", "clear")):
-            acts = self.can_write(field) and field["access"][1] == letter and not plain
+            acts = self.can_write(field) and field["access"][1] == letter and not plain and self.in_memory
             bits = ", *p" if field["up"] != field["down"] else ""
             wanted = f"*p << {shift} & {mask}U" if bits else f"{mask}U"
             yield from self.present(acts, f"{self.name}_{verb}_{field['name'].lower()}", lambda f: [
@@ -197,7 +200,7 @@ class Register:
         yield f"expect({self.name}_{name}_mask, {mask}U, \"{name}\");"
         yield f"expect({self.name}_{name}_shift, {shift}U, \"{name}\");"
         for front, expected, there in (("", plain, can_read), ("signed_", negative, can_read and signed)):
-            yield from self.present(there, f"{self.name}_get_{front}{name}", lambda f: [
+            yield from self.present(there and self.in_memory, f"{self.name}_get_{front}{name}", lambda f: [
                 f"READS({f}({self.block}), {self.place}, {expected})"])
             yield from self.present(there, f"{self.name}_{front}{name}_of", lambda f: [
                 f"GIVES({f}({value}), {expected})"])
