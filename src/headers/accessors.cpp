@@ -25,7 +25,7 @@ using namespace Qt::StringLiterals;
 //     /// Reads ctrl; gives the value of speed.
 //     static inline uint32_t uart_ctrl_get_speed(const HWP_UART_T *block)
 //     {
-//         return ((uint32_t)block->ctrl & 0x0000000EU) >> 1;
+//         return (block->ctrl & 0x0000000EU) >> 1;
 //     }
 //
 // No macro of the C headers is called so, as those are in upper case. Where two things would have one name, the first
@@ -74,7 +74,6 @@ struct Unit {
     QString text;
     QStringList names;
 
-    void line(const QString &words) { appendLine(text, words); }
     /// A function: \a brief and \a comment, then what it gives, is called and takes, then its one statement.
     void function(const QString &brief, const QString &comment, const QString &type, const QString &name,
                   const QString &parameters, const QString &statement)
@@ -419,8 +418,9 @@ AccessorHeader accessorHeaderOf(const VMXMLArchive &archive)
     AccessorHeader header;
     QString &text = header.text;
     const QString guard = guardOf(archive);
-    text = archive.c_header() + u'\n' + lineOf("#ifndef "_L1, guard) + lineOf("#define "_L1, guard) + u'\n' +
-           lineOf("#include <stdint.h>"_L1) + u'\n' + lineOf("#include \""_L1, archive.getBaseName(), ".h\""_L1);
+    text = safeCommentLines(archive.c_header()) + u'\n' + lineOf("#ifndef "_L1, guard) + lineOf("#define "_L1, guard) +
+           u'\n' + lineOf("#include <stdint.h>"_L1) + u'\n' +
+           lineOf("#include \""_L1, archive.getBaseName(), ".h\""_L1);
     for (const VMXMLArchive *included : archive.includedArchives)
         text += lineOf("#include \""_L1, headerNameOf(*included), u"\"");
     NamePool pool;

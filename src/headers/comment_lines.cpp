@@ -23,7 +23,7 @@ QString shownCharacters(QString text)
 {
     for (QChar &c : text) {
         const bool endsLine = c.category() == QChar::Separator_Line || c.category() == QChar::Separator_Paragraph;
-        if (c != u'\n' && (c.unicode() < 0x20 || (c.unicode() >= 0x7F && c.unicode() < 0xA0) || endsLine))
+        if (c != u'\n' && c != u'\t' && (c.unicode() < 0x20 || (c.unicode() >= 0x7F && c.unicode() < 0xA0) || endsLine))
             c = u' ';
     }
     text.removeIf(isDirection);
@@ -45,17 +45,20 @@ bool goesOn(QStringView line)
 
 } // namespace
 
+QString safeCommentLines(const QString &lines)
+{
+    const QString shown = shownCharacters(lines);
+    QString text;
+    for (const QStringView line : QStringView(shown).split(u'\n'))
+        appendLine(text, line, goesOn(line) ? "."_L1 : ""_L1);
+    return text.chopped(1); // behind the last line feed stands an empty line
+}
+
 QString commentLines(const QString &comment)
 {
-    QString shown = shownCharacters(comment);
-    shown = readable(shown.replace("<br>"_L1, "\n"_L1)).trimmed();
-    if (shown.isEmpty())
-        return {};
-    const QString lines = convertCommentToCComment(shown, kCommentWidth, 0);
-    QString text;
-    for (const QStringView line : QStringView(lines).split(u'\n'))
-        appendLine(text, line.trimmed(), goesOn(line) ? "."_L1 : ""_L1);
-    return text;
+    QString text = comment;
+    text = readable(text.replace("<br>"_L1, "\n"_L1)).trimmed();
+    return text.isEmpty() ? text : safeCommentLines(convertCommentToCComment(text, kCommentWidth, 0) + u'\n');
 }
 
 QString commentWords(const QString &text)

@@ -9,6 +9,9 @@ namespace veldmap {
 /// blank one.
 QString commentLines(const QString &comment);
 
+/// \a lines, which are such comments already, made as harmless. Their lengths stay, unless they would go on.
+QString safeCommentLines(const QString &lines);
+
 /// \a text as a part of one such line.
 QString commentWords(const QString &text);
 

@@ -25,6 +25,7 @@ CORNERS = r"""<archive asm="no">
 <enum name="level"><entry name="LOW"/><entry name="HIGH" value="9"/></enum>
 <alias name="status"><reg name="x" protect="rw">
   <bits name="busy" pos="0" access="r"/><bits name="mode" pos="31:28" access="rw"/></reg></alias>
+<alias name="box"><struct name="x"><uint8 name="b"><bits name="in" pos="3:1"/></uint8></struct></alias>
 <alias name="row"><reg16 name="x" count="2" protect="rw"/></alias>
 <alias name="flags"><reg8 name="x" protect="rw"><bits name="all" pos="7:0" access="rw"/></reg8></alias>
 <module name="Block">
@@ -131,7 +132,7 @@ def registers_of(element, name, offset=0, indexes=()):
         for at in range(element["count"]):
             yield from registers_of(element["prototype"], name, offset + at * stride, (*indexes, at))
     elif element["kind"] == "struct":
-        if not element["declaredType"] or not indexes and "_" not in name:
+        if not element["declaredType"]:         # else it is of a type that has functions of its own
             for member in element["members"]:
                 yield from registers_of(member, f"{name}_{member['name'].lower()}", offset + member["offset"], indexes)
     elif "bitFields" in element and element["kind"] != "pointer" and not element["enumTemplate"]:

@@ -46,6 +46,15 @@ TEST(Accessors, IncludeWhatTheFileIncludes)
     EXPECT_EQ(veldmap::accessorHeaderName(soc.archiveAt(1)), u"sub/a_accessors.h"_s);
 }
 
+TEST(Accessors, CommentsOfAFileEndWithTheirLines)
+{
+    const Loaded soc = Loaded::archive(u"<comment>in C:\\<br/>or ?\?/<br/>\u202E \\  </comment>"_s);
+    const QString text = veldmap::accessorHeaderOf(soc.archiveAt(0)).text;
+    EXPECT_TRUE(text.contains(u"/// in C:\\.\n/// or ?\?/.\n/// "_s)) << text.toStdString();
+    EXPECT_FALSE(text.contains(QChar(0x202E)) || text.contains(u"\\\n"_s));
+    EXPECT_TRUE(text.startsWith(soc.archiveAt(0).c_header().section(u"/// @file"_s, 0, 0)));
+}
+
 TEST(Globals, AreMacros)
 {
     expectCases(u"headers/globals.txt"_s, globalsOf);
