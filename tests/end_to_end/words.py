@@ -131,6 +131,8 @@ class Words(support.Case):
         target = self.folder / "out"
         self.expect(run("build", "--chip", EXAMPLES / "soc.xml", "--headers", target, "--types", "--globals", "--accessors"),
                     0)
+        shipped = EXAMPLES.parent / "src/headers/types/veldmap/types.h"
+        self.assertEqual((target / "veldmap/types.h").read_bytes(), shipped.read_bytes())
         self.assertLessEqual({"veldmap/types.h", "globals.h", "periph/uart_accessors.h"}, support.files_below(target).keys())
         for option in ("--types", "--globals", "--accessors"):
             wrong = run("build", "--chip", EXAMPLES / "soc.xml", "--vhdl", target, option)
