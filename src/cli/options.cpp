@@ -231,7 +231,8 @@ Command addHeaders(CLI::App &app, Arguments &arguments)
                     "Examples:\n"
                     "  veldmap headers --chip soc.xml -o include --types --globals\n"
                     "  veldmap headers --chip soc.xml -o include --self-check\n"
-                    "  veldmap headers --chip soc.xml --soft firmware.xml -o include --skip-up-to-date");
+                    "  veldmap headers --chip soc.xml --soft firmware.xml -o include --skip-up-to-date\n"
+                    "  veldmap headers --chip hw/soc.xml -o include --base . --depfile soc.d");
     return {command, headers, true};
 }
 

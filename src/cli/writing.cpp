@@ -147,6 +147,7 @@ bool Writing::writeList(const QString &path, const QString &text)
 {
     if (path == "-"_L1)
         return printResult(text, m_session.messages);
+    removeLeftovers(QFileInfo(path).path());
     const WriteResult result = writeWholeFile(path, text.toUtf8(), {.keepsSame = true});
     if (result.outcome == WriteResult::Failed)
         m_session.messages.tell(rules::kUnwritten, {path, result.reason});

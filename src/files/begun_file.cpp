@@ -111,8 +111,7 @@ int BegunFile::tryOpen(const QByteArray &path)
 
 void BegunFile::setPermissions(mode_t mode)
 {
-    if (::fchmod(m_descriptor, mode) != 0)
-        return; // some file systems have none
+    ::fchmod(m_descriptor, mode); // which some file systems do not have
 }
 
 int BegunFile::write(const QByteArray &content)

@@ -291,6 +291,36 @@ class Dependencies(support.Case):
                     err=f"error: {self.folder}/no/l can't be written: No such file or directory\n")
 
 
+class Bases(support.Case):
+    def test_where_names_start(self):
+        """A root in a directory of its own, beside which others lie: as it is, and from a base on."""
+        root = self.lay_out({"hw/soc.xml": archive('<include file="../shared/common.xml"/>',
+                                                   '<include file="moved.xml"/>'),
+                             "shared/common.xml": archive(),
+                             "hw/moved.xml": archive().replace("<archive>", '<archive relative="../../up.xml">')},
+                            "hw/soc.xml")
+        out, deep = self.folder / "out", self.folder / "out/a/b"
+        outside = {"soc": deep / "soc", "common": out / "a/shared/common", "up": out / "up"}
+        shared = {"soc": deep / "hw/soc", "common": deep / "shared/common", "up": out / "a/up"}
+        common = {name: deep / self.folder.name / path for name, path in
+                  {"soc": "hw/soc", "common": "shared/common", "up": "../up"}.items()}
+        for bases, places in (([], outside), (["--base", self.folder], shared), (["--common-base"], common)):
+            for command, ending in (("headers", ".h"), ("vhdl", "_reg_pkg.vhd"), ("build", ".h")):
+                shutil.rmtree(out, ignore_errors=True)
+                to = ["--headers", deep, "--vhdl", deep] if command == "build" else ["-o", deep]
+                for strict in ([], ["--strict"]):
+                    told = run(command, "--chip", root, *to, *bases, *strict)
+                    files = {name: Path(os.path.normpath(f"{place}{ending}")) for name, place in places.items()}
+                    lie = [path for path in files.values() if deep not in path.parents]
+                    self.expect(told, 1 if strict and lie else 0, err=None)
+                    for path in files.values():
+                        self.assertTrue(path.is_file(), (command, bases, path))
+                        self.assertEqual(path in lie, f"{path} lies outside {deep}, as" in told.err, told.err)
+                    self.assertEqual("error: " in told.err, bool(strict and lie))
+            self.assertEqual({path.name for path in out.rglob("*.h")}, {f"{name}{kind}.h" for name in places
+                                                                       for kind in ("", "_asm")})
+
+
 def install():
     """Installs the build in a first place and moves it to a second."""
     folder = tempfile.TemporaryDirectory()
