@@ -6,9 +6,11 @@
 #include "model/visit.h"
 #include "text/bit_arithmetic.h"
 #include "text/lines.h"
+#include "text/names.h"
 
 #include <QSet>
 
+#include <algorithm>
 #include <array>
 
 using namespace Qt::StringLiterals;
@@ -66,9 +68,21 @@ VELDMAP_ASSERT((unsigned char)-1 == 255, "a byte must have 8 bits");
 )c";
 
 /// What no assertion is made of, and why.
-enum Left { CommentedMacros, AbsentMembers, Nameless, FieldStructures, Unsized, Pointers, Baseless, Ranges, OwnTexts };
+enum Left {
+    CommentedMacros,
+    IllegalMacros,
+    AbsentMembers,
+    Nameless,
+    FieldStructures,
+    Unsized,
+    Pointers,
+    Baseless,
+    Ranges,
+    OwnTexts
+};
 constexpr std::array<QLatin1StringView, OwnTexts + 1> kReasons = {
     "later macros of one name in a type, which the header comments out"_L1,
+    "macros whose names C can't have"_L1,
     "members that the header comments out or leaves out: arrays of none, gaps and memories of no bytes"_L1,
     "members without a name"_L1,
     "fields of C bit-field structures: C has no offset of them, the structure's size is asserted"_L1,
@@ -198,7 +212,7 @@ private:
         const bool isAlias = !element.declaredType.isEmpty();
         const bool isModule = structure && !structure->isTypedef;
         m_type = isModule && !isAlias ? "HWP_"_L1 + element.getTypeString().toUpper() + "_T"_L1
-                                      : ESDRTypeConvert(element.getTypeString());
+                                      : ESDRTypeConvert(element.typedefName);
         const QString path = m_paths.ofTemplate(element);
         writeType(element, path);
         if (structure && !isAlias)
@@ -368,9 +382,13 @@ private:
                         hexText(mask & shiftLeft(1, shift)));
     }
 
-    /// False when an earlier macro of the type has the name.
+    /// False when it is not asserted: an earlier macro of the type has the name, or its type is called "REG32[]".
     bool writeMacro(const QString &name, const QString &argument, quint32 number, const QString &path)
     {
+        if (!std::ranges::all_of(name, isNameCharacter)) {
+            ++m_left[IllegalMacros];
+            return false;
+        }
         const qsizetype before = m_known.size();
         m_known.insert(name);
         if (m_known.size() == before) {

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -348,6 +349,7 @@ void PackageChecks::declare(const Where &where)
 
 void PackageChecks::checkExpression(const PackageNumber &number, const Where &where)
 {
+    const QString goneBefore = std::exchange(m_goneName, {});
     qint64 value = 0;
     switch (evaluateStatic(
         number.text, [this](const QString &name) { return valueOf(name); }, &value)) {
@@ -362,43 +364,49 @@ void PackageChecks::checkExpression(const PackageNumber &number, const Where &wh
         refuse(m_goneName.isEmpty() ? rules::vhdlUnreadable : rules::vhdlDependent, where);
         break;
     }
+    m_goneName = goneBefore.isEmpty() ? m_goneName : goneBefore;
 }
 
 std::optional<qint64> PackageChecks::valueOf(const QString &name)
 {
     const QString folded = name.toLower();
-    if (m_gone.contains(folded)) {
+    const bool isOwn = m_declared.contains(folded);
+    if (isOwn ? m_gone.contains(folded) : m_usedGone.contains(name)) {
         m_goneName = name;
         return std::nullopt;
     }
-    if (folded == m_name && !m_declared.contains(folded)) // in its own declaration a name means nothing
+    if (folded == m_name && !isOwn) // in its own declaration a name means nothing
         return std::nullopt;
-    if (m_declared.contains(folded)) {
+    if (isOwn) {
         const auto own = m_ownConstants.constFind(name);
         return own == m_ownConstants.cend() ? std::nullopt : std::optional<qint64>(*own);
     }
     const auto known = m_usedConstants.constFind(name);
     if (known != m_usedConstants.cend())
         return *known;
-    const std::optional<qint64> value = lookUp(name);
-    if (m_goneName.isEmpty())
-        m_usedConstants.insert(name, value);
-    return value;
-}
-
-/// The constant of that name in the packages that this one uses. A name that two packages declare is that of neither,
-/// also if one of them is a package that all use, and that of this package is its own. A name that one refuses is not
-/// taken from another.
-std::optional<qint64> PackageChecks::lookUp(const QString &name)
-{
-    if (isStandardName(name) || name.compare(m_archive.getVHDLPkgName(), Qt::CaseInsensitive) == 0)
-        return std::nullopt;
-    const auto isRefused = [&](const auto *used) { return m_packages.refusedNamesOf(*used).contains(name); };
-    const auto wasThere = [&](const auto *used) { return m_packages.variablesOf(*used).contains(name); };
-    if (std::ranges::any_of(m_used, isRefused) || std::ranges::any_of(m_refusedUses, wasThere)) {
+    if (isGoneFromUsed(name)) {
+        m_usedGone.insert(name);
         m_goneName = name;
         return std::nullopt;
     }
+    return *m_usedConstants.insert(name, lookUp(name));
+}
+
+/// Whether VHDL would not see the name in a package that this one uses, since it stands in a comment there, or the use
+/// does. It is not taken from another package then.
+bool PackageChecks::isGoneFromUsed(const QString &name) const
+{
+    const auto isRefused = [&](const auto *used) { return m_packages.refusedNamesOf(*used).contains(name); };
+    const auto wasThere = [&](const auto *used) { return m_packages.variablesOf(*used).contains(name); };
+    return std::ranges::any_of(m_used, isRefused) || std::ranges::any_of(m_refusedUses, wasThere);
+}
+
+/// The constant of that name in the packages that this one uses. A name that two packages declare is that of neither,
+/// also if one of them is a package that all use, and that of this package is its own.
+std::optional<qint64> PackageChecks::lookUp(const QString &name) const
+{
+    if (isStandardName(name) || name.compare(m_archive.getVHDLPkgName(), Qt::CaseInsensitive) == 0)
+        return std::nullopt;
     std::optional<qint64> value;
     bool isFound = false;
     for (const VMXMLArchive *used : m_used) {

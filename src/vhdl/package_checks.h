@@ -145,7 +145,8 @@ private:
     void declare(const Where &where);
     void checkExpression(const PackageNumber &number, const Where &where);
     std::optional<qint64> valueOf(const QString &name);
-    std::optional<qint64> lookUp(const QString &name);
+    bool isGoneFromUsed(const QString &name) const;
+    std::optional<qint64> lookUp(const QString &name) const;
     QString pathOf(const VMXMLElement &element) const;
 
     const VMXMLArchive &m_archive;
@@ -162,6 +163,7 @@ private:
     QHash<QString, std::optional<qint64>> m_usedConstants;         // that were looked up, in upper case
     QSet<QString> m_gone;                                          // names of comments, in lower case
     QSet<QString> m_standing;                                      // of all others, in lower case
+    QSet<QString> m_usedGone; // names that were looked up and that a used package refuses, in upper case
 
     // The line that was begun.
     QString m_name;                  // in lower case

@@ -45,7 +45,7 @@ inline constexpr Rule vhdlDependent = {"vhdl-dependent"_L1, Severity::Warning,
                                        u"%1: VHDL refuses %2 %3, uses of what it refuses; the first is %4"};
 inline constexpr Rule vhdlOtherNumber = {
     "vhdl-other-number"_L1, Severity::Warning,
-    u"%1: VHDL makes another number of %2 %3, expressions of names that differ in case; the first is %4"};
+    u"%1: VHDL makes another number of %2 %3, expressions that it reads otherwise; the first is %4"};
 
 struct LineRule {
     const Rule *rule;

@@ -29,6 +29,8 @@ CHIP = archive(
     '</module>',
     '<typedef name="node"><ptr name="next" type="void"/><uint16 name="len"/><uint8 name="data" count="6"/></typedef>',
     '<alias name="flags"><reg32 name="f"><bits name="a" pos="0"/><bits name="b" pos="2:1"/></reg32></alias>',
+    '<alias name="list"><ptr name="p" type="void"/></alias>',
+    '<alias name="bank"><reg16 name="r" count="COUNT"/></alias>',
     '<instance name="UART0" type="uart" address="0xC0000000"/>',
     '<instance name="NODE" type="node" address="0x20000000"/>')
 
@@ -157,10 +159,12 @@ class Headers(support.Case):
 
     @unittest.skipUnless(compiles("gcc -m32"), "gcc -m32 is missing")
     def test_what_can_not_be_asserted_is_counted(self):
-        root = self.lay_out({"soc.xml": CHIP, "sub/lib.xml": LIBRARY}, "soc.xml")
+        odd = '<reg16 name="r" count="COUNT"><bits name="odd" pos="0"/></reg16></alias>'
+        root = self.lay_out({"soc.xml": CHIP.replace('<reg16 name="r" count="COUNT"/></alias>', odd), "sub/lib.xml": LIBRARY},
+                            "soc.xml")
         check = (self.generate("--chip", root) / "soc_self_check.c").read_text()
         counts = [int(count) for count in re.findall(r"^//     .*: (\d+)$", check, re.MULTILINE)]
-        self.assertEqual(counts, [2, 1, 2, 1, 1, 1])
+        self.assertEqual(counts, [2, 1, 1, 2, 1, 1, 1])
 
     @unittest.skipUnless(compiles("gcc -m32"), "gcc -m32 is missing")
     def test_text_that_could_end_a_string_or_a_comment(self):
@@ -171,6 +175,24 @@ class Headers(support.Case):
         self.assertIn('VELDMAP_ASSERT(VELDMAP_IS(B, 0x0u)', check.read_text())
         self.assertNotIn("\\.", check.read_text())
         self.assertNotRegex(check.read_text(), r'[^\\]\?\?')
+
+
+class Usage(support.Case):
+    def test_build_writes_the_same_on_all_threads(self):
+        root = self.lay_out({"soc.xml": CHIP, "sub/lib.xml": LIBRARY}, "soc.xml")
+        found = []
+        for threads in "1", "4":
+            folders = ["--headers", self.folder / threads / "h", "--vhdl", self.folder / threads / "v"]
+            self.expect(run("build", "--self-check", "--accepted", "-j", threads, "--chip", root, *folders), 0, err=None)
+            found.append(support.files_below(self.folder / threads))
+        self.assertEqual(*found)
+        self.assertEqual({name for name in found[0] if "self_check" in name}, {"h/soc_self_check.c", "v/soc_self_check.vhd"})
+
+    def test_wrong_usage(self):
+        root = self.lay_out({"soc.xml": CHIP, "sub/lib.xml": LIBRARY}, "soc.xml")
+        for words in (["--docs", "d", "--self-check"], ["--headers", "h", "--accepted"]):
+            self.expect(run("build", *words, "--chip", root, folder=self.folder), 2, err=None)
+        self.assertFalse((self.folder / "d").exists() or (self.folder / "h").exists())
 
 
 @unittest.skipUnless(shutil.which("ghdl"), "ghdl is missing")

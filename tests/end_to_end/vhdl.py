@@ -45,12 +45,12 @@ REFUSED = {
         '<var name="BIG" value="0x80000000"/><var name="SMALL" value="BIG-0x7FFFFFFF"/>',
         '<var name="A" value="1"/><var name="a" value="2"/><var name="OF_A" value="a"/><var name="OTHER" value="C"/>',
         '<var name="SHIFT" value="1&lt;&lt;4"><comment>\u20ac<br/>two</comment></var>',
-        '<range name="signal" left="3" right="0"/><range name="span" left="NEXT" right="SHIFT-16"/>',
-        '<module name="m"><reg name="c"><bits name="f" pos="NEXT:0"/><bits name="g" pos="SHIFT"/></reg>',
+        '<range name="signal" left="3" right="0"/><range name="span" left="WIDTH" right="SHIFT-16"/>',
+        '<module name="m"><reg name="c"><bits name="f" pos="WIDTH:0"/><bits name="g" pos="SHIFT"/></reg>',
         '<reg name="r" count="2"/><reg name="C"><bits name="f" pos="6"/></reg></module>',
         '<module name="n"><reg name="c" count="2"><bits name="f" pos="5:4"/></reg></module>',
         '<instance name="M0" type="m" address="0"/>'),
-    "a.xml": archive('<var name="NEXT" value="4"/><var name="C" value="3"/><var name="c" value="4"/>'),
+    "a.xml": archive('<var name="WIDTH" value="4"/><var name="C" value="3"/><var name="c" value="4"/>'),
     "x/a.xml": archive('<var name="FAR" value="1"/>'),
     "entity.xml": archive('<var name="GONE" value="1"/>').replace("<archive>", '<archive vhdlpkg="entity">'),
 }
@@ -229,6 +229,9 @@ class Vhdl(support.Case):
              "the expression has another number in VHDL"),
             ({"a": '<var name="W" value="1&lt;&lt;3"/>', "b": '<var name="W" value="1"/>'}, '<var name="D" value="W"/>',
              "it uses W, which is refused"),
+            ({"a": '<var name="W" value="1&lt;&lt;3"/><var name="V" value="2"/>'},
+             '<range name="r" left="W" right="V"/><var name="U" value="V"/><var name="D" value="U+W"/>',
+             "it uses W, which is refused"),
             ({"a": '<include file="root.xml"/><var name="W" value="8"/>'}, '<var name="D" value="W"/>',
              "it uses W, which is refused"),
         ]
@@ -240,6 +243,7 @@ class Vhdl(support.Case):
                 self.passes(root)
                 self.assertRegex((self.folder / "rtl" / "root_reg_pkg.vhd").read_text(),
                                  rf"--constant D: .* -- refused: {reason}\n")
+                self.assertNotRegex((self.folder / "rtl" / "root_reg_pkg.vhd").read_text(), r"--constant U:")
 
     def test_two_packages_of_one_file(self):
         root = self.lay_out({"soc.xml": archive('<include file="b.xml"/>', '<var name="A" value="1"/>')

@@ -99,6 +99,8 @@ VELDMAP_ASSERT(sizeof(FLAGS_T) == 4u, "flags: size must be 4");
 VELDMAP_ASSERT(VELDMAP_IS(FLAGS_A, 0x1u), "flags.a: FLAGS_A must be 0x1");
 VELDMAP_ASSERT(VELDMAP_IS(FLAGS_B(0xFFFFFFFFu), 0x6u), "flags.b: FLAGS_B(0xFFFFFFFFu) must be 0x6");
 VELDMAP_ASSERT(VELDMAP_IS(FLAGS_B(1u), 0x2u), "flags.b: FLAGS_B(1) must be 0x2");
+VELDMAP_ASSERT(sizeof(LIST_T) == 4u, "list: size must be 4");
+VELDMAP_ASSERT(sizeof(BANK_T) == 6u, "bank: size must be 6");
 
 // ---- sub/lib.h
 VELDMAP_ASSERT(VELDMAP_IS(LIB, 0x2u), "LIB must be 2");

@@ -40,7 +40,7 @@ constant A:                                     integer := 1;
 --two
 --constant SHIFT:                                 integer := 1<<4; -- refused: VHDL can't read the expression
 --subtype signal is                               integer range 3 downto 0; -- refused: the name is reserved or no identifier
---subtype span is                                 integer range NEXT downto SHIFT-16; -- refused: it uses SHIFT, which is refused
+--subtype span is                                 integer range WIDTH downto SHIFT-16; -- refused: it uses SHIFT, which is refused
 
 -- Register definition
 -- Register Map
@@ -55,12 +55,12 @@ constant M_REG_NBA: integer range 1 to 12 := 2;
 
     constant at_C:                              integer := 0;
         -- logical map
---        subtype  l_f is                                 integer range NEXT downto 0; -- refused: it uses NEXT, which is refused
+        subtype  l_f is                                 integer range WIDTH downto 0;
 --        constant l_g:                                   integer := SHIFT; -- refused: it uses SHIFT, which is refused
         -- physical map
---        subtype  p_f is                                 integer range NEXT downto 0; -- refused: it uses NEXT, which is refused
---        constant p_g:                                   integer := NEXT+1; -- refused: it uses NEXT, which is refused
---        subtype range_c is                      integer range NEXT+1 downto 0; -- refused: it uses NEXT, which is refused
+        subtype  p_f is                                 integer range WIDTH downto 0;
+        constant p_g:                                   integer := WIDTH+1;
+        subtype range_c is                      integer range WIDTH+1 downto 0;
 
     constant at_R:                              integer := 1;
         -- logical map
