@@ -63,9 +63,8 @@ void addPages(OutputJobs &jobs, const Plan &plan, const OutputOptions &options)
 {
     for (const ListPages &list : listPagesOf(*plan)) {
         for (qsizetype page = 0; page < list.count; ++page)
-            jobs.push_back(pageJob(options, list.fileOf(page), [plan, append = list.append, page](HtmlText &text) {
-                append(text, *plan, page);
-            }));
+            jobs.push_back(pageJob(options, list.fileOf(page),
+                                   [plan, append = list.append, page](HtmlText &text) { append(text, *plan, page); }));
     }
     for (qsizetype at = 0; at < static_cast<qsizetype>(plan->instances().size()); ++at)
         jobs.push_back(pageJob(options, plan->instances()[static_cast<std::size_t>(at)].file,

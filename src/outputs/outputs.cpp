@@ -11,7 +11,7 @@ namespace {
 struct OutputRow {
     Output output;
     OutputJobs (*jobs)(const VMMemoryMap &map, const VMRootArchive &root, const OutputOptions &options);
-    bool isOfChip; ///< there is none of the software
+    bool isOfChip;        ///< there is none of the software
     bool isOfAll = false; ///< it shows both roots
 };
 constexpr OutputRow kOutputs[] = {

@@ -27,10 +27,10 @@ enum class Output {
 
 /// How an output is written.
 struct OutputOptions {
-    QString directory; ///< for the files, without trailing slash; must exist
-    bool chip = true;  ///< of the chip's root, or else of the software's
-    QString pool;      ///< the directory with the fixed files of a site
-    int threads = 1;   ///< how many make texts at a time; from 1
+    QString directory;   ///< for the files, without trailing slash; must exist
+    bool chip = true;    ///< of the chip's root, or else of the software's
+    QString pool;        ///< the directory with the fixed files of a site
+    int threads = 1;     ///< how many make texts at a time; from 1
     bool single = false; ///< a reference manual as one page, for printing
 
     /// Adds to headers and packages a file of assertions, with which a compiler or simulator checks them:

@@ -29,15 +29,15 @@ constexpr int kBorder = 1;
 constexpr int kNumbersHeight = 15;
 constexpr int kBoxHeight = 34;
 constexpr int kRowGap = 5;
-constexpr int kLetterWidth = 7;   // of a name
+constexpr int kLetterWidth = 7;    // of a name
 constexpr int kLongestTurned = 18; // letters of a name that stands upright
 
 /// Neighbouring bits of one row that the same field covers, or none.
 struct Cell {
     int highest;
     int lowest;
-    int field;       ///< the first that covers it; -1 in a gap
-    int other = -1;  ///< a second one that does
+    int field;      ///< the first that covers it; -1 in a gap
+    int other = -1; ///< a second one that does
     int width() const { return (highest - lowest + 1) * kBitWidth; }
 };
 
@@ -169,8 +169,8 @@ private:
         const VMBitField &field = fieldOf(cell);
         QStringView name = field.getName();
         const int middle = left + cell.width() / 2;
-        m_text.put("<a href=\"#"_L1, fragmentOf(m_ids[static_cast<std::size_t>(cell.field)]), "\"><text x=\""_L1, middle,
-                   "\" y=\""_L1);
+        m_text.put("<a href=\"#"_L1, fragmentOf(m_ids[static_cast<std::size_t>(cell.field)]), "\"><text x=\""_L1,
+                   middle, "\" y=\""_L1);
         if (fits(name.size(), cell)) {
             m_text.put(top + (height - 16) / 2 + 5, "\">"_L1, name);
         } else {

@@ -39,22 +39,21 @@ constexpr qint64 kMembersOfLong = 4;
 /// What a member or an instance is, in a word or two.
 QString kindWords(const VMXMLElement &element)
 {
-    return visit(element, Overloads{[](const VMPointer &pointer) -> QString { return "pointer to "_L1 + pointer.pointedType; },
-                                    [](const VMValuable &valuable) -> QString {
-                                        const QString word = valuable.getTypeString();
-                                        return word.startsWith("Reg"_L1) && valuable.typedefName.isEmpty()
-                                                   ? u"register"_s
-                                                   : word;
-                                    },
-                                    [](const VMMemory &) -> QString { return u"memory"_s; },
-                                    [](const VMHole &) -> QString { return u"gap"_s; },
-                                    [](const VMStruct &structure) -> QString {
-                                        return structure.typedefName.isEmpty()
-                                                   ? u"structure"_s
-                                                   : (structure.isTypedef ? "structure "_L1 : "module "_L1) +
-                                                         structure.typedefName;
-                                    },
-                                    [](const VMXMLElement &other) -> QString { return other.getTypeString(); }});
+    return visit(
+        element,
+        Overloads{[](const VMPointer &pointer) -> QString { return "pointer to "_L1 + pointer.pointedType; },
+                  [](const VMValuable &valuable) -> QString {
+                      const QString word = valuable.getTypeString();
+                      return word.startsWith("Reg"_L1) && valuable.typedefName.isEmpty() ? u"register"_s : word;
+                  },
+                  [](const VMMemory &) -> QString { return u"memory"_s; },
+                  [](const VMHole &) -> QString { return u"gap"_s; },
+                  [](const VMStruct &structure) -> QString {
+                      return structure.typedefName.isEmpty()
+                                 ? u"structure"_s
+                                 : (structure.isTypedef ? "structure "_L1 : "module "_L1) + structure.typedefName;
+                  },
+                  [](const VMXMLElement &other) -> QString { return other.getTypeString(); }});
 }
 
 /// \a count with \a noun, which gets an "s" behind it where that is due.
@@ -69,7 +68,9 @@ public:
         : m_text(text), m_chapter(chapter), m_plan(chapter.plan), m_ids(ids),
           m_macros(chapter.type ? chapter.type->element->getTypeString() : chapter.element.getTypeString()),
           m_base(chapter.instance ? chapter.element.getBaseAddress() : 0),
-          m_prefix(chapter.isAlone ? QByteArray() : chapter.instance ? chapter.instance->id : chapter.type->id),
+          m_prefix(chapter.isAlone    ? QByteArray()
+                   : chapter.instance ? chapter.instance->id
+                                      : chapter.type->id),
           m_rows(rowsOf(chapter.element, m_prefix, ids))
     {
     }
@@ -102,10 +103,7 @@ private:
     }
 
     // The names are those of headers/instance_macros.cpp.
-    QString pointerName() const
-    {
-        return (isHardware() ? "hwp_"_L1 : "p_"_L1) + m_chapter.element.getCInstanceName();
-    }
+    QString pointerName() const { return (isHardware() ? "hwp_"_L1 : "p_"_L1) + m_chapter.element.getCInstanceName(); }
     QString baseName() const { return "REG_"_L1 + m_chapter.element.getName().toUpper() + "_BASE"_L1; }
 
     /// What the scripts make paths of.
@@ -122,16 +120,11 @@ private:
             m_text.put(" data-asm=\"\""_L1);
     }
 
-    void openHeading(int level)
-    {
-        m_text.put("<h"_L1, qMin(level + (m_chapter.isAlone ? 1 : 2), 6), ">"_L1);
-    }
-    void closeHeading(int level)
-    {
-        m_text.put("</h"_L1, qMin(level + (m_chapter.isAlone ? 1 : 2), 6), ">\n"_L1);
-    }
+    void openHeading(int level) { m_text.put("<h"_L1, qMin(level + (m_chapter.isAlone ? 1 : 2), 6), ">"_L1); }
+    void closeHeading(int level) { m_text.put("</h"_L1, qMin(level + (m_chapter.isAlone ? 1 : 2), 6), ">\n"_L1); }
 
-    // The head ---------------------------------------------------------------------------------------------------------
+    // The head
+    // ---------------------------------------------------------------------------------------------------------
 
     void writeHead()
     {
@@ -239,14 +232,16 @@ private:
         }
     }
 
-    // The table of the registers ---------------------------------------------------------------------------------------
+    // The table of the registers
+    // ---------------------------------------------------------------------------------------
 
     void writeContents()
     {
         m_text.put(m_chapter.isAlone ? "<nav class=\"contents\" aria-label=\"Registers\">"_L1
                                      : "<div class=\"contents\">"_L1);
-        m_text.put("<table>\n<thead><tr><th scope=\"col\">Offset</th><th scope=\"col\">Name</th><th scope=\"col\">Bits</th>"
-                   "<th scope=\"col\">Access</th><th scope=\"col\">Reset</th></tr></thead>\n<tbody>\n"_L1);
+        m_text.put(
+            "<table>\n<thead><tr><th scope=\"col\">Offset</th><th scope=\"col\">Name</th><th scope=\"col\">Bits</th>"
+            "<th scope=\"col\">Access</th><th scope=\"col\">Reset</th></tr></thead>\n<tbody>\n"_L1);
         const int digits = static_cast<quint32>(m_chapter.element.sizeOf()) > 0x1000 ? 4 : 3;
         for (const PageRow &row : m_rows) {
             if (row.id.isEmpty())
@@ -274,8 +269,7 @@ private:
             return;
         }
         m_text.put("<td>"_L1, valuable->getBitSize(), "</td><td>"_L1, valuable->readable ? "r"_L1 : ""_L1,
-                   valuable->writable ? "w"_L1 : ""_L1, "</td><td>"_L1,
-                   resetText(*valuable), "</td>"_L1);
+                   valuable->writable ? "w"_L1 : ""_L1, "</td><td>"_L1, resetText(*valuable), "</td>"_L1);
     }
 
     void writeOwnName(const PageRow &row)
@@ -292,7 +286,8 @@ private:
         return own.isEmpty() && row.array ? row.array->getComment() : own;
     }
 
-    // Sections ---------------------------------------------------------------------------------------------------------
+    // Sections
+    // ---------------------------------------------------------------------------------------------------------
 
     void openSection(const PageRow &row, QLatin1StringView kind)
     {
@@ -471,8 +466,7 @@ private:
     void writeKind(const VMValuable &valuable)
     {
         const auto *pointer = elementCast<VMPointer>(&valuable);
-        const SiteType *type =
-            m_plan.typeNamed(pointer ? pointer->pointedType : valuable.typedefName, isOfChip());
+        const SiteType *type = m_plan.typeNamed(pointer ? pointer->pointedType : valuable.typedefName, isOfChip());
         if (!type || (!pointer && type == m_chapter.type)) {
             m_text.put(kindWords(valuable));
             return;
@@ -555,6 +549,8 @@ private:
         m_text.put("<p class=\"array\">Group <b>"_L1, group.name, "</b>:"_L1);
         for (const VMBitField *field : group)
             m_text.put(field == group.first() ? " "_L1 : ", "_L1, field->getName());
+        if (const FieldMacros::OfField macros = m_macros.take(group); !macros.value.isEmpty())
+            m_text.put("; in C <code>"_L1, QString::fromUtf8(macros.value), "</code>"_L1);
         m_text.put("</p>\n"_L1);
     }
 

@@ -27,10 +27,10 @@ struct HarmlessTag {
     Place place;
 };
 constexpr HarmlessTag kHarmless[] = {
-    {"b"_L1, Place::Phrase},      {"i"_L1, Place::Phrase},    {"u"_L1, Place::Phrase},    {"s"_L1, Place::Phrase},
-    {"em"_L1, Place::Phrase},     {"code"_L1, Place::Phrase}, {"sub"_L1, Place::Phrase},  {"sup"_L1, Place::Phrase},
+    {"b"_L1, Place::Phrase},      {"i"_L1, Place::Phrase},    {"u"_L1, Place::Phrase},     {"s"_L1, Place::Phrase},
+    {"em"_L1, Place::Phrase},     {"code"_L1, Place::Phrase}, {"sub"_L1, Place::Phrase},   {"sup"_L1, Place::Phrase},
     {"strong"_L1, Place::Phrase}, {"kbd"_L1, Place::Phrase},  {"small"_L1, Place::Phrase}, {"var"_L1, Place::Phrase},
-    {"br"_L1, Place::Void},       {"p"_L1, Place::Block},     {"ul"_L1, Place::List},     {"ol"_L1, Place::List},
+    {"br"_L1, Place::Void},       {"p"_L1, Place::Block},     {"ul"_L1, Place::List},      {"ol"_L1, Place::List},
     {"li"_L1, Place::Item},
 };
 
@@ -80,7 +80,7 @@ Entity entityAt(QStringView text)
         QLatin1StringView entity;
         char16_t character;
     };
-    constexpr Row kRows[] = {{"&lt;"_L1, u'<'},   {"&gt;"_L1, u'>'},   {"&amp;"_L1, u'&'},
+    constexpr Row kRows[] = {{"&lt;"_L1, u'<'},   {"&gt;"_L1, u'>'},    {"&amp;"_L1, u'&'},
                              {"&quot;"_L1, u'"'}, {"&apos;"_L1, u'\''}, {"&#xd;"_L1, u' '}};
     const auto row = std::ranges::find_if(kRows, [&](const Row &it) { return text.startsWith(it.entity); });
     return row == std::end(kRows) ? Entity() : Entity{row->character, row->entity.size()};

@@ -13,13 +13,8 @@ FieldMacros::OfField FieldMacros::take(const VMBitField &field)
     const int shift = field.downPos;
     const VMBitFieldOptions &options = field.options;
     OfField macros;
-    if (options.hasDefault || options.optionList.isEmpty()) {
-        const bool hasParameter = field.getBitSize() > 1;
-        macros.value =
-            define(name, hasParameter ? Meaning{mask, shift, true} : Meaning{shiftLeft(mask, shift), 0, false});
-        if (hasParameter && !macros.value.isEmpty())
-            macros.value += "(n)";
-    }
+    if (options.hasDefault || options.optionList.isEmpty())
+        macros.value = defineValue(name, field.getBitSize(), mask, shift);
     if (options.hasMask)
         macros.mask = define(name + "_MASK", {shiftLeft(mask, shift), 0, false});
     if (options.hasShift)
@@ -28,6 +23,27 @@ FieldMacros::OfField FieldMacros::take(const VMBitField &field)
         macros.options.push_back(define(name + '_' + option.name.toUpper().toUtf8(),
                                         {shiftLeft(static_cast<quint32>(option.value), shift), 0, false}));
     return macros;
+}
+
+FieldMacros::OfField FieldMacros::take(const VMBitGroup &group)
+{
+    const QByteArray name = m_prefix + group.name.toUpper().toUtf8();
+    const quint32 mask = group.getFullValueShifted();
+    const int shift = group.getShift();
+    OfField macros;
+    macros.value = defineValue(name, group.getTotalBits(), mask, shift);
+    macros.mask = define(name + "_MASK", {shiftLeft(mask, shift), 0, false});
+    macros.shift = define(name + "_SHIFT", {static_cast<quint32>(shift), 0, false});
+    return macros;
+}
+
+/// The macro that puts a value in its place, as it is written; a single bit needs no parameter.
+QByteArray FieldMacros::defineValue(const QByteArray &name, int width, quint32 mask, int shift)
+{
+    if (width <= 1)
+        return define(name, {shiftLeft(mask, shift), 0, false});
+    const QByteArray macro = define(name, {mask, shift, true});
+    return macro.isEmpty() ? macro : macro + "(n)";
 }
 
 /// The name, if it stands for \a meaning in a header.

@@ -6,6 +6,7 @@
 #include <QHash>
 
 class VMBitField;
+class VMBitGroup;
 struct VMBitFieldOption;
 
 namespace veldmap {
@@ -25,8 +26,10 @@ public:
         std::vector<QByteArray> options; ///< in order
     };
 
-    /// The macros of \a field. Fields are to be asked for in the order of the page.
+    /// The macros of \a field, or of a group of fields. They are to be asked for in the order of the page, the groups
+    /// of a register behind its fields.
     OfField take(const VMBitField &field);
+    OfField take(const VMBitGroup &group);
 
 private:
     /// What a macro stands for. Two of a name are as good as one when they are equal.
@@ -38,6 +41,7 @@ private:
     };
 
     QByteArray define(const QByteArray &name, Meaning meaning);
+    QByteArray defineValue(const QByteArray &name, int width, quint32 mask, int shift);
 
     QByteArray m_prefix;
     QHash<QByteArray, Meaning> m_known;

@@ -108,7 +108,8 @@ void appendRegion(HtmlText &text, const SitePlan &plan, const Region &region, qi
 
 void appendGap(HtmlText &text, qint64 begin, qint64 bytes)
 {
-    text.put("<li class=\"gap s"_L1, stepOf(bytes), "\"><code>0x"_L1, Hex{quint32(begin), 8}, "</code><i>unused</i><span>"_L1);
+    text.put("<li class=\"gap s"_L1, stepOf(bytes), "\"><code>0x"_L1, Hex{quint32(begin), 8},
+             "</code><i>unused</i><span>"_L1);
     appendBytes(text, bytes);
     text.put("</span></li>\n"_L1);
 }

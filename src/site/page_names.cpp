@@ -30,7 +30,8 @@ bool isDevice(const QString &lower)
 QString safeName(const QString &wanted)
 {
     QString name = wanted.left(kLongestName);
-    std::ranges::replace_if(name, [](QChar c) { return !isPlain(c); }, u'_');
+    std::ranges::replace_if(
+        name, [](QChar c) { return !isPlain(c); }, u'_');
     if (name.isEmpty() || name.startsWith(u'.') || name.startsWith(u'-') || isDevice(name.toLower()))
         name.prepend(u'_');
     return name;

@@ -98,8 +98,7 @@ private:
         QByteArray asmPrefix = parent.asmPrefix;
         if (row.isRepeated() && !asmPrefix.endsWith('_'))
             asmPrefix += '_';
-        const Site site = {row.id,           row.path,        row.offset, asmPrefix + asmPiece(row),
-                           parent.level + 1, row.repetitions};
+        const Site site = {row.id, row.path, row.offset, asmPrefix + asmPiece(row), parent.level + 1, row.repetitions};
         m_rows.push_back(std::move(row));
         collectMembers(structure, site);
     }

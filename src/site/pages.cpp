@@ -1,7 +1,7 @@
 #include "site/pages.h"
 
-#include "model/archive.h"
 #include "model/aggregates.h"
+#include "model/archive.h"
 #include "site/bit_diagram.h"
 #include "site/chapter.h"
 #include "site/comment_html.h"
@@ -48,8 +48,8 @@ void appendPager(HtmlText &text, QLatin1StringView stem, qsizetype page, qsizety
         return;
     text.put("<nav class=\"pager\" aria-label=\"Parts of the list\"><ul>"_L1);
     for (qsizetype at = 0; at < pages; ++at) {
-        text.put("<li><a href=\""_L1, fileOfPage(stem, at), at == page ? "\" aria-current=\"page\">"_L1 : "\">"_L1, at + 1,
-                 "</a></li>"_L1);
+        text.put("<li><a href=\""_L1, fileOfPage(stem, at), at == page ? "\" aria-current=\"page\">"_L1 : "\">"_L1,
+                 at + 1, "</a></li>"_L1);
     }
     text.put("</ul></nav>\n"_L1);
 }
@@ -75,7 +75,8 @@ void appendInstances(HtmlText &text, const SitePlan &plan, qsizetype begin, qsiz
     for (qsizetype at = begin; at < end; ++at) {
         const SiteInstance &instance = plan.instances()[static_cast<std::size_t>(at)];
         const VMXMLElement &element = *instance.element;
-        text.put("<tr><td><code>0x"_L1, Hex{element.getBaseAddress(), 8}, "</code></td><th scope=\"row\"><a href=\""_L1);
+        text.put("<tr><td><code>0x"_L1, Hex{element.getBaseAddress(), 8},
+                 "</code></td><th scope=\"row\"><a href=\""_L1);
         appendLink(text, instance, isAlone);
         text.put("\">"_L1, element.getName(), "</a></th><td>"_L1);
         appendSize(text, element);
@@ -110,7 +111,8 @@ void appendMapOf(HtmlText &text, const SitePlan &plan, bool isAlone)
 void appendIndexPage(HtmlText &text, const SitePlan &plan, qsizetype page)
 {
     const auto count = static_cast<qsizetype>(plan.instances().size());
-    openFrame(text, plan, Frame::Page, page == 0 ? QString() : "Instances, part "_L1 + QString::number(page + 1), kIndex);
+    openFrame(text, plan, Frame::Page, page == 0 ? QString() : "Instances, part "_L1 + QString::number(page + 1),
+              kIndex);
     text.put("<main id=\"-main\" class=\"start\">\n"_L1);
     if (page == 0) {
         appendStart(text, plan);
@@ -139,8 +141,9 @@ void appendTypes(HtmlText &text, const SitePlan &plan, qsizetype begin, qsizetyp
     for (qsizetype at = begin; at < end; ++at) {
         const SiteType &type = plan.types()[static_cast<std::size_t>(at)];
         const auto *structure = elementCast<VMStruct>(type.element);
-        text.put("<tr><th scope=\"row\"><a href=\""_L1, type.file, "\">"_L1, type.element->typedefName, "</a></th><td>"_L1,
-                 !structure ? "register or value"_L1
+        text.put("<tr><th scope=\"row\"><a href=\""_L1, type.file, "\">"_L1, type.element->typedefName,
+                 "</a></th><td>"_L1,
+                 !structure             ? "register or value"_L1
                  : structure->isTypedef ? "structure"_L1
                                         : "module"_L1,
                  "</td><td>"_L1);
@@ -168,14 +171,15 @@ void appendTypesPage(HtmlText &text, const SitePlan &plan, qsizetype page)
 
 void appendNumber(HtmlText &text, int value)
 {
-    text.put("<td class=\"number\">"_L1, value, "</td><td><code>0x"_L1, Hex{static_cast<quint32>(value)}, "</code></td>"_L1);
+    text.put("<td class=\"number\">"_L1, value, "</td><td><code>0x"_L1, Hex{static_cast<quint32>(value)},
+             "</code></td>"_L1);
 }
 
 void appendEnum(HtmlText &text, const SitePlan &plan, const VMEnum &enumeration, PageIds &ids, int level)
 {
     const QByteArray id = ids.take({}, enumeration.name);
-    text.put("<section id=\""_L1, id, "\" class=\"constants\">\n<h"_L1, level, "><a href=\"#"_L1, fragmentOf(id), "\">"_L1,
-             enumeration.name, "</a></h"_L1, level, ">\n<p class=\"facts\">"_L1);
+    text.put("<section id=\""_L1, id, "\" class=\"constants\">\n<h"_L1, level, "><a href=\"#"_L1, fragmentOf(id),
+             "\">"_L1, enumeration.name, "</a></h"_L1, level, ">\n<p class=\"facts\">"_L1);
     appendSource(text, plan, enumeration.source);
     text.put("</p>\n"_L1);
     if (!enumeration.comment.isEmpty()) {
@@ -257,8 +261,9 @@ void appendVariable(HtmlText &text, const SitePlan &plan, const VMIntVar &variab
              "</a></th>"_L1);
     if (variable.isRange)
         text.put("<td class=\"number\">"_L1, variable.leftValue,
-                 variable.dir == VMIntVar::up ? " to "_L1 : " down to "_L1, variable.rightValue, "</td><td></td><td><code>"_L1,
-                 variable.leftExpression, " : "_L1, variable.rightExpression, "</code></td>"_L1);
+                 variable.dir == VMIntVar::up ? " to "_L1 : " down to "_L1, variable.rightValue,
+                 "</td><td></td><td><code>"_L1, variable.leftExpression, " : "_L1, variable.rightExpression,
+                 "</code></td>"_L1);
     else {
         appendNumber(text, variable.leftValue);
         text.put("<td><code>"_L1, variable.leftExpression, "</code></td>"_L1);
@@ -275,8 +280,8 @@ void appendVariables(HtmlText &text, const SitePlan &plan, const QList<Variable>
 {
     for (qsizetype at = begin; at < end;) {
         const SiteArchive *archive = variables[at].archive;
-        text.put("<section class=\"constants\">\n<h"_L1, level, ">"_L1, archive->archive->relativeFileName, "</h"_L1, level,
-                 ">\n"_L1);
+        text.put("<section class=\"constants\">\n<h"_L1, level, ">"_L1, archive->archive->relativeFileName, "</h"_L1,
+                 level, ">\n"_L1);
         openTable(text, "values"_L1,
                   {"Name"_L1, "Value"_L1, "Hexadecimal"_L1, "Expression"_L1, "Description"_L1, "Source"_L1});
         for (; at < end && variables[at].archive == archive; ++at)
@@ -293,7 +298,8 @@ void appendVariablesPage(HtmlText &text, const SitePlan &plan, qsizetype page)
     openFrame(text, plan, Frame::Page, u"Variables"_s, kVariables);
     text.put("<main id=\"-main\" class=\"plain\">\n<h1>Variables</h1>\n"_L1);
     appendPager(text, kVariables, page, pagesFor(variables.size()));
-    appendVariables(text, plan, variables, page * kRowsOfPage, qMin(variables.size(), (page + 1) * kRowsOfPage), ids, 2);
+    appendVariables(text, plan, variables, page * kRowsOfPage, qMin(variables.size(), (page + 1) * kRowsOfPage), ids,
+                    2);
     text.put("</main>"_L1);
     closeFrame(text, Frame::Page);
 }

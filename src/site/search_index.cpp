@@ -21,7 +21,8 @@ using namespace Qt::StringLiterals;
 //     level<tab>h                              h 16 bits, b 8 bits, sN another size in bytes, mN memory of N bytes
 //     }
 //
-// All numbers but counts are hexadecimal. Names are pieces of ids, and what has a meaning here is written as in addresses.
+// All numbers but counts are hexadecimal. Names are pieces of ids, and what has a meaning here is written as in
+// addresses.
 
 namespace veldmap {
 
@@ -207,14 +208,15 @@ private:
 template <typename Listener>
 void forEachLine(const VMXMLElement &element, const VMArray *array, Listener &listener)
 {
-    visit(element, Overloads{[&](const VMStruct &structure) {
-                                 listener(&structure, array);
-                                 for (const auto &member : structure.memberList)
-                                     forEachLine(*member, nullptr, listener);
-                                 listener(nullptr, nullptr);
-                             },
-                             [&](const VMArray &inner) { forEachLine(*inner.prototype, array ? array : &inner, listener); },
-                             [&](const VMHole &) {}, [&](const VMXMLElement &other) { listener(&other, array); }});
+    visit(element,
+          Overloads{[&](const VMStruct &structure) {
+                        listener(&structure, array);
+                        for (const auto &member : structure.memberList)
+                            forEachLine(*member, nullptr, listener);
+                        listener(nullptr, nullptr);
+                    },
+                    [&](const VMArray &inner) { forEachLine(*inner.prototype, array ? array : &inner, listener); },
+                    [&](const VMHole &) {}, [&](const VMXMLElement &other) { listener(&other, array); }});
 }
 
 /// The same for a whole type, whose first line is its own.

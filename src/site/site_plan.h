@@ -33,10 +33,10 @@ struct SiteType {
     const VMXMLElement *element;
     const VMXMLArchive *archive;
     bool isChip;
-    bool hasAsm = false;            ///< its addresses stand in an assembly header
+    bool hasAsm = false;             ///< its addresses stand in an assembly header
     QString file = {};               ///< of its page; of the instance's, if there is exactly one
     QByteArray id = {};              ///< of its chapter where one page holds all
-    bool hasPage = false;           ///< of its own
+    bool hasPage = false;            ///< of its own
     QList<qsizetype> instances = {}; ///< in SitePlan::instances
     QList<qsizetype> users = {};     ///< types that have members of this one
 };

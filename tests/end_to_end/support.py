@@ -36,7 +36,7 @@ class Run(NamedTuple):
 
 
 # The commands that tell what lint finds. The descriptions of most tests are full of it, and it is not what they ask.
-LINTED = {"check", "headers", "vhdl", "docs", "build"}
+LINTED = {"check", "headers", "vhdl", "docs", "site", "build"}
 
 
 def run(*arguments, give_up=300, environment=None, program=None, folder=None):

@@ -372,19 +372,25 @@ class Search {
             found.push({word, lines: lines || new Map()});
         }
         // A word may stand in the description or in the path; the rarest one that descriptions have leads.
-        const leading = found.filter(({lines}) => lines.size).sort((a, b) => a.lines.size - b.lines.size)[0];
-        if (!leading) return;
-        const others = found.filter(it => it !== leading);
-        const inAll = line => others.filter(({lines}) => lines.has(line)).length;
-        const sorted = [...leading.lines].map(([line, isWhole]) => [line, isWhole, inAll(line)])
+        const leading = found.filter(({lines}) => lines.size).sort((a, b) => a.lines.size - b.lines.size);
+        for (const first of leading) {
+            if (await this.addLines(first.lines, found.filter(it => it !== first), words)) return;
+        }
+    }
+
+    /** Adds lines of which the other words are in the description or in the path; true when some are, or it is over. */
+    async addLines(lines, others, words) {
+        const inLine = line => others.filter(({lines}) => lines.has(line)).length;
+        const sorted = [...lines].map(([line, isWhole]) => [line, isWhole, inLine(line)])
             .sort((a, b) => b[2] - a[2] || b[1] - a[1] || a[0] - b[0]);
         let shown = 0, tried = 0;
         for (const [line, isWhole] of sorted) {
             if (shown >= MOST_HITS || ++tried > MOST_LINES) { this.more = true; break; }
             const inPath = others.filter(({lines}) => !lines.has(line)).map(({word}) => word);
             if (await this.addLine(line, isWhole ? 2.5 : 3.5, words, inPath)) ++shown;
-            if (await this.pause()) return;
+            if (await this.pause()) return true;
         }
+        return shown > 0;
     }
 
     /** Adds what a line describes; false when other words of the search are not in its path. */

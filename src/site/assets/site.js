@@ -445,8 +445,8 @@ function openDecoder(section, given) {
         const bit = bits - 1 - at;
         const field = fields.find(({down, up}) => down <= bit && bit <= up);
         const digit = make("span");
-        const button = make("button", {type: "button", "aria-label": `Bit ${bit}` + (field ? ", " + field.name : ""), title: field ? field.name : ""},
-                            make("small", {"aria-hidden": "true"}, String(bit)), digit);
+        const button = make("button", {type: "button", title: field ? field.name : ""}, make("span", {className: "hidden"}, "Bit "),
+                            make("small", {}, String(bit)), make("span", {className: "hidden"}, (field ? ", " + field.name : "") + ": "), digit);
         button.addEventListener("click", () => show(word ^ 1 << bit));
         return {button, digit, bit};
     });
@@ -540,6 +540,10 @@ document.addEventListener("keydown", event => {
     if (event.key === "Escape") closeMenu(true);
 });
 addEventListener("hashchange", arrive);
-if (location.hash) arrive();
+if (location.hash) {
+    arrive();
+    // The browser scrolls by itself when all is there, to what it knows under the name.
+    addEventListener("load", () => setTimeout(arrive), {once: true});
+}
 
 })();
