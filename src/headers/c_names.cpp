@@ -1,6 +1,7 @@
 #include "headers/c_names.h"
 
 #include "model/kinds.h"
+#include "text/text_buffer.h"
 
 #include <algorithm>
 
@@ -46,24 +47,26 @@ QString convertCommentToCComment(const QString &comment, int width, int indent)
     if (width - 4 * indent + 3 <= 39)
         width = 4 * indent + 43;
 
-    QString result = prefix;
+    veldmap::TextBuffer result;
+    result.append(QStringView(prefix));
     qsizetype column = firstColumn;
     for (qsizetype at = 0; at < text.size();) {
         const auto blank = std::find_if(text.cbegin() + at, text.cend(), [](QChar c) { return c.isSpace(); });
         const QStringView word(text.constData() + at, blank - text.cbegin() - at);
-        result += word;
+        result.append(word);
         if (blank == text.cend())
-            return result;
+            return result.text();
         if (column + word.size() >= width || *blank == u'\n') {
-            result += u'\n' + prefix;
+            result.append(u'\n');
+            result.append(QStringView(prefix));
             column = firstColumn;
         } else {
-            result += *blank;
+            result.append(blank->unicode());
             column += word.size() + 1;
         }
         at += word.size() + 1;
     }
-    return result;
+    return result.text();
 }
 
 QString ESDRConvert(const QString &name)
