@@ -181,16 +181,18 @@ void addSelfCheck(CLI::App &command, Arguments &arguments, const std::string &he
     command.add_flag("--self-check", arguments.selfCheck, help);
 }
 
-/// What is written beside the headers of the files.
-void addExtraHeaders(CLI::App &command, Arguments &arguments, CLI::Option *directory)
+/// What is written beside the headers of the files. Where headers are not always asked for, \a directory does so.
+void addExtraHeaders(CLI::App &command, Arguments &arguments, CLI::Option *directory = nullptr)
 {
     for (CLI::Option *option : {
              command.add_flag("--types", arguments.types, "also write veldmap/types.h, the words that headers use"),
              command.add_flag("--accessors", arguments.accessors,
                               "also write functions that read and compose registers"),
              command.add_flag("--globals", arguments.globals, "also write globals.h, the global variables"),
-         })
-        option->needs(directory);
+         }) {
+        if (directory)
+            option->needs(directory);
+    }
 }
 
 CLI::Option *addAccepted(CLI::App &command, Arguments &arguments)
@@ -224,7 +226,7 @@ Command addHeaders(CLI::App &app, Arguments &arguments)
                       "leave headers alone that are newer than all that was read for them");
     addSelfCheck(*command, arguments,
                  "write SOC_self_check.c too, which compiles when the headers say what the tree does");
-    addExtraHeaders(*command, arguments, command->get_option("--output"));
+    addExtraHeaders(*command, arguments);
     addOutputOptions(*command, arguments.output);
     addLintOptions(*command, arguments.lint);
     command->footer("With both roots the headers lie below DIR/chip and DIR/soft.\n\n"

@@ -9,6 +9,6 @@ using namespace Qt::StringLiterals;
 
 inline constexpr Rule accessorNameTaken = {
     "accessor-name-taken"_L1, Severity::Warning,
-    u"Type '%1': %2 %3 without accessors, as another has their names; the first is %4", u"rename it"};
+    u"Type '%1': registers and fields without accessors, as their names are taken: %2; the first is %3", u"rename it"};
 
 } // namespace veldmap::rules

@@ -263,9 +263,7 @@ public:
     {
         if (m_leftOut > 0)
             findings += Finding(rules::accessorNameTaken, m_type.source.place(),
-                                {m_type.typedefName, QString::number(m_leftOut),
-                                 m_leftOut == 1 ? u"register or field stands"_s : u"registers and fields stand"_s,
-                                 m_firstLeftOut});
+                                {m_type.typedefName, QString::number(m_leftOut), m_firstLeftOut});
     }
 
 private:
