@@ -28,6 +28,7 @@ constexpr int kBitWidth = 40; // of 642 units, which are pixels on a wide page
 constexpr int kBorder = 1;
 constexpr int kNumbersHeight = 15;
 constexpr int kBoxHeight = 34;
+constexpr int kEmptyBoxHeight = 16; // of a row without fields
 constexpr int kRowGap = 5;
 constexpr int kLetterWidth = 7;    // of a name
 constexpr int kLongestTurned = 18; // letters of a name that stands upright
@@ -117,8 +118,9 @@ private:
 
     int boxHeightOf(const Cells &cells) const
     {
-        int height = kBoxHeight;
+        int height = kEmptyBoxHeight;
         for (const Cell &cell : cells) {
+            height = cell.field < 0 ? height : qMax(height, kBoxHeight);
             if (cell.field < 0 || fits(fieldOf(cell).getName().size(), cell))
                 continue;
             const int letters = static_cast<int>(qMin<qsizetype>(fieldOf(cell).getName().size(), kLongestTurned));
