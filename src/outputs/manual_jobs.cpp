@@ -80,8 +80,8 @@ void addPages(OutputJobs &jobs, const Plan &plan, const OutputOptions &options)
 void addSearch(OutputJobs &jobs, const Plan &plan, const OutputOptions &options)
 {
     const auto index = std::make_shared<const SearchIndex>(*plan);
-    const auto pathOf = [&options](const QString &kind, qsizetype number) {
-        return u"%1/search/%2-%3.js"_s.arg(options.directory, kind, QString::number(number));
+    const auto pathOf = [directory = options.directory](const QString &kind, qsizetype number) {
+        return u"%1/search/%2-%3.js"_s.arg(directory, kind, QString::number(number));
     };
     const auto add = [&](const QString &path, const auto &make) {
         OutputJob job;
@@ -98,18 +98,20 @@ void addSearch(OutputJobs &jobs, const Plan &plan, const OutputOptions &options)
             return texts;
         });
     };
-    const QString wordsStem = u"%1/search/words-"_s.arg(options.directory);
-    add(pathOf(u"words"_s, 0), [index, wordsStem] {
+    add(pathOf(u"texts"_s, 0), [index, pathOf] {
         JobTexts texts;
-        for (qsizetype at = 0; const QByteArray &script : index->wordsScripts())
-            texts.files.push_back({wordsStem + QString::number(at++) + ".js"_L1, script, {}});
+        const auto take = [&](const QString &kind, const std::vector<QByteArray> &scripts) {
+            for (qsizetype at = 0; const QByteArray &script : scripts)
+                texts.files.push_back({pathOf(kind, at++), script, {}});
+        };
+        const SearchIndex::Descriptions made = index->descriptions();
+        take(u"texts"_s, made.texts);
+        take(u"words"_s, made.words);
         return texts;
     });
     addPiece(pathOf(u"main"_s, 0), [index] { return index->mainScript(); });
     for (qsizetype piece = 0; piece < index->namesPieces(); ++piece)
         addPiece(pathOf(u"names"_s, piece), [index, piece] { return index->namesScript(piece); });
-    for (qsizetype piece = 0; piece < index->textsPieces(); ++piece)
-        addPiece(pathOf(u"texts"_s, piece), [index, piece] { return index->textsScript(piece); });
 }
 
 } // namespace

@@ -71,7 +71,7 @@ public:
           m_prefix(chapter.isAlone    ? QByteArray()
                    : chapter.instance ? chapter.instance->id
                                       : chapter.type->id),
-          m_rows(rowsOf(chapter.element, m_prefix, ids))
+          m_rows(rowsOf(chapter.element, m_prefix, ids, chapter.instance && chapter.type && chapter.type->hasAsm))
     {
     }
 

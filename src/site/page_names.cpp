@@ -61,7 +61,14 @@ QByteArray PageIds::take(QByteArrayView parent, const QString &name)
     if (!parent.isEmpty())
         id.append('.');
     const qsizetype begin = id.size();
-    id.append(name.toUtf8());
+    for (const QChar c : name) {
+        if (c.unicode() >= 0x80) {
+            id.truncate(begin);
+            id.append(name.toUtf8());
+            break;
+        }
+        id.append(static_cast<char>(c.unicode()));
+    }
     if (id.size() == begin)
         id.append('_');
     for (qsizetype at = begin; at < id.size(); ++at) {

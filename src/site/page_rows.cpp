@@ -3,6 +3,8 @@
 #include "model/visit.h"
 #include "text/bit_arithmetic.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace veldmap {
@@ -23,7 +25,7 @@ QByteArray asmPiece(const PageRow &row)
 
 class RowCollector {
 public:
-    RowCollector(PageIds &ids, PageRows &rows) : m_ids(ids), m_rows(rows) {}
+    RowCollector(PageIds &ids, PageRows &rows, bool hasAsm) : m_ids(ids), m_rows(rows), m_hasAsm(hasAsm) {}
 
     /// Where an element stands on the page.
     struct Site {
@@ -88,31 +90,36 @@ private:
             name += u'[' + QString(QChar::fromLatin1(row.repetitions[at].letter)) + u']';
         row.id = m_ids.take(parent.id, name);
         row.path = parent.path.isEmpty() ? name : parent.path + u'.' + name;
-        row.asmName = parent.asmPrefix + '_' + asmPiece(row);
+        if (m_hasAsm)
+            row.asmName = parent.asmPrefix + '_' + asmPiece(row);
     }
 
     void collectStruct(const VMStruct &structure, PageRow &row, const Site &parent)
     {
         nameRow(row, parent);
-        // A structure adds its name to the prefix as it is, and the members of an array one with an underscore.
-        QByteArray asmPrefix = parent.asmPrefix;
-        if (row.isRepeated() && !asmPrefix.endsWith('_'))
-            asmPrefix += '_';
-        const Site site = {row.id, row.path, row.offset, asmPrefix + asmPiece(row), parent.level + 1, row.repetitions};
+        Site site = {row.id, row.path, row.offset, {}, parent.level + 1, row.repetitions};
+        if (m_hasAsm) {
+            // A structure adds its name to the prefix as it is, and the members of an array one with an underscore.
+            site.asmPrefix = parent.asmPrefix;
+            if (row.isRepeated() && !site.asmPrefix.endsWith('_'))
+                site.asmPrefix += '_';
+            site.asmPrefix += asmPiece(row);
+        }
         m_rows.push_back(std::move(row));
         collectMembers(structure, site);
     }
 
     PageIds &m_ids;
     PageRows &m_rows;
+    const bool m_hasAsm;
 };
 
 } // namespace
 
-PageRows rowsOf(const VMXMLElement &element, const QByteArray &idPrefix, PageIds &ids)
+PageRows rowsOf(const VMXMLElement &element, const QByteArray &idPrefix, PageIds &ids, bool hasAsm)
 {
     PageRows rows;
-    RowCollector collector(ids, rows);
+    RowCollector collector(ids, rows, hasAsm);
     RowCollector::Site site = {idPrefix, {}, 0, element.getName().toUpper().toUtf8(), 0, {}};
     if (const auto *structure = elementCast<VMStruct>(&element)) {
         collector.collectMembers(*structure, site);
@@ -148,8 +155,16 @@ QString ownComment(const VMBitField &field)
 {
     if (field.options.optionList.isEmpty())
         return field.getComment();
+    const QString &comment = field.getComment();
+    // The table begins at the last "<table>", as long as no option has one in its own comment.
+    constexpr QLatin1StringView kTable = "<table>"_L1;
+    const bool isPlain = std::ranges::none_of(field.options.optionList, [&](const VMBitFieldOption &option) {
+        return option.comment.contains(u'<') || option.name.contains(u'<');
+    });
+    if (isPlain && comment.endsWith("</table>"_L1))
+        return comment.left(comment.lastIndexOf(kTable));
     const QString table = field.generateOptionsComment();
-    return field.getComment().endsWith(table) ? field.getComment().chopped(table.size()) : field.getComment();
+    return comment.endsWith(table) ? comment.chopped(table.size()) : comment;
 }
 
 QByteArray resetText(const VMValuable &valuable)

@@ -43,8 +43,8 @@ struct PageRow {
 using PageRows = std::vector<PageRow>;
 
 /// The rows of \a element, an instance or a type, in document order. A scalar has one row, itself. Ids are unique among
-/// those of \a ids and begin with \a idPrefix, if it is not empty.
-PageRows rowsOf(const VMXMLElement &element, const QByteArray &idPrefix, PageIds &ids);
+/// those of \a ids and begin with \a idPrefix, if it is not empty. Names for assembly are made where \a hasAsm says so.
+PageRows rowsOf(const VMXMLElement &element, const QByteArray &idPrefix, PageIds &ids, bool hasAsm);
 
 /// The words for who may read and write: "read and write", "read, write 1 to clear".
 QLatin1StringView accessWords(const VMBitField &field);

@@ -101,7 +101,7 @@ public:
         PageIds ids;
         m_open.clear();
         m_place = 0;
-        for (const PageRow &row : rowsOf(type, {}, ids)) {
+        for (const PageRow &row : rowsOf(type, {}, ids, false)) {
             if (row.id.isEmpty())
                 continue;
             closeTo(row.level);
@@ -233,43 +233,58 @@ void forEachLineOfType(const VMXMLElement &type, Listener &listener)
     forEachLine(type, nullptr, listener);
 }
 
+/// \a text on one line without tabs, which comments of a description have none of.
+QString onOneLine(const QString &text)
+{
+    const bool isPlain = std::ranges::none_of(text, [](QChar c) { return c.unicode() < 0x20; });
+    return isPlain ? text : text.simplified();
+}
+
 QString lineComment(const VMXMLElement &element, const VMArray *array)
 {
     const QString &own = element.getComment();
-    return plainComment(own.isEmpty() && array ? array->getComment() : own);
+    return onOneLine(plainComment(own.isEmpty() && array ? array->getComment() : own));
 }
 
 /// What is said of a field: its comment and its options.
 QString fieldText(const VMBitField &field)
 {
-    QString text = plainComment(ownComment(field));
+    QString text = onOneLine(plainComment(ownComment(field)));
     for (const VMBitFieldOption &option : field.options.optionList) {
-        text += (text.isEmpty() ? ""_L1 : "; "_L1) + option.name + " = "_L1 + QString::number(option.value);
+        text += (text.isEmpty() ? ""_L1 : "; "_L1) + onOneLine(option.name) + " = "_L1 + QString::number(option.value);
         if (!option.comment.isEmpty())
-            text += ", "_L1 + plainComment(option.comment);
+            text += ", "_L1 + onOneLine(plainComment(option.comment));
     }
     return text;
 }
 
-/// The texts of one line: its own, then those of its fields.
-QStringList textsOf(const VMXMLElement *element, const VMArray *array)
+/// The texts of one line, with tabs between: its own, then those of its fields.
+QByteArray textOf(const VMXMLElement *element, const VMArray *array)
 {
     if (!element)
         return {};
-    QStringList texts(lineComment(*element, array));
+    QString text = lineComment(*element, array);
     if (const auto *valuable = elementCast<VMValuable>(element)) {
-        for (const auto &field : valuable->bitFields)
-            texts += fieldText(*field);
+        for (const auto &field : valuable->bitFields) {
+            text += u'\t';
+            text += fieldText(*field);
+        }
     }
-    return texts;
+    qsizetype end = text.size();
+    while (end > 0 && text[end - 1] == u'\t')
+        --end;
+    text.truncate(end);
+    return text.toUtf8();
 }
 
 /// The words of texts, each with the lines in which it stands.
 class WordTable {
 public:
-    void add(const QString &text, qint64 line)
+    /// Notes the words of \a text, in UTF-8.
+    void add(const QByteArray &text, qint64 line)
     {
-        const QByteArray lower = text.toLower().toUtf8();
+        const bool isPlain = std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+        const QByteArray lower = isPlain ? text.toLower() : QString::fromUtf8(text).toLower().toUtf8();
         qsizetype begin = -1;
         for (qsizetype at = 0; at <= lower.size(); ++at) {
             const bool isInWord = at < lower.size() && isWordByte(lower.at(at));
@@ -420,39 +435,26 @@ QByteArray SearchIndex::namesScript(qsizetype at) const
     return script;
 }
 
-QByteArray SearchIndex::textsScript(qsizetype at) const
+SearchIndex::Descriptions SearchIndex::descriptions() const
 {
-    const Piece &piece = m_texts[static_cast<std::size_t>(at)];
-    QByteArray script;
-    openScript(script, "texts", at);
-    const auto write = [&](const VMXMLElement *element, const VMArray *array) {
-        QStringList texts = textsOf(element, array);
-        while (!texts.isEmpty() && texts.last().isEmpty())
-            texts.removeLast();
-        for (QString &text : texts)
-            text = text.simplified();
-        appendQuoted(script, texts.join(u'\t').toUtf8());
-        script += '\n';
-    };
-    for (std::size_t type = piece.firstType; type < piece.endType; ++type)
-        forEachLineOfType(*m_plan.types()[type].element, write);
-    closeScript(script);
-    return script;
-}
-
-std::vector<QByteArray> SearchIndex::wordsScripts() const
-{
+    Descriptions made;
     WordTable words;
-    for (std::size_t type = 0; type < m_plan.types().size(); ++type) {
-        qint64 line = m_firstLines[type];
-        const auto add = [&](const VMXMLElement *element, const VMArray *array) {
-            for (const QString &text : textsOf(element, array))
-                words.add(text, line);
-            ++line;
+    for (const Piece &piece : m_texts) {
+        QByteArray &script = made.texts.emplace_back();
+        openScript(script, "texts", static_cast<qsizetype>(made.texts.size()) - 1);
+        qint64 line = piece.firstLine;
+        const auto write = [&](const VMXMLElement *element, const VMArray *array) {
+            const QByteArray text = textOf(element, array);
+            words.add(text, line++);
+            appendQuoted(script, text);
+            script += '\n';
         };
-        forEachLineOfType(*m_plan.types()[type].element, add);
+        for (std::size_t type = piece.firstType; type < piece.endType; ++type)
+            forEachLineOfType(*m_plan.types()[type].element, write);
+        closeScript(script);
     }
-    return words.scripts();
+    made.words = words.scripts();
+    return made;
 }
 
 } // namespace veldmap

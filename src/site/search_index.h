@@ -25,13 +25,16 @@ public:
     explicit SearchIndex(const SitePlan &plan);
 
     qsizetype namesPieces() const { return static_cast<qsizetype>(m_names.size()); }
-    qsizetype textsPieces() const { return static_cast<qsizetype>(m_texts.size()); }
 
     QByteArray mainScript() const;
     QByteArray namesScript(qsizetype piece) const;
-    QByteArray textsScript(qsizetype piece) const;
-    /// The words of all types: first the file that lists the others by their first words, then those.
-    std::vector<QByteArray> wordsScripts() const;
+
+    /// The descriptions of all types and the words in them.
+    struct Descriptions {
+        std::vector<QByteArray> texts;
+        std::vector<QByteArray> words; ///< the first lists the others by their first words
+    };
+    Descriptions descriptions() const;
 
 private:
     /// Some types, one behind the other.
