@@ -9,10 +9,15 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 
 #include <filesystem>
 #include <system_error>
+
+#ifdef Q_OS_LINUX
+#include <sys/auxv.h>
+#endif
 
 using namespace Qt::StringLiterals;
 
@@ -20,12 +25,25 @@ namespace veldmap::cli {
 
 namespace {
 
+#ifdef Q_OS_LINUX
+/// The file of the running program, without links.
+QString programFile()
+{
+    const QString file = QFileInfo(u"/proc/self/exe"_s).canonicalFilePath();
+    if (!file.isEmpty())
+        return file;
+    // A root in which packages are built may lack /proc; the system tells each program too how it was called.
+    const auto *name = reinterpret_cast<const char *>(getauxval(AT_EXECFN));
+    return name ? QFileInfo(QFile::decodeName(name)).canonicalFilePath() : QString();
+}
+#endif
+
 /// The directory in which the running program lies, wherever it was called from.
 QString programDirectory()
 {
 #ifdef Q_OS_LINUX
     // A QCoreApplication tells it too, but has something to say about every locale that is not UTF-8.
-    return QFileInfo(QFileInfo(u"/proc/self/exe"_s).canonicalFilePath()).path();
+    return QFileInfo(programFile()).path();
 #else
     int count = 1;
     char name[] = "veldmap";
