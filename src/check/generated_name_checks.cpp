@@ -4,6 +4,7 @@
 #include "check/type_names.h"
 #include "headers/c_names.h"
 
+#include <algorithm>
 #include <tuple>
 #include <unordered_map>
 
@@ -50,7 +51,7 @@ struct Other {
 };
 
 /// All names that the headers of one root define, which whoever includes the root's header gets together.
-class GeneratedNames {
+class GeneratedNames final : public TypeChecks {
 public:
     GeneratedNames(const VMRootArchive &root, Sink &sink) : m_root(root), m_sink(sink)
     {
@@ -66,27 +67,28 @@ public:
         }
     }
 
-    void run()
+    /// Looks at what is beside the types, in front of which this has to be known.
+    void checkArchives()
     {
         checkFiles();
         for (const VMXMLArchive *archive : m_root.xmlArchives)
             checkVariables(*archive);
-        for (const VMXMLArchive *archive : m_root.xmlArchives) {
-            for (const auto &type : archive->templates) {
-                checkTypeName(*type);
-                if (isEnumType(*type))
-                    continue;
-                checkMacros(*type);
-                checkMacrosOfShorterTypes(*type);
-                if (archive->generateAsm && m_instantiated.contains(type->typedefName))
-                    checkBase(*type);
-                visitDeclared(*type, Overloads{[this](const VMStruct &structure) {
-                                                   if (!isCopyOfType(structure))
-                                                       checkMembers(structure);
-                                               },
-                                               [](const VMXMLElement &) {}});
-            }
-        }
+    }
+
+    void check(const VMXMLArchive &archive, const VMXMLElement &type) override
+    {
+        checkTypeName(type);
+        if (isEnumType(type))
+            return;
+        checkMacros(type);
+        checkMacrosOfShorterTypes(type);
+        if (archive.generateAsm && m_instantiated.contains(type.typedefName))
+            checkBase(type);
+        visitDeclared(type, Overloads{[this](const VMStruct &structure) {
+                                          if (!isCopyOfType(structure))
+                                              checkMembers(structure);
+                                      },
+                                      [](const VMXMLElement &) {}});
     }
 
 private:
@@ -178,19 +180,17 @@ private:
     /// Of the macros of one name the headers define the first and comment out the others.
     void checkMacros(const VMXMLElement &type)
     {
-        Macros known;
+        m_known.clear();
         const VMValuable *owner = nullptr; // of the first that is left out
         const VMValuable *taker = nullptr; // of its name
         QString first;
         int count = 0;
-        forEachMacro(type, [&](const QString &name, const FieldMacro &macro) {
-            const auto taken = known.constFind(name);
-            if (taken == known.cend()) {
-                known.insert(name, macro);
-            } else if (!taken->hasValueOf(macro) && count++ == 0) {
+        forEachMacro(type, [&](const MacroName &name, const FieldMacro &macro) {
+            const FieldMacro *taken = m_known.add(name, macro);
+            if (taken && !taken->hasValueOf(macro) && count++ == 0) {
                 owner = macro.owner;
                 taker = taken->owner;
-                first = name;
+                first = name.text();
             }
         });
         if (count > 0)
@@ -237,6 +237,8 @@ private:
     {
         for (const auto &member : structure.memberList) {
             const QString &name = member->getName();
+            if (std::ranges::any_of(name, [](QChar c) { return c >= u'a' && c <= u'z'; })) // macros have capitals alone
+                continue;
             const VMIntVar *variable = m_variables.value(name);
             const FieldMacro *macro = nullptr;
             QString what;
@@ -277,9 +279,10 @@ private:
         const auto [place, isNew] = m_macros.try_emplace(&type);
         Macros &macros = place->second;
         if (isNew)
-            forEachMacro(type, [&](const QString &name, const FieldMacro &macro) {
-                if (!macros.contains(name))
-                    macros.insert(name, macro);
+            forEachMacro(type, [&](const MacroName &name, const FieldMacro &macro) {
+                const QString text = name.text();
+                if (!macros.contains(text))
+                    macros.insert(text, macro);
             });
         return macros;
     }
@@ -295,14 +298,17 @@ private:
     QHash<QString, const VMIntVar *> m_variables;              // by name in capitals, the first of each
     QHash<QString, const VMXMLElement *> m_instanceMacros;     // the instances of the macros of their base addresses
     QSet<QString> m_instantiated;                              // types
+    MacroTable m_known;                                        // of the type that is being checked
     std::unordered_map<const VMXMLElement *, Macros> m_macros; // its macros stay where they are
 };
 
 } // namespace
 
-void checkGeneratedNames(const VMRootArchive &root, Sink &sink)
+std::unique_ptr<TypeChecks> generatedNameChecks(const VMRootArchive &root, Sink &sink)
 {
-    GeneratedNames(root, sink).run();
+    auto checks = std::make_unique<GeneratedNames>(root, sink);
+    checks->checkArchives();
+    return checks;
 }
 
 } // namespace veldmap

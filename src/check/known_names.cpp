@@ -152,7 +152,7 @@ void KnownNames::explain(Finding &finding) const
         file = include->file;
     }
     const Unknown unknown = unknownOf(finding);
-    for (const Declarations *names : unknown.among) {
+    for (const Declarations *names : finding.place.isNull() ? decltype(unknown.among)() : unknown.among) {
         const auto declared = names->constFind(unknown.name);
         if (declared == names->cend())
             continue;

@@ -106,10 +106,10 @@ void Lint::onInclude(const Place &include, const QString &file)
         m_unused.readInclude(include, file);
 }
 
-void Lint::report(const VMMemoryMap &map, Sink &sink) const
+void Lint::report(const VMMemoryMap &map, Sink &sink, int threads) const
 {
     FindingList found = m_ofDocuments;
-    checkTree(map, found);
+    checkTree(map, found, threads);
     m_unused.report(found);
     const auto keyOf = [&](const Finding &finding) {
         return std::tuple(m_files.value(finding.place.file, m_files.size()), finding.place.line, finding.place.column);

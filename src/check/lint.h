@@ -35,7 +35,8 @@ public:
     /// Tells \a sink all findings, with the severities of their rules, also those of rules that are off: file by file
     /// as they were read, from top to bottom. Without a root of \a map, because it failed to load or is not there, only
     /// what its documents show is told. What a comment "veldmap: allow ID" in front of a tag allows is left out.
-    void report(const VMMemoryMap &map, Sink &sink) const;
+    /// It looks with up to \a threads threads, which makes no difference to what is told.
+    void report(const VMMemoryMap &map, Sink &sink, int threads = 1) const;
 
 private:
     QHash<QString, qsizetype> m_files; ///< with their order, in which they were read

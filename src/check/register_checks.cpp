@@ -118,9 +118,43 @@ private:
     void checkOverlap(const VMBitField &field)
     {
         const View view = viewOf(field);
+        const quint32 bits = field.getFullValueUnshifted();
+        quint32 taken = 0; // by those that may not share bits with it
+        for (int other = 0; other < kViews; ++other)
+            taken |= mayShareBits(view, static_cast<View>(other)) ? 0 : m_taken[static_cast<std::size_t>(other)];
+        m_taken[view] |= bits;
+        const bool isOverlap = (taken & bits) != 0;
+        if (isOverlap && !m_latest)
+            beginLatest(field);
+        if (isOverlap)
+            tellOverlap(field, view);
+        if (m_latest)
+            addLatest(field);
+    }
+
+    /// Notes the field that every bit has last in front of \a field, which few registers ask for.
+    void beginLatest(const VMBitField &field)
+    {
+        m_latest.emplace();
+        for (const auto &earlier : m_valuable.bitFields) {
+            if (earlier.get() == &field)
+                break;
+            addLatest(*earlier);
+        }
+    }
+
+    void addLatest(const VMBitField &field)
+    {
+        for (int bit = qMax(field.downPos, 0); bit <= qMin(field.upPos, kWordBits - 1); ++bit)
+            (*m_latest)[static_cast<std::size_t>(bit)][viewOf(field)] = &field;
+    }
+
+    /// Tells of each field that was the latest one with a bit of \a field.
+    void tellOverlap(const VMBitField &field, View view)
+    {
         QList<std::pair<const VMBitField *, quint32>> overlapped;
         for (int bit = qMax(field.downPos, 0); bit <= qMin(field.upPos, kWordBits - 1); ++bit) {
-            auto &latest = m_latest[static_cast<std::size_t>(bit)];
+            const auto &latest = (*m_latest)[static_cast<std::size_t>(bit)];
             for (int other = 0; other < kViews; ++other) {
                 const VMBitField *earlier = latest[static_cast<std::size_t>(other)];
                 if (!earlier || mayShareBits(view, static_cast<View>(other)))
@@ -132,7 +166,6 @@ private:
                 else
                     known->second |= 1u << bit;
             }
-            latest[view] = &field;
         }
         for (const auto &[earlier, bits] : std::as_const(overlapped))
             take(lint::fieldOverlap, field.source, {field.getName(), path(), earlier->getName(), bitsText(bits)},
@@ -158,7 +191,9 @@ private:
     {
         const auto &options = field.options.optionList;
         const quint32 most = lowBits(qint64(field.upPos) - field.downPos + 1);
-        Repeats<QString> names;
+        if (options.isEmpty())
+            return;
+        Repeats<QStringView> names;
         Repeats<int> values;
         for (const VMBitFieldOption &option : options) {
             const auto tell = [&](const LintRule &rule, const QStringList &more, qsizetype other = -1) {
@@ -208,19 +243,34 @@ private:
 
     const VMValuable &m_valuable;
     Sink &m_sink;
-    std::array<std::array<const VMBitField *, kViews>, kWordBits> m_latest = {}; // field of a bit, by view
-    Repeats<QString> m_names;
+    using Latest = std::array<std::array<const VMBitField *, kViews>, kWordBits>; // by bit and view
+    std::optional<Latest> m_latest;                                               // none before the first overlap
+    std::array<quint32, kViews> m_taken = {};                                     // bits, by view
+    Repeats<QStringView> m_names;
+};
+
+class RegisterChecksOfTypes final : public TypeChecks {
+public:
+    explicit RegisterChecksOfTypes(Sink &sink) : m_sink(sink) {}
+
+    void check(const VMXMLArchive &, const VMXMLElement &type) override
+    {
+        visitDeclared(type, Overloads{[&](const VMValuable &valuable) {
+                                          if (!valuable.enumTemplate && !isCopyOfType(valuable))
+                                              RegisterChecks(valuable, m_sink).run();
+                                      },
+                                      [](const VMXMLElement &) {}});
+    }
+
+private:
+    Sink &m_sink;
 };
 
 } // namespace
 
-void checkRegisters(const VMRootArchive &root, Sink &sink)
+std::unique_ptr<TypeChecks> registerChecks(Sink &sink)
 {
-    visitDeclared(root, Overloads{[&](const VMValuable &valuable) {
-                                      if (!valuable.enumTemplate && !isCopyOfType(valuable))
-                                          RegisterChecks(valuable, sink).run();
-                                  },
-                                  [](const VMXMLElement &) {}});
+    return std::make_unique<RegisterChecksOfTypes>(sink);
 }
 
 } // namespace veldmap

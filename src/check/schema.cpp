@@ -135,7 +135,7 @@ const AttributeRow *TagRow::findAttribute(QStringView attribute) const
 const TagRow *findTagRow(TagKind parent, QStringView name)
 {
     const auto found = std::ranges::find_if(
-        kTags, [&](const TagRow &row) { return row.name == name && (row.parents & in(parent)) != 0; });
+        kTags, [&](const TagRow &row) { return (row.parents & in(parent)) != 0 && row.name == name; });
     return found == std::end(kTags) ? nullptr : found;
 }
 

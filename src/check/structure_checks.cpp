@@ -33,10 +33,10 @@ bool isModuleInC(const VMXMLElement &type)
 
 /// Calls \a take with each name that \a member has in a C structure: a register whose halves have names has three.
 template <typename Take>
-void forEachName(const VMXMLElement &member, const Take &take)
+void forEachName(const VMXMLElement &member, bool withHoles, const Take &take)
 {
     if (const auto *hole = elementCast<VMHole>(&member)) {
-        if (hole->sizeOf() > 0)
+        if (withHoles && hole->sizeOf() > 0)
             take("Reserved_"_L1 + hex8(hole->offset));
         return;
     }
@@ -50,9 +50,14 @@ void forEachName(const VMXMLElement &member, const Take &take)
     }
 }
 
-class StructureChecks {
+class StructureChecks final : public TypeChecks {
 public:
     StructureChecks(const VMRootArchive &root, Sink &sink) : m_types(root), m_layout(m_types), m_sink(sink) {}
+
+    void check(const VMXMLArchive &, const VMXMLElement &type) override
+    {
+        visitDeclared(type, [this](const auto &element) { (*this)(element); });
+    }
 
     void operator()(const VMStruct &structure)
     {
@@ -96,10 +101,13 @@ public:
 private:
     void checkNames(const VMStruct &structure)
     {
+        // Headers name gaps by their offsets, so that they can only be in the way of a member of such a name.
+        const bool withHoles = std::ranges::any_of(
+            structure.memberList, [](const auto &member) { return member->getName().startsWith("Reserved_"_L1); });
         QHash<QString, const VMXMLElement *> known;
         known.reserve(static_cast<qsizetype>(structure.memberList.size()));
         for (const auto &member : structure.memberList) {
-            forEachName(*member, [&](const QString &name) {
+            forEachName(*member, withHoles, [&](const QString &name) {
                 const VMXMLElement *&first = known[name];
                 if (first)
                     m_sink.take(
@@ -155,10 +163,9 @@ private:
 
 } // namespace
 
-void checkStructures(const VMRootArchive &root, Sink &sink)
+std::unique_ptr<TypeChecks> structureChecks(const VMRootArchive &root, Sink &sink)
 {
-    StructureChecks checks(root, sink);
-    visitDeclared(root, [&](const auto &element) { checks(element); });
+    return std::make_unique<StructureChecks>(root, sink);
 }
 
 void checkUnusedTypes(const VMMemoryMap &map, Sink &sink)

@@ -34,6 +34,8 @@ bool isOneOf(const QLatin1StringView (&words)[size], QStringView name)
 /// Whether \a c shows nothing, or turns what is shown around.
 bool isUnprintable(QChar c)
 {
+    if (c >= u' ' && c <= u'~')
+        return false;
     struct Stretch {
         char16_t first;
         char16_t last;
@@ -45,6 +47,15 @@ bool isUnprintable(QChar c)
     return c >= QChar(u'\x7F') && std::ranges::any_of(kHidden, [&](const Stretch &hidden) {
                return c.unicode() >= hidden.first && c.unicode() <= hidden.last;
            });
+}
+
+/// Whether \a text has nothing but printing ASCII, blanks, and no character that a rule on texts looks for.
+bool isHarmless(QStringView text)
+{
+    return std::ranges::all_of(text, [](QChar c) {
+        const char16_t unit = c.unicode();
+        return (unit >= u' ' && unit <= u'~' && unit != u'\\' && unit != u'*') || unit == u'\n';
+    });
 }
 
 void checkCharacters(const TagInContext &at, QStringView text, const DocumentTeller &teller)
@@ -187,12 +198,14 @@ private:
 void checkComment(const TagInContext &at, const DocumentTeller &teller)
 {
     const QStringView plain = at.tag.plainText();
+    if (!plain.isNull() && isHarmless(plain))
+        return;
     const QString whole = plain.isNull() && !at.tag.isEmpty() ? at.tag.serialized() : QString();
     const QStringView text = plain.isNull() ? QStringView(whole) : plain;
     checkCharacters(at, text, teller);
     if (text.contains(u'\\') && continuesInC(at))
         teller.tell(rules::trailingBackslash, at, {});
-    if (text.contains("*/"_L1))
+    if (text.contains(u'*') && text.contains("*/"_L1))
         teller.tell(rules::commentEnd, at, {});
     if (!plain.isNull())
         return;

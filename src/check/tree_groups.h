@@ -2,18 +2,33 @@
 
 #include "findings/finding.h"
 
+#include <memory>
+
 class VMMemoryMap;
 class VMRootArchive;
+class VMXMLArchive;
+class VMXMLElement;
 
 /// The groups of rules of checkTree(); rows in tree_rules.h. Each takes time in proportion to what the description
 /// declares: what a template holds is checked there, not in each copy.
 namespace veldmap {
 
-void checkStructures(const VMRootArchive &root, Sink &sink);
+/// Rules that look at one type after the other. All groups look at a type before the next one, as long as it is in the
+/// processor's cache.
+class TypeChecks {
+public:
+    virtual ~TypeChecks() = default;
+    /// Looks at the template \a type of \a archive.
+    virtual void check(const VMXMLArchive &archive, const VMXMLElement &type) = 0;
+};
+
+// Each tells \a sink, which must outlive it, as \a root and all in it.
+std::unique_ptr<TypeChecks> registerChecks(Sink &sink);
+std::unique_ptr<TypeChecks> structureChecks(const VMRootArchive &root, Sink &sink);
+std::unique_ptr<TypeChecks> generatedNameChecks(const VMRootArchive &root, Sink &sink);
+
 void checkUnusedTypes(const VMMemoryMap &map, Sink &sink);
-void checkGeneratedNames(const VMRootArchive &root, Sink &sink);
 void checkIncludes(const VMRootArchive &root, Sink &sink);
-void checkRegisters(const VMRootArchive &root, Sink &sink);
 void checkMemoryMap(const VMMemoryMap &map, Sink &sink);
 
 } // namespace veldmap

@@ -9,27 +9,39 @@ using namespace Qt::StringLiterals;
 
 // Registers: a field or option, then the path of its register.
 
-inline constexpr LintRule fieldOverlap = {{"field-overlap"_L1, Severity::Warning,
-                                           u"field '%1' of '%2' overlaps '%3' in %4",
-                                           u"move one of them, or make one readable and the other writable alone"}};
+inline constexpr LintRule fieldOverlap = {
+    {"field-overlap"_L1, Severity::Warning, u"field '%1' of '%2' overlaps '%3' in %4",
+     u"move one of them, or make one readable and the other writable alone", "pos"_L1}};
 inline constexpr LintRule fieldNameTwice = {
     {"field-name-twice"_L1, Severity::Warning, u"%1 '%2' of '%3' has the name of a field further up"}};
-inline constexpr LintRule fieldBeyondRegister = {
-    {"field-beyond-register"_L1, Severity::Warning, u"field '%1' of '%2' has %3, but the register ends at bit %4"}};
-inline constexpr LintRule fieldWidth = {
-    {"field-width"_L1, Severity::Error, u"field '%1' of '%2' is %3 bits wide: its position '%4:%5' comes to %6:%7"}};
+inline constexpr LintRule fieldBeyondRegister = {{"field-beyond-register"_L1,
+                                                  Severity::Warning,
+                                                  u"field '%1' of '%2' has %3, but the register ends at bit %4",
+                                                  {},
+                                                  "pos"_L1}};
+inline constexpr LintRule fieldWidth = {{"field-width"_L1,
+                                         Severity::Error,
+                                         u"field '%1' of '%2' is %3 bits wide: its position '%4:%5' comes to %6:%7",
+                                         {},
+                                         "pos"_L1}};
 inline constexpr LintRule fieldNoAccess = {
     {"field-no-access"_L1, Severity::Warning,
      u"%1 of the %2 fields of '%3' can be neither read nor written; the first is '%4'",
-     u"give them access=\"r\", \"w\" or \"rw\"; s and c set and clear when written"}};
+     u"give them access=\"r\", \"w\" or \"rw\"; s and c set and clear when written", "access"_L1}};
 inline constexpr LintRule registerNoAccess = {{"register-no-access"_L1, Severity::Warning,
                                                u"register '%1' can be neither read nor written",
-                                               u"give it protect=\"r\", \"w\" or \"rw\""}};
+                                               u"give it protect=\"r\", \"w\" or \"rw\"", "protect"_L1}};
 inline constexpr LintRule optionBeyondField = {
-    {"option-beyond-field"_L1, Severity::Warning,
-     u"option '%1' of field '%2' of '%3' has the value %4, but the field holds 0 to %5"}};
-inline constexpr LintRule optionValueTwice = {
-    {"option-value-twice"_L1, Severity::Warning, u"option '%1' of field '%2' of '%3' has the value %4 of option '%5'"}};
+    {"option-beyond-field"_L1,
+     Severity::Warning,
+     u"option '%1' of field '%2' of '%3' has the value %4, but the field holds 0 to %5",
+     {},
+     "value"_L1}};
+inline constexpr LintRule optionValueTwice = {{"option-value-twice"_L1,
+                                               Severity::Warning,
+                                               u"option '%1' of field '%2' of '%3' has the value %4 of option '%5'",
+                                               {},
+                                               "value"_L1}};
 inline constexpr LintRule optionNameTwice = {
     {"option-name-twice"_L1, Severity::Warning,
      u"option '%1' of field '%2' of '%3' has the name of an option further up"}};
@@ -40,18 +52,27 @@ inline constexpr LintRule groupGap = {
 
 // The memory map: instances.
 
-inline constexpr LintRule instanceOverlap = {{"instance-overlap"_L1, Severity::Warning,
-                                              u"members of instance '%1' (%2 to %3) overlap those of '%4' (%5 to %6)"}};
-inline constexpr LintRule instanceView = {
-    {"instance-view"_L1, Severity::Warning, u"instance '%1' of type '%2' lies at %3, as '%4' of type '%5' does"},
-    false};
+inline constexpr LintRule instanceOverlap = {{"instance-overlap"_L1,
+                                              Severity::Warning,
+                                              u"members of instance '%1' (%2 to %3) overlap those of '%4' (%5 to %6)",
+                                              {},
+                                              "address"_L1}};
+inline constexpr LintRule instanceView = {{"instance-view"_L1,
+                                           Severity::Warning,
+                                           u"instance '%1' of type '%2' lies at %3, as '%4' of type '%5' does",
+                                           {},
+                                           "address"_L1},
+                                          false};
 inline constexpr LintRule instanceUnaligned = {
     {"instance-unaligned"_L1, Severity::Warning,
      u"instance '%1' lies at %2, which is no multiple of %3 as the alignment of its type '%4' asks for",
-     u"check the address"}};
+     u"check the address", "address"_L1}};
 inline constexpr LintRule instanceBeyondMemory = {
-    {"instance-beyond-memory"_L1, Severity::Warning,
-     u"instance '%1' at %2 takes %3 bytes, which is %4 beyond the last 32-bit address"}};
+    {"instance-beyond-memory"_L1,
+     Severity::Warning,
+     u"instance '%1' at %2 takes %3 bytes, which is %4 beyond the last 32-bit address",
+     {},
+     "address"_L1}};
 inline constexpr LintRule instanceNameTwice = {
     {"instance-name-twice"_L1, Severity::Warning,
      u"instance '%1' at %2 shares its name in paths or headers with '%3' at %4"}};
@@ -60,11 +81,17 @@ inline constexpr LintRule instanceNameTwice = {
 
 inline constexpr LintRule memberNameTwice = {
     {"member-name-twice"_L1, Severity::Warning, u"member '%1' of '%2' has the name of a member further up"}};
-inline constexpr LintRule negativeSize = {
-    {"negative-size"_L1, Severity::Error, u"%1 of '%2' has a size of %3 %4: what follows lies in front of it"}};
+inline constexpr LintRule negativeSize = {{"negative-size"_L1,
+                                           Severity::Error,
+                                           u"%1 of '%2' has a size of %3 %4: what follows lies in front of it",
+                                           {},
+                                           "size"_L1}};
 inline constexpr LintRule holeBits = {
-    {"hole-bits"_L1, Severity::Warning,
-     u"hole of %1 bits in '%2' is no whole number of bytes: it takes %3, and the rest is lost"}};
+    {"hole-bits"_L1,
+     Severity::Warning,
+     u"hole of %1 bits in '%2' is no whole number of bytes: it takes %3, and the rest is lost",
+     {},
+     "size"_L1}};
 inline constexpr LintRule layoutDiffers = {
     {"layout-differs"_L1, Severity::Warning, u"member '%1' of '%2' lies at offset %3, but C places it at %4",
      u"fill the gap with a <hole>, or give the structure ckeywords that pack it"}};

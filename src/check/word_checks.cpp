@@ -51,7 +51,8 @@ void checkKnown(const TagInContext &at, const AttributeRow &row, QStringView val
 void checkLetters(const TagInContext &at, const AttributeRow &row, QStringView value, QStringView letters,
                   const QString &complaint, const DocumentTeller &teller)
 {
-    if (std::ranges::any_of(value, [&](QChar c) { return !letters.contains(c); }))
+    const auto isKnown = [&](QChar c) { return std::ranges::find(letters, c) != letters.end(); };
+    if (!std::ranges::all_of(value, isKnown))
         teller.tell(rules::unknownValue, at, {row.name, shownText(value), complaint});
 }
 
@@ -104,8 +105,9 @@ std::optional<int> plainWidth(const Tag &tag)
 void checkReset(const TagInContext &at, QStringView text, const DocumentTeller &teller)
 {
     constexpr QLatin1StringView kWords[] = {"no"_L1, "all1"_L1, "-"_L1, ""_L1};
-    if (std::ranges::any_of(kWords,
-                            [&](QLatin1StringView word) { return text.compare(word, Qt::CaseInsensitive) == 0; }))
+    const bool isNumber = !text.isEmpty() && text.front() >= u'0' && text.front() <= u'9';
+    if (!isNumber && std::ranges::any_of(
+                         kWords, [&](QLatin1StringView word) { return text.compare(word, Qt::CaseInsensitive) == 0; }))
         return;
     const std::optional<quint64> value = resetLiteral(text.trimmed());
     if (!value) {
@@ -118,6 +120,8 @@ void checkReset(const TagInContext &at, QStringView text, const DocumentTeller &
         teller.tell(rules::numberTooLarge, at, {shownText(text), u"rst"_s, u"0"_s});
         return;
     }
+    if (*value <= 1) // which fits any field
+        return;
     const std::optional<int> width = plainWidth(at.tag);
     if (width && *value > lowBits(*width))
         teller.tell(

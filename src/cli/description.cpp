@@ -104,11 +104,11 @@ bool load(const Options &options, Session &session, Lint *lint)
     return (options.chip.isEmpty() || map.chipRootArchive) && (options.soft.isEmpty() || map.softRootArchive);
 }
 
-void tellFindings(const Lint &lint, const LintOptions &options, Session &session)
+void tellFindings(const Lint &lint, const LintOptions &options, int threads, Session &session)
 {
     constexpr qsizetype kMost = 100; // more than anybody mends before the next run
     FindingList found;
-    lint.report(session.map, found);
+    lint.report(session.map, found, threads);
     const qsizetype most = options.most.value_or(session.messages.hasFormat() ? 0 : kMost);
     const LintSelection selection = selectFindings(found.findings, options.choice, most);
     for (const LintSelection::Told &told : selection.told)
@@ -135,7 +135,7 @@ bool loadAndLint(const Options &options, Session &session)
     const bool isLoaded = load(options, session, &lint);
     // An error of a load that leaves a tree stops nothing, one of lint does.
     const int errorsOfLoad = options.lint.choice.isStrict() ? 0 : messages.errorCount();
-    tellFindings(lint, options.lint, session);
+    tellFindings(lint, options.lint, options.threads, session);
     return isLoaded && messages.errorCount() == errorsOfLoad;
 }
 

@@ -57,7 +57,7 @@ QString Explanations::of(const Finding &finding)
         there.expression = {};
         text += quotationOf(there);
     }
-    for (const QString &hint : finding.hints())
+    if (const QString hint = finding.whatToDo(); !hint.isEmpty())
         text += "hint: "_L1 + hint + u'\n';
     return text;
 }

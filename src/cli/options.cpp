@@ -171,7 +171,9 @@ void addFormat(CLI::App &command, Arguments &arguments)
 
 void addThreads(CLI::App &command, Arguments &arguments)
 {
-    command.add_option("-j,--jobs", arguments.threads, "threads that make text, all processors if not given")
+    command
+        .add_option("-j,--jobs", arguments.threads,
+                    "threads that work, all processors if not given; the result is the same")
         ->type_name("N");
 }
 
@@ -206,6 +208,7 @@ Command addCheck(CLI::App &app, Arguments &arguments)
     CLI::App *command = app.add_subcommand("check", "Load descriptions and report what is wrong with them");
     addRoots(*command, arguments);
     command->add_option("FILE", arguments.chip, "the same as --chip FILE")->type_name("")->excludes("--chip");
+    addThreads(*command, arguments);
     addLintOptions(*command, arguments.lint);
     command->footer("@FILE stands for the options in that file, one a line.\n\n"
                     "Examples:\n"

@@ -235,7 +235,8 @@ struct FaultRow {
 constexpr FaultRow kFaults[] = {
     {"Expected ''' or '\"'"_L1, u"a value stands in quotes: name=\"value\""},
     {"Expected '#' or '[a-zA-Z]'"_L1, u"an '&' in text is written &amp;"},
-    {"Expected '>' or '/'"_L1, u"attributes are parted by blanks: a=\"1\" b=\"2\""},
+    {"Expected '>' or '/'"_L1, u"a quote is missing further in front, or the blank between two attributes"},
+    {"Expected ';'"_L1, u"an '&' in text is written &amp;"},
     {"Expected '='"_L1, u"an attribute has a value: name=\"value\""},
     {"Entity '"_L1, u"an '&' in text is written &amp;"},
     {"Unexpected '<'"_L1, u"a '<' in a value is written &lt;, unless a quote is missing in front of it"},

@@ -20,14 +20,9 @@ QString Finding::text() const
     return text;
 }
 
-QStringList Finding::hints() const
+QString Finding::whatToDo() const
 {
-    QStringList all;
-    if (!hint.isEmpty())
-        all += hint;
-    if (!rule->hint.isEmpty())
-        all += rule->hint.toString();
-    return all;
+    return hint.isEmpty() ? rule->hint.toString() : hint;
 }
 
 Finding &Finding::withPlace(const Place &other, const QString &what)

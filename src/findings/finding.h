@@ -32,7 +32,7 @@ struct Finding {
     QString note = {};     ///< what explains it in a line of its own, empty where its words do
     QList<RelatedPlace> related = {};
     QList<Place> includes = {};      ///< the tags by which its file came into the load, the innermost first
-    QString hint = {};               ///< what to do about it, beside what the rule says
+    QString hint = {};               ///< what to do about it, where more is known than the rule's hint says
     WrongExpression expression = {}; ///< that it speaks of, if it speaks of one
 
     /// A finding of \a rule with the rule's own severity.
@@ -45,8 +45,8 @@ struct Finding {
 
     /// The rule's words with the arguments in their places; inserted text is not scanned again.
     VELDMAP_EXPORT QString text() const;
-    /// What to do about it: the finding's own hint, then that of the rule; none or both.
-    VELDMAP_EXPORT QStringList hints() const;
+    /// What to do about it: the finding's own hint, or else that of the rule; empty without any.
+    VELDMAP_EXPORT QString whatToDo() const;
     /// The same finding with a further place; one that is null is left out.
     VELDMAP_EXPORT Finding &withPlace(const Place &other, const QString &what);
 };

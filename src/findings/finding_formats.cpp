@@ -37,8 +37,8 @@ public:
         QJsonObject object = at(finding.place, text);
         object[u"rule"_s] = QString(finding.rule->id);
         object[u"severity"_s] = wordOf(severity);
-        if (const QStringList hints = finding.hints(); !hints.isEmpty())
-            object[u"hint"_s] = hints.join("; "_L1);
+        if (const QString hint = finding.whatToDo(); !hint.isEmpty())
+            object[u"hint"_s] = hint;
         if (!finding.note.isEmpty())
             object[u"note"_s] = finding.note;
         QJsonArray related;
@@ -87,7 +87,8 @@ public:
         QStringList message = {text};
         if (!finding.note.isEmpty())
             message += finding.note;
-        message += finding.hints();
+        if (const QString hint = finding.whatToDo(); !hint.isEmpty())
+            message += hint;
         QJsonObject object = {{u"ruleId"_s, QString(rule->id)},
                               {u"ruleIndex"_s, m_places.value(rule->id)},
                               {u"level"_s, wordOf(severity)},

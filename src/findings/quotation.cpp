@@ -95,11 +95,15 @@ const WrittenAttribute *attributeOfValue(const WrittenTag &tag, QStringView text
     return found;
 }
 
-/// What \a arguments speak of in \a tag: the value of an attribute other than its name, which only says what it is; an
-/// attribute; or else the name in quotes, also where it ends a path, or that of the tag.
-Span meantOf(const WrittenTag &tag, QStringView text, const QStringList &arguments)
+/// What a finding of \a rule with \a arguments speaks of in \a tag: the value of an attribute other than its name,
+/// which only says what it is; an attribute; or else the name in quotes, also where it ends a path, or that of the tag.
+Span meantOf(const WrittenTag &tag, QStringView text, const Rule &rule, const QStringList &arguments)
 {
     const auto textOf = [&](Span span) { return text.sliced(span.begin, span.size()); };
+    for (const WrittenAttribute &attribute : tag.attributes) {
+        if (!rule.attribute.isEmpty() && textOf(attribute.name) == rule.attribute && attribute.value.size() > 0)
+            return attribute.value;
+    }
     for (qsizetype i = arguments.size() - 1; i >= 0; --i) {
         const QString &argument = arguments.at(i);
         const WrittenAttribute *attribute = argument.isEmpty() ? nullptr : attributeOfValue(tag, text, argument);
@@ -309,7 +313,7 @@ QString quotation(const Finding &finding, const SourceText &source, int width)
     Span meant = {offset, offset + qMax<qint64>(1, finding.place.length)};
     qsizetype caret = offset;
     if (const std::optional<WrittenTag> tag = tagBefore(source.text(), offset)) {
-        meant = meantOf(*tag, source.text(), finding.arguments);
+        meant = meantOf(*tag, source.text(), *finding.rule, finding.arguments);
         caret = meant.begin;
         if (const auto wrong = meantExpression(*tag, source.text(), finding.expression)) {
             meant = wrong->value;

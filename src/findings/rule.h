@@ -15,6 +15,7 @@ struct Rule {
     Severity severity;
     QStringView words;     ///< with %1 to %9 for the arguments, which are numbered from 1 without gaps
     QStringView hint = {}; ///< what to do about it, where the words leave that open; a clause without a full stop
+    QLatin1StringView attribute = {}; ///< whose value is wrong, where the arguments do not show it
 };
 
 } // namespace veldmap

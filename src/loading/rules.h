@@ -137,8 +137,11 @@ inline constexpr Rule fieldWithoutName = {"field-without-name"_L1, Severity::Err
 inline constexpr Rule fieldWithoutPosition = {"field-without-position"_L1, Severity::Error,
                                               u"Valuable %1, bitfield %2 : position undefined\n",
                                               u"give it pos=\"3:0\", or pos=\"3\" for one bit"};
-inline constexpr Rule positionTooLong = {"position-too-long"_L1, Severity::Error,
-                                         u"Valuable %1, bitfield %2 : position longer than %3 characters"};
+inline constexpr Rule positionTooLong = {"position-too-long"_L1,
+                                         Severity::Error,
+                                         u"Valuable %1, bitfield %2 : position longer than %3 characters",
+                                         {},
+                                         "pos"_L1};
 inline constexpr Rule tooManyFields = {"too-many-fields"_L1, Severity::Error,
                                        u"Valuable %1 has more than %2 bitfields."};
 inline constexpr Rule positionExpression = {"position-expression"_L1, Severity::Error,
@@ -146,13 +149,16 @@ inline constexpr Rule positionExpression = {"position-expression"_L1, Severity::
 inline constexpr Rule cutStart = {"cut-start"_L1, Severity::Error,
                                   u"Valuable '%1', bitfield '%2', expression '%3' : %4\n"};
 inline constexpr Rule cutSize = {"cut-size"_L1, Severity::Error, u"Valuable %1, bitfield %2 : bad cut size\n",
-                                 u"cut is the width of one piece in bits, a number from 1 on"};
+                                 u"cut is the width of one piece in bits, a number from 1 on", "cut"_L1};
 inline constexpr Rule cutUneven = {
     "cut-uneven"_L1, Severity::Error,
     u"Valuable %1, bitfield %2 : cutting bitfield with divisor non-multiple of total bitfield size\n",
-    u"all pieces have one width: make cut a divisor of the width of the field"};
-inline constexpr Rule cutTooFine = {"cut-too-fine"_L1, Severity::Error,
-                                    u"Valuable %1, bitfield %2 : cutting bitfield into more than %3 pieces"};
+    u"all pieces have one width: make cut a divisor of the width of the field", "cut"_L1};
+inline constexpr Rule cutTooFine = {"cut-too-fine"_L1,
+                                    Severity::Error,
+                                    u"Valuable %1, bitfield %2 : cutting bitfield into more than %3 pieces",
+                                    {},
+                                    "cut"_L1};
 inline constexpr Rule cutEnum = {
     "cut-enum"_L1, Severity::Error, u"Bitfield '%1' is cut thanks to an undefined enum '%2'.\n",
     u"an enum is declared before it is used: further up in this file, or in one that is included"};

@@ -63,7 +63,13 @@ public:
         return isShown ? tell(kToken, QString(m_text[m_at])) : tell(kText);
     }
 
-    Finding ofName() const { return tell(kName, m_at < 0 ? u"..."_s : wordAt(m_at)); }
+    Finding ofName() const
+    {
+        const QString name = m_at < 0 ? QString() : wordAt(m_at);
+        Finding finding = tell(kName, name.isEmpty() ? u"..."_s : name);
+        finding.expression.unknownName = name;
+        return finding;
+    }
 
     Finding ofSyntax()
     {

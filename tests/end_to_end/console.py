@@ -169,5 +169,23 @@ error: No element has the path $Q.ctrl.
             self.assertEqual(self.image.read_bytes(), BYTES)
 
 
+    def test_find_by_name_address_and_comment(self):
+        lines = lambda *words, status=0: self.ask("find", *words, status=status).out.splitlines()
+        self.assertEqual([line.split()[:2] for line in lines("SP*")],
+                         [[f"${name}.ctrl.speed", address] for name, address in
+                          (("P", "0x40000000"), ("TOP", "0xFFFFFFFC"), ("EDGE", "0xFFFFFFFE"), ("TWIN", "0x40000000"))])
+        self.assertEqual([line.split()[0] for line in lines("0x40000005")], ["$P.secret", "$TWIN.secret"])
+        self.assertEqual([line.split()[0] for line in lines("0x4000000A")], ["$P", "$TWIN"])  # in a gap
+        self.assertEqual([line.split()[0] for line in lines("two")][:1], ["$P.ctrl.busy"])
+        self.assertEqual(lines("level")[0].split()[0], "$P.level")
+        self.assertEqual(lines("tw", status=1), [])
+        self.assertEqual(lines("0x1", status=1), [])
+        found = json.loads(self.ask("find", "--json", "0x40000009").out)
+        self.assertEqual([(one["path"], one["address"]) for one in found], [("$P.level[1]", 0x40000009), ("$TWIN.level[1]", 0x40000009)])
+        shown = self.ask("show", "0x40000009", *self.at).out
+        self.assertIn("= 7", shown)
+        self.assertIn("Nothing lies at the address 5.", self.ask("show", "5", status=1).err)
+
+
 if __name__ == "__main__":
     support.main(__doc__)

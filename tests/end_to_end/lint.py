@@ -97,6 +97,37 @@ class Lint(support.Case):
                                    f"{root}:0:0: warning: Skipped.\n")
         self.expect(run("check", root, "--no-lint", "--strict"), 1, err=warned.err.replace("warning:", "error:"))
 
+    def test_missing_includes_have_a_line(self):
+        root = self.lay_out({"includes.xml": archive('<include file="a.xml"/>'), "a.xml": MISSING}, "includes.xml")
+        at = f"{self.folder}/a.xml:2:29: "
+        self.expect(run("check", root), 0, err=f"{at}warning: Unable to open file {self.folder}/missing.xml\n"
+                                               f"{at}note: No such file or directory\n"
+                                               f"{self.folder}/a.xml:0:0: warning: Skipped.\n")
+        self.expect(run("check", root, "--strict"), 1, err=None)
+        [missing, _] = json.loads(run("check", root, "--format=json").out)
+        self.assertEqual((missing["line"], missing["note"]), (2, "No such file or directory"))
+        self.assertEqual([(one["file"], one["line"], one["text"]) for one in missing["related"]],
+                         [(str(root), 2, "included from here")])
+
+    def test_names_that_break_what_is_made(self):
+        text = archive('<module name="t"><reg name="r" protect="r"/></module>',
+                       '{}<instance name="J&quot;);alert(3);(&quot;" type="t" address="0"/>')
+        bad = self.lay_out({"bad.xml": text.format("")}, "bad.xml")
+        waived = self.lay_out({"good.xml": text.format("<!-- veldmap: allow unusable-name -->")}, "good.xml")
+        for command in ("headers", "vhdl", "docs"):
+            out = self.folder / "out"
+            told = run(command, "--chip", bad, "-o", out)
+            self.expect(told, 1, err=None)
+            self.assertIn(f"{bad}:3:65: error: ", told.err)
+            self.assertFalse(out.exists())
+        self.expect(run("check", waived), 0)
+        self.expect(run("check", bad, "-Wno-unusable-name"), 0)
+        self.expect(run("check", bad, "--no-lint"), 0)
+
+    def test_threads_make_no_difference(self):
+        told = {run("check", self.root, "-Wall", "--max-messages=0", "-j", threads).err for threads in (1, 2, 7)}
+        self.assertEqual(len(told), 1)
+
     def test_files_of_options(self):
         file = self.folder / "my options"
         file.write_text("# of this project\n\n-Wno-field-overlap  # we have unions\n-W unused-type\n--max-messages 7")
@@ -167,6 +198,9 @@ class Lint(support.Case):
         self.assertTrue(all(keys <= one.keys() and one["file"] == str(self.root) for one in findings))
         self.assertEqual(findings[0]["column"], UART.splitlines()[2].index("/>") + 2)
         self.assertNotIn(" [", findings[0]["text"])
+        overlap = findings[1]
+        self.assertEqual([(one["line"], one["text"]) for one in overlap["related"]], [(4, "the other field")])
+        self.assertTrue(overlap["hint"])
         # Beside results they go where messages go; what has no place has no file.
         for command in (["tree", "--chip"], ["headers", "-o", self.folder / "out", "--chip"]):
             done = run(*command, self.folder / "none.xml", "--format", "json")
@@ -204,6 +238,8 @@ class Lint(support.Case):
             self.assertEqual(ids[result["ruleIndex"]], result["ruleId"])
             self.assertIn(result["level"], ("none", "note", "warning", "error"))
             self.assertTrue(result["message"]["text"])
+            self.assertTrue(all(place["message"]["text"] and place["physicalLocation"]["region"]["startLine"] >= 1
+                                for place in result.get("relatedLocations", [])))
             for location in result["locations"]:
                 physical = location["physicalLocation"]
                 path = urllib.parse.unquote(physical["artifactLocation"]["uri"])

@@ -29,7 +29,7 @@ SOFT = archive('<var name="OF_CHIP" value="ALL+1"/>', '<module name="task"><uint
 FILES = {"chip.xml": CHIP, "lib/regs.xml": REGS, "soft.xml": SOFT}
 HEADERS = {"chip.h", "chip_asm.h", "lib/regs.h", "lib/regs_asm.h"}
 
-COMMANDS = ("check", "headers", "vhdl", "docs", "build", "tree", "show", "write", "complete", "eval", "rules",
+COMMANDS = ("check", "headers", "vhdl", "docs", "site", "build", "tree", "show", "find", "write", "complete", "eval", "rules",
             "new", "encrypt")
 VALUES = [("1+2*3", "int", 7), ("0x10+0b11", "int", 19), ("0xFFFFFFFF", "dword", 4294967295), ("-2+3", "int", -5),
           ("7/2.0", "real", 3.5), ("1<2", "bool", True), ('"a"+1', "string", "a1"), ("exp2(4)", "int", 16)]
@@ -140,6 +140,32 @@ class Program(support.Case):
         told = run("eval", "--json", "NB_CHAN", "1/0", "(1", "6*7")
         self.expect(told, 1, out=None, err=None)
         self.assertEqual(json.loads(told.out), [{"error": 5}, {"error": 7}, {"error": 9}, {"type": "int", "value": 42}])
+
+    def test_the_standard_input(self):
+        self.lay_out({"types.xml": support.archive('<typedef name="t"><uint8 name="a"/></typedef>')}, "types.xml")
+        text = support.archive('<include file="types.xml"/>', '<instance name="T" type="{}" address="0"/>')
+        def piped(type_name, *words):
+            return subprocess.run([support.options.veldmap, *words], input=text.format(type_name), cwd=self.folder,
+                                  capture_output=True, text=True)
+        self.assertEqual((piped("t", "check", "-").stderr, piped("t", "check", "-").returncode), ("", 0))
+        told = piped("u", "check", "--explain", "-")
+        self.assertEqual(told.returncode, 1)
+        self.assertTrue(told.stderr.startswith("<stdin>:3:41: error: ") and '<instance name="T" type="u"' in told.stderr)
+        self.assertIn("$T ", piped("t", "find", "--chip", "-", "T").stdout)
+        for words in (["headers", "--chip", "-", "-o", "out"], ["check", "--chip", "-", "--soft", "-"]):
+            self.assertEqual(piped("t", *words).returncode, 2)
+        self.assertFalse((self.folder / "out").exists())
+
+    def test_wrong_usage_is_told_as_an_error(self):
+        for words, said in ((("headers", "--chip", "x.xml"), "--output is required; 'veldmap headers --help'"),
+                            (("chek",), "There is no command chek; did you mean 'check'?"),
+                            (("help", "hedaers"), "There is no command hedaers; did you mean 'headers'?"),
+                            (("zzz",), "There is no command zzz; 'veldmap --help'")):
+            told = run(*words)
+            self.expect(told, 2, err=None)
+            self.assertTrue(told.err.startswith(f"error: {said}"), told.err)
+        self.assertEqual(run("help", "show").out, run("show", "--help").out)
+        self.assertEqual(run("help").out, run("--help").out)
 
     def test_help_teaches_by_example(self):
         for arguments in ((), *((command,) for command in COMMANDS)):

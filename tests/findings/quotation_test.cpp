@@ -57,6 +57,23 @@ TEST(Quotation, MarksWhatIsMeant)
         EXPECT_EQ(shown(row.text, row.arguments), row.expected);
 }
 
+// The point of the mark is the character at which an expression is wrong, also behind its end or in a part of a value.
+TEST(Quotation, PointsIntoExpressions)
+{
+    const SourceText source(u"<var v='a&lt;&lt;b+' p='7:b*'/>"_s);
+    const auto at = [&](const QString &expression, qsizetype character) {
+        veldmap::Finding finding(kRule, {u"soc.xml"_s, 1, 31});
+        finding.expression = {expression, character};
+        return quotation(finding, source, 80).section(u'\n', 1).sliced(9);
+    };
+    EXPECT_EQ(at(u"a<<b+"_s, 0), u"        ^~~~~~~~~~~\n"_s);
+    EXPECT_EQ(at(u"a<<b+"_s, 3), u"        ~~~~~~~~~^~\n"_s);
+    EXPECT_EQ(at(u"a<<b+"_s, 5), u"        ~~~~~~~~~~~^\n"_s);
+    EXPECT_EQ(at(u"b*"_s, 1), u"                        ~~~^\n"_s);
+    EXPECT_EQ(at(u"b*"_s, -1), u"                        ^~~~\n"_s);
+    EXPECT_EQ(at(u"none"_s, 1), u" ^~~\n"_s);
+}
+
 // Tabs, wide and combining characters keep the mark in its column, and nothing that a terminal obeys is shown.
 TEST(Quotation, CountsColumnsOfTerminals)
 {
