@@ -103,6 +103,8 @@ void KnownNames::onDocument(const TagDocument &document, const QString &file)
                 take(inner);
         }
     };
+    if (!m_includes.contains(file)) // a root, which files below may include again
+        m_includes.insert(file, {});
     const Tag root = document.root();
     take(root);
     if (root.name() != "bigarchive"_L1) {
@@ -142,14 +144,14 @@ QString KnownNames::nearestFor(const Finding &finding) const
     return names.isEmpty() ? QString() : nearestOf(unknown.name, names);
 }
 
-void KnownNames::explain(Finding &finding) const
+void KnownNames::explain(Finding &finding)
 {
-    constexpr int kDeepest = 1000; // files may include one another
+    constexpr int kMostSearches = 200; // each looks at all names; nobody reads further
     QString file = finding.place.file;
-    for (auto include = m_includes.constFind(file); include != m_includes.cend() && finding.includes.size() < kDeepest;
-         include = m_includes.constFind(file)) {
-        finding.includes += *include;
-        file = include->file;
+    // The first include of a file stands in one that was read before it, so that the way ends at a root.
+    for (Place include = m_includes.value(file); !include.isNull(); include = m_includes.value(file)) {
+        finding.includes += include;
+        file = include.file;
     }
     const Unknown unknown = unknownOf(finding);
     for (const Declarations *names : finding.place.isNull() ? decltype(unknown.among)() : unknown.among) {
@@ -169,6 +171,8 @@ void KnownNames::explain(Finding &finding) const
         return;
     }
     const ForeignTagRow *row = foreignTagRow(finding);
+    if ((row || !unknown.among.isEmpty()) && ++m_searches > kMostSearches)
+        return;
     if (const QString nearest = nearestFor(finding); !nearest.isEmpty())
         finding.hint = u"did you mean '%1'?"_s.arg(nearest);
     else if (row)

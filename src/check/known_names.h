@@ -17,7 +17,7 @@ public:
 
     /// Adds to \a finding the tags that included its file, and for an unknown name the one that is most likely meant,
     /// or where it is declared out of its sight.
-    void explain(Finding &finding) const;
+    void explain(Finding &finding);
 
     /// The known name that is most likely meant by the unknown one of \a finding; empty when the finding is of another
     /// kind or none is near.
@@ -35,7 +35,8 @@ private:
     Declarations m_types;
     Declarations m_enums;
     Declarations m_variables;
-    QHash<QString, Place> m_includes; ///< the first of each file
+    QHash<QString, Place> m_includes; ///< the first of each file; null for a root
+    int m_searches = 0;
 };
 
 } // namespace veldmap

@@ -14,6 +14,7 @@
 #include <QThread>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <iostream>
 #include <limits>
@@ -485,12 +486,19 @@ void tellUnknownCommand(const std::vector<Command> &commands, const QString &wor
         messages.tell(rules::kUnknownCommandButNear, {word, nearest.name()});
 }
 
+/// Whether \a command tells what lint finds.
+bool isLinting(const Command &command)
+{
+    constexpr std::array kLinting = {check, headers, vhdl, docs, build};
+    return std::ranges::find(kLinting, command.run) != kLinting.end();
+}
+
 /// Whether the standard input can stand for the descriptions that \a options name; an error is told when not.
 bool mayReadInput(const Command &command, const Options &options, Messages &messages)
 {
     if (!options.readsInput())
         return true;
-    const bool writes = command.run == headers || command.run == vhdl || command.run == docs || command.run == build;
+    const bool writes = isLinting(command) && command.run != check;
     if (writes)
         messages.tell(rules::kInputHasNoName);
     else if (options.chip == options.soft)
@@ -534,9 +542,9 @@ ExitStatus runCommand(const std::vector<Command> &commands, const Arguments &arg
         if (!mayReadInput(command, options, messages))
             return kWrongUsage;
         startFormat(command, options, messages);
-        if (options.lint.isOn)
-            messages.showNotes();
         const bool isExplained = arguments.explains.value_or(messages.isTerminal() && options.lint.isOn);
+        if (options.lint.isOn && (isLinting(command) || isExplained || messages.hasFormat()))
+            messages.showNotes();
         if (isExplained || (messages.hasFormat() && options.lint.isOn))
             messages.setExplanations(std::make_unique<Explanations>(widthOfTerminal()), isExplained);
         const ExitStatus status = command.run(options, session);
