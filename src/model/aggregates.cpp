@@ -3,6 +3,11 @@
 #include "text/bit_arithmetic.h"
 #include "text/lines.h"
 
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <utility>
+
 using namespace Qt::StringLiterals;
 using veldmap::wrappingAdd;
 using veldmap::wrappingMultiply;
@@ -19,6 +24,46 @@ int alignedUp(int offset, int align)
     return beyond == 0 ? offset : wrappingAdd(offset, static_cast<int>(unit - beyond));
 }
 
+/// What the name of an array's member ends with: "[7]".
+class Subscript {
+public:
+    explicit Subscript(int index)
+    {
+        m_text[--m_begin] = u']';
+        auto digits = static_cast<quint32>(index);
+        do {
+            m_text[--m_begin] = static_cast<char16_t>(u'0' + digits % 10);
+            digits /= 10;
+        } while (digits != 0);
+        m_text[--m_begin] = u'[';
+    }
+
+    bool isOf(const QString &name, const QString &array) const
+    {
+        return name.size() == array.size() + text().size() && name.endsWith(text()) && name.startsWith(array);
+    }
+
+    /// The name of the member, without spare room: an array may have many.
+    QString nameIn(const QString &array) const
+    {
+        QString name;
+        name.reserve(array.size() + text().size());
+        name += array;
+        name += text();
+        return name;
+    }
+
+private:
+    static constexpr std::size_t kLongest = 12; // "[4294967295]"
+    QStringView text() const
+    {
+        return QStringView(m_text.data() + m_begin, static_cast<qsizetype>(kLongest - m_begin));
+    }
+
+    std::array<char16_t, kLongest> m_text;
+    std::size_t m_begin = kLongest;
+};
+
 QStringList namesOf(const std::vector<std::unique_ptr<VMXMLElement>> &members)
 {
     QStringList names;
@@ -31,9 +76,13 @@ QStringList namesOf(const std::vector<std::unique_ptr<VMXMLElement>> &members)
 
 VMStruct::VMStruct(const QString &, const QString &name) : VMXMLElement(name, XML_STRUCT) {}
 
-VMStruct::VMStruct(const VMStruct &source)
+VMStruct::VMStruct(const VMStruct &source, Outline)
     : VMXMLElement(source), rubyConstants(source.rubyConstants), isTypedef(source.isTypedef),
       structSize(source.structSize), structAlign(source.structAlign)
+{
+}
+
+VMStruct::VMStruct(const VMStruct &source) : VMStruct(source, Outline())
 {
     memberList.reserve(source.memberList.size());
     for (const auto &member : source.memberList) {
@@ -43,6 +92,25 @@ VMStruct::VMStruct(const VMStruct &source)
 }
 
 VMStruct::~VMStruct() = default;
+
+std::unique_ptr<VMStruct> VMStruct::outlineOf(const VMStruct &source)
+{
+    std::unique_ptr<VMStruct> outline(new VMStruct(source, Outline()));
+    const auto isMember = [](const auto &member) { return member->getType() != XML_HOLE; };
+    const auto &members = source.memberList;
+    const auto first = std::ranges::find_if(members, isMember);
+    if (first == members.end())
+        return outline;
+    const auto last = std::prev(std::find_if(members.rbegin(), members.rend(), isMember).base());
+    outline->memberList.reserve(2);
+    for (const auto member : {first, last}) {
+        auto memory = std::make_unique<VMMemory>(QString(), (*member)->sizeOf());
+        memory->remap((*member)->offset);
+        memory->reparent(outline.get());
+        outline->memberList.push_back(std::move(memory));
+    }
+    return outline;
+}
 
 int VMStruct::sizeOf() const
 {
@@ -106,8 +174,8 @@ bool VMStruct::hasInternalRegisters() const
 }
 
 VMArray::VMArray(const QString &name, VMXMLElement *element, int count, const QString &countExpression)
-    : VMXMLElement(name, XML_ARRAY),
-      countExpression(countExpression.isEmpty() ? QString::number(count) : countExpression), declaredCount(count)
+    : VMXMLElement(name, XML_ARRAY), declaredCount(count),
+      countExpression(countExpression.isEmpty() ? QString::number(count) : countExpression)
 {
     takePrototype(anonymousCopy(element));
     memberList.reserve(static_cast<std::size_t>(qMax(count, 0)));
@@ -117,7 +185,7 @@ VMArray::VMArray(const QString &name, VMXMLElement *element, int count, const QS
 }
 
 VMArray::VMArray(const VMArray &source)
-    : VMXMLElement(source), countExpression(source.countExpression), declaredCount(source.declaredCount)
+    : VMXMLElement(source), declaredCount(source.declaredCount), countExpression(source.countExpression)
 {
     takePrototype(anonymousCopy(source.prototype.get()));
     memberList.reserve(source.memberList.size());
@@ -168,8 +236,14 @@ QString VMArray::getTypeString() const
 void VMArray::setName(const QString &newName)
 {
     name = newName;
-    for (qsizetype index = 0; const auto &member : memberList)
-        member->setName(newName + u'[' + QString::number(index++) + u']');
+    for (int index = 0; const auto &member : memberList) {
+        const Subscript subscript(index++);
+        // The members of a copy have their names already, and share them; those of an array in it may have others.
+        if (!subscript.isOf(member->name, newName))
+            member->setName(subscript.nameIn(newName));
+        else if (member->isArray())
+            member->setName(QString(member->name));
+    }
 }
 
 void VMArray::setReadError(bool failed)
@@ -216,6 +290,7 @@ void VMHole::remap(unsigned int newOffset)
 {
     VMXMLElement::remap(newOffset);
     name = "Reserved_"_L1 + veldmap::hex8(offset) + u'_' + QString::number(holeBits);
+    name.squeeze();
 }
 
 void VMHole::setName(const QString &) {}

@@ -17,6 +17,10 @@ public:
     VMStruct(const VMStruct &source);
     ~VMStruct() override;
 
+    /// A copy of \a source for who only asks where it lies: all but the members, of which the first and the last that
+    /// are no gaps are there as memories without names.
+    static std::unique_ptr<VMStruct> outlineOf(const VMStruct &source);
+
     static bool matches(const VMXMLElement &element) { return element.isStruct(); }
 
     /// The size with the end padding that keeps an array of the struct aligned.
@@ -42,6 +46,10 @@ public:
     std::vector<std::unique_ptr<VMXMLElement>> memberList;
     int structSize = 0;  ///< offset behind the last member, without end padding
     int structAlign = 0; ///< the largest alignment among the members
+
+private:
+    struct Outline {};
+    VMStruct(const VMStruct &source, Outline);
 };
 
 /// Repeats copies of one element at a fixed stride, the element's own size.
@@ -74,10 +82,10 @@ public:
     /// The members' names, in index order.
     QStringList getMemberList() const;
 
+    int declaredCount;
     std::unique_ptr<VMXMLElement> prototype;
     std::vector<std::unique_ptr<VMXMLElement>> memberList;
     QString countExpression;
-    int declaredCount;
 
 private:
     void takePrototype(VMXMLElement *copy);

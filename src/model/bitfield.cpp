@@ -76,9 +76,9 @@ QString downExpression(const VMBitGroup &group, const PositionFields &positions)
 VMBitField::VMBitField(const QString &name, bool readable, int writeMode, const QString &upPosExpression, int upPos,
                        const QString &downPosExpression, int downPos, int resetValue, bool hasReset,
                        DisplayType displayType)
-    : VMXMLElement(name, XML_BITFIELD), upPos(upPos), downPos(downPos), upPosExpression(upPosExpression),
-      downPosExpression(downPosExpression), readable(readable), writeMode(writeMode),
-      resetValue(static_cast<std::uint32_t>(resetValue)), hasReset(hasReset), displayType(displayType)
+    : VMXMLElement(name, XML_BITFIELD), readable(readable), hasReset(hasReset), upPos(upPos), downPos(downPos),
+      writeMode(writeMode), upPosExpression(upPosExpression), downPosExpression(downPosExpression),
+      displayType(displayType), resetValue(static_cast<std::uint32_t>(resetValue))
 {
 }
 

@@ -7,7 +7,7 @@
 class VMValuable;
 
 /// How a number stands in text.
-enum DisplayType {
+enum DisplayType : std::uint8_t {
     DISPLAY_DEC = 0,
     DISPLAY_HEX = 1,    ///< "0x" and upper-case digits
     DISPLAY_BIN = 2,    ///< "0b" and the digits 0 and 1
@@ -24,10 +24,10 @@ struct VELDMAP_EXPORT VMBitFieldOption {
 
 /// The named values of a bitfield, and which macros a header gives the field besides.
 struct VELDMAP_EXPORT VMBitFieldOptions {
-    bool hasDefault = false; ///< the value macro, although there are options
+    QList<VMBitFieldOption> optionList; ///< in document order
+    bool hasDefault = false;            ///< the value macro, although there are options
     bool hasMask = false;
     bool hasShift = false;
-    QList<VMBitFieldOption> optionList; ///< in document order
 };
 
 /// A range of bits of a valuable, its parent.
@@ -86,20 +86,20 @@ public:
     /// The options as an HTML table, empty without options. Text: docsite/options_table.cpp.
     QString generateOptionsComment() const;
 
+    bool readable;
+    bool hasReset;
     int upPos;   ///< highest bit
     int downPos; ///< lowest bit
-    QString upPosExpression;
-    QString downPosExpression;
     int physicalUpPos = 0;
     int physicalDownPos = 0;
+    int writeMode; ///< 0 none, 1 plain write, 2 write sets, 3 write clears
+    QString upPosExpression;
+    QString downPosExpression;
     QString physicalUpPosExpression;
     QString physicalDownPosExpression;
-    bool readable;
-    int writeMode;            ///< 0 none, 1 plain write, 2 write sets, 3 write clears
-    std::uint32_t resetValue; ///< counted from the field's lowest bit
-    bool hasReset;
+    [[no_unique_address]] VMBitFieldOptions options; // the two below stand in what its flags leave
     DisplayType displayType;
-    VMBitFieldOptions options;
+    std::uint32_t resetValue; ///< counted from the field's lowest bit
 };
 
 /// Bitfields of one valuable under one name, in the order of adding. Owns none of them; the valuable owns both.

@@ -8,7 +8,7 @@
 
 using namespace Qt::StringLiterals;
 
-VMXMLElement::VMXMLElement(const QString &name, XMLElementType type) : type(type), name(name) {}
+VMXMLElement::VMXMLElement(const QString &name, XMLElementType type) : name(name), type(type) {}
 
 VMXMLElement::~VMXMLElement() = default;
 

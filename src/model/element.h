@@ -7,6 +7,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <cstddef>
 #include <cstdint>
 
 class CXMLCompletionEntry;
@@ -25,7 +26,7 @@ class VMXMLArchive;
 class VELDMAP_EXPORT VMXMLElement {
 public:
     /// The kind of an element. Code switches on these numbers, which run without gaps.
-    enum XMLElementType {
+    enum XMLElementType : std::uint8_t {
         XML_HOLE = 0,
         XML_VALUABLE = 1, ///< only while the base of a valuable is under construction
         XML_REGISTER32 = 2,
@@ -51,6 +52,11 @@ public:
 
     VMXMLElement(const QString &name, XMLElementType type);
     VMXMLElement &operator=(const VMXMLElement &) = delete;
+
+    /// Elements stand in blocks, close together: a large description has a million of them. Text:
+    /// model/element_blocks.cpp.
+    static void *operator new(std::size_t size);
+    static void operator delete(void *element, std::size_t size) noexcept;
 
     virtual ~VMXMLElement();
 
@@ -142,18 +148,20 @@ public:
     /// places it anew and owns it. Null for what can't be copied: archives. \a source is not null.
     static VMXMLElement *anonymousCopy(const VMXMLElement *source);
 
-    bool readError = false;
-    XMLElementType type;
+    // What is small stands last, here and in the derived classes: theirs goes on in the same word.
+
     VMXMLElement *parent = nullptr; ///< not owned
-    std::uint32_t offset = 0;       ///< bytes from the parent's start; the address of a top-level instance
-    std::int32_t arrayNumber = -1;  ///< index in the enclosing array, -1 outside; 0 on an array's prototype
     veldmap::SourcePlace source;    ///< the tag that declares it; a copy has that of what it was copied from
     QString category;
     QString name;
     QString comment;
-    QString typedefName;   ///< the name as a template, empty on anonymous elements
-    QString declaredType;  ///< the type word as the description wrote it
-    QStringList cKeywords; ///< C qualifiers in front of the declaration
+    QString typedefName;           ///< the name as a template, empty on anonymous elements
+    QString declaredType;          ///< the type word as the description wrote it
+    QStringList cKeywords;         ///< C qualifiers in front of the declaration
+    std::uint32_t offset = 0;      ///< bytes from the parent's start; the address of a top-level instance
+    std::int32_t arrayNumber = -1; ///< index in the enclosing array, -1 outside; 0 on an array's prototype
+    XMLElementType type;
+    bool readError = false;
 
 protected:
     /// Copies all fields; a derived class copies what it owns.

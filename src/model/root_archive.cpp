@@ -109,7 +109,19 @@ VMXMLElement *VMRootArchive::instanciateTemplate(const QString &typeName, const 
 
 VMXMLElement *VMRootArchive::addInstance(const VMXMLElement &type, const QString &name, unsigned int address)
 {
-    instances.emplace_back(anonymousCopy(&type));
+    return placeInstance(std::unique_ptr<VMXMLElement>(anonymousCopy(&type)), name, address);
+}
+
+VMXMLElement *VMRootArchive::addOutline(const VMXMLElement &type, const QString &name, unsigned int address)
+{
+    const auto *structure = elementCast<VMStruct>(&type);
+    return structure ? placeInstance(VMStruct::outlineOf(*structure), name, address) : addInstance(type, name, address);
+}
+
+VMXMLElement *VMRootArchive::placeInstance(std::unique_ptr<VMXMLElement> copy, const QString &name,
+                                           unsigned int address)
+{
+    instances.push_back(std::move(copy));
     VMXMLElement *instance = instances.back().get();
     instance->setName(name);
     instance->remap(address);

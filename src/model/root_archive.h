@@ -44,6 +44,8 @@ public:
     VMXMLElement *instanciateTemplate(const QString &typeName, const QString &name, unsigned int address);
     /// The same for the template \a type itself.
     VMXMLElement *addInstance(const VMXMLElement &type, const QString &name, unsigned int address);
+    /// The same, but of a structure as VMStruct::outlineOf() makes it.
+    VMXMLElement *addOutline(const VMXMLElement &type, const QString &name, unsigned int address);
 
     using VMXMLElement::treenode_serialize;
     /// The script of the documentation site's menu: its settings, its top, and the nodes of each instance.
@@ -62,5 +64,7 @@ public:
     VMMemoryMap *memoryMap; ///< not owned
 
 private:
+    VMXMLElement *placeInstance(std::unique_ptr<VMXMLElement> copy, const QString &name, unsigned int address);
+
     std::vector<std::unique_ptr<VMXMLArchive>> m_ownedArchives;
 };

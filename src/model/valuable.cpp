@@ -15,8 +15,8 @@ VMValuable::VMValuable(const QString &name, bool readable, bool writable)
 }
 
 VMValuable::VMValuable(const VMValuable &source)
-    : VMXMLElement(source), readable(source.readable), writable(source.writable), physicalName(source.physicalName),
-      displayType(source.displayType), enumTemplate(source.enumTemplate)
+    : VMXMLElement(source), readable(source.readable), writable(source.writable), displayType(source.displayType),
+      enumTemplate(source.enumTemplate), physicalName(source.physicalName)
 {
     bitFields.reserve(source.bitFields.size());
     for (const auto &field : source.bitFields)
@@ -30,6 +30,7 @@ VMValuable::VMValuable(const VMValuable &source)
     }
     for (const auto &group : source.bitGroups) {
         auto copy = std::make_unique<VMBitGroup>(group->name, this);
+        copy->reserve(group->size());
         for (const VMBitField *field : *group)
             copy->addBitField(firstOfName.value(field->getName()));
         addBitGroup(copy.release());

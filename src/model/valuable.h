@@ -52,13 +52,13 @@ public:
 
     bool readable;
     bool writable;
+    DisplayType displayType = DISPLAY_HEX;
+    bool enumTemplate = false; ///< stands for an enum: generators print no structure and no macros for it
     std::vector<std::unique_ptr<VMBitField>> bitFields; ///< in document order
     std::vector<std::unique_ptr<VMBitGroup>> bitGroups; ///< in document order
     QString lowName;                                    ///< name of the lower half of a 16-bit or 32-bit register
     QString highName;                                   ///< name of the upper half
     QString physicalName;                               ///< expression of the top bit of the packed word
-    DisplayType displayType = DISPLAY_HEX;
-    bool enumTemplate = false; ///< stands for an enum: generators print no structure and no macros for it
 
 protected:
     /// dumpInfo for a class whose object takes \a objectSize bytes.

@@ -4,6 +4,7 @@
 #include "text/names.h"
 
 #include <algorithm>
+#include <array>
 
 using namespace Qt::StringLiterals;
 
@@ -40,6 +41,18 @@ bool isHexDigit(QChar character)
 bool isBinaryDigit(QChar character)
 {
     return character == u'0' || character == u'1';
+}
+
+QString decimalText(int value)
+{
+    constexpr int kBits = 65; // positions of a word of 64 bits, and the one behind
+    static const auto bitNumbers = [] {
+        std::array<QString, kBits> texts;
+        for (int number = 0; number < kBits; ++number)
+            texts[static_cast<std::size_t>(number)] = QString::number(number);
+        return texts;
+    }();
+    return value >= 0 && value < kBits ? bitNumbers[static_cast<std::size_t>(value)] : QString::number(value);
 }
 
 std::optional<qint64> numberOf(const QString &text)

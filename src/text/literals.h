@@ -23,4 +23,7 @@ namespace veldmap {
 /// if it is negative. Nothing when it is none, or beyond 64 bits.
 VELDMAP_EXPORT std::optional<qint64> numberOf(const QString &text);
 
+/// \a value in decimal. The texts of bit numbers, which a description has many of, share their storage.
+QString decimalText(int value);
+
 } // namespace veldmap

@@ -1,5 +1,6 @@
 #include "model/valuable.h"
 #include "text/bit_arithmetic.h"
+#include "text/literals.h"
 #include "vhdl/notation.h"
 
 #include <algorithm>
@@ -54,10 +55,10 @@ private:
         const int highNumber = wrappingAdd(wrappingSubtract(field.upPos, field.downPos), m_next);
         if (m_symbolic || !isInteger(up) || !isInteger(down)) {
             appendRange(up, down);
-            m_top = m_nextText;
+            m_top = nextText();
             m_nextText += "+1"_L1;
         } else {
-            m_top = QString::number(highNumber);
+            m_top = veldmap::decimalText(highNumber);
         }
         m_next = wrappingAdd(highNumber, 1);
         field.setPhysicalPositions(m_top, highNumber, low, lowNumber);
@@ -75,7 +76,11 @@ private:
             m_nextText += u'-' + down;
     }
 
-    QString nextText() const { return m_symbolic ? m_nextText : QString::number(m_next); }
+    /// The growing text has spare room, which a field would keep.
+    QString nextText() const
+    {
+        return m_symbolic ? QString(m_nextText.constData(), m_nextText.size()) : veldmap::decimalText(m_next);
+    }
 
     static bool isInteger(const QString &text)
     {
