@@ -5,7 +5,7 @@ namespace veldmap::cli {
 
 ExitStatus check(const Options &options, Session &session)
 {
-    return loadAndLint(options, session) ? kDone : kFailed;
+    return loadAndLint(options, session, InstanceParts::Outlines) ? kDone : kFailed;
 }
 
 } // namespace veldmap::cli

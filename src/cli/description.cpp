@@ -85,12 +85,13 @@ private:
 };
 
 /// Loads what \a options name; \a lint may be null. With it, all that is wrong is told.
-bool load(const Options &options, Session &session, Lint *lint)
+bool load(const Options &options, Session &session, InstanceParts instances, Lint *lint)
 {
     Explanations *explanations = session.messages.explanations();
     TwoListeners listeners(lint, explanations ? &explanations->names() : nullptr);
     const LoadOptions how = {.threads = options.threads,
                              .documents = &listeners,
+                             .outlinesInstances = instances == InstanceParts::Outlines,
                              .goesOn = lint != nullptr,
                              .files = &session.files,
                              .base = options.output.base,
@@ -119,20 +120,21 @@ void tellFindings(const Lint &lint, const LintOptions &options, int threads, Ses
 
 } // namespace
 
-bool loadDescriptions(const Options &options, Session &session)
+bool loadDescriptions(const Options &options, Session &session, InstanceParts instances)
 {
-    return load(options, session, nullptr);
+    return load(options, session, instances, nullptr);
 }
 
-bool loadAndLint(const Options &options, Session &session)
+bool loadAndLint(const Options &options, Session &session, InstanceParts instances)
 {
     Messages &messages = session.messages;
     messages.setStrict(options.lint.choice.isStrict());
     // Some errors of a load leave a tree all the same, which is as good as ever for who wants to hear nothing else.
     if (!options.lint.isOn)
-        return loadDescriptions(options, session) && (!options.lint.choice.isStrict() || messages.errorCount() == 0);
+        return loadDescriptions(options, session, instances) &&
+               (!options.lint.choice.isStrict() || messages.errorCount() == 0);
     Lint lint([&](const LintRule &rule) { return options.lint.choice.isOn(rule); });
-    const bool isLoaded = load(options, session, &lint);
+    const bool isLoaded = load(options, session, instances, &lint);
     // An error of a load that leaves a tree stops nothing, one of lint does.
     const int errorsOfLoad = options.lint.choice.isStrict() ? 0 : messages.errorCount();
     tellFindings(lint, options.lint, options.threads, session);

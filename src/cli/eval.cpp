@@ -79,7 +79,7 @@ private:
 
 ExitStatus eval(const Options &options, Session &session)
 {
-    if (!loadDescriptions(options, session))
+    if (!loadDescriptions(options, session, InstanceParts::Outlines))
         return kFailed;
     const VMMemoryMap &map = session.map;
     CXMLVarCtx plainContext;

@@ -12,7 +12,9 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <system_error>
 
 #ifdef Q_OS_LINUX
@@ -184,6 +186,16 @@ void Writing::tellSummary()
         messages.tellNote(rules::kWritten, numbers);
 }
 
+/// How much of the instances \a wanted needs: headers and packages name only where they lie.
+InstanceParts partsFor(const std::vector<WantedOutput> &wanted, const Options &options)
+{
+    constexpr Output kOutlines[] = {Output::Headers, Output::Vhdl, Output::Types, Output::Globals};
+    const bool areOutlines = std::ranges::all_of(wanted, [&](const WantedOutput &one) {
+        return std::ranges::find(kOutlines, one.output) != std::end(kOutlines);
+    });
+    return areOutlines && !options.selfCheck ? InstanceParts::Outlines : InstanceParts::All;
+}
+
 } // namespace
 
 std::vector<WantedOutput> wantedHeaders(const Options &options, const QString &directory)
@@ -204,7 +216,7 @@ std::vector<WantedOutput> wantedHeaders(const Options &options, const QString &d
 
 ExitStatus loadAndWrite(const Options &options, const std::vector<WantedOutput> &wanted, Session &session)
 {
-    if (!loadAndLint(options, session))
+    if (!loadAndLint(options, session, partsFor(wanted, options)))
         return kFailed;
     const int errorsBefore = session.messages.errorCount(); // which have stopped nothing
     Writing writing(options, session);

@@ -45,6 +45,8 @@ public:
 
     /// \a listener, if not null, sees each document before its tags are read.
     void setDocumentListener(DocumentListener *listener) { m_listener = listener; }
+    /// From now on instances of structures are made as LoadOptions::outlinesInstances says.
+    void outlineInstances() { m_outlines = true; }
     /// From now on a refused tag is left out, and what stands behind it is read all the same, so that one run tells of
     /// all faults. What only follows from a fault that was told is not told again. hasFailed() then says whether the
     /// tree is good for anything.
@@ -167,6 +169,15 @@ private:
     bool addPieces(std::unique_ptr<VMBitField> first, std::unique_ptr<VMBitGroup> group, const BitsCut &cut,
                    const QString &name, const Tag &tag, VMValuable &valuable, const VMXMLArchive &archive);
 
+    // Attributes and comments as texts that the load shares, read as readText, readName and takeComment do.
+    QString sharedText(const Tag &tag, QStringView attribute) { return m_builder.texts().of(tag.attribute(attribute)); }
+    QString sharedName(const Tag &tag, QStringView attribute)
+    {
+        return m_builder.texts().ofName(tag.attribute(attribute));
+    }
+    bool takeSharedComment(const Tag &child, QString &comment);
+    QString sharedOnlyComment(const Tag &tag) { return m_builder.texts().of(readOnlyComment(tag)); }
+
     /// The place of \a tag for what is made of it.
     SourcePlace sourceOf(const Tag &tag) const;
 
@@ -177,6 +188,7 @@ private:
     SourceFile m_file;     ///< that is being read
     SourcePlace m_include; ///< the tag by which it is included, null for the root
     int m_includeDepth = 0;
+    bool m_outlines = false;
 
     bool m_goesOn = false;
     bool m_hasFailed = false;

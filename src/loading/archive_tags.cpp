@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -159,12 +160,12 @@ bool ArchiveReader::readArchiveChild(const Tag &child, VMXMLArchive &archive)
             reader.tell(rules::includeSkipped, {to.getTotalPath()});
         return result != XMDOpenInvalid;
     };
-    constexpr auto readComment = [](Reader &, const Tag &tag, VMXMLArchive &to) {
-        to.archiveComment = veldmap::readComment(tag);
+    constexpr auto readComment = [](Reader &reader, const Tag &tag, VMXMLArchive &to) {
+        to.archiveComment = reader.m_builder.texts().of(veldmap::readComment(tag));
         return true;
     };
-    constexpr auto readCJoker = [](Reader &, const Tag &tag, VMXMLArchive &to) {
-        to.cJoker = veldmap::readCJoker(tag);
+    constexpr auto readCJoker = [](Reader &reader, const Tag &tag, VMXMLArchive &to) {
+        to.cJoker = reader.m_builder.texts().of(veldmap::readCJoker(tag));
         return true;
     };
     static constexpr ArchiveTag kArchiveTags[] = {
@@ -285,6 +286,14 @@ ArchiveReader::Element ArchiveReader::arrayOf(Element element, const Count &coun
         return nullptr;
     }
     return element;
+}
+
+bool ArchiveReader::takeSharedComment(const Tag &child, QString &comment)
+{
+    if (!takeComment(child, comment))
+        return false;
+    comment = m_builder.texts().of(std::move(comment));
+    return true;
 }
 
 SourcePlace ArchiveReader::sourceOf(const Tag &tag) const

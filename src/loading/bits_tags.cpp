@@ -4,9 +4,11 @@
 #include "loading/rules.h"
 #include "model/valuable.h"
 #include "text/bit_arithmetic.h"
+#include "text/literals.h"
 #include "text/plain_number.h"
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -14,8 +16,8 @@ namespace veldmap {
 
 /// The attributes of a `bits` tag. Words that only decide something stay in the document.
 struct ArchiveReader::BitsAttributes {
-    explicit BitsAttributes(const Tag &tag)
-        : name(readName(tag, u"name")), access(tag.attribute(u"access")), pos(readText(tag, u"pos")),
+    BitsAttributes(const Tag &tag, SharedTexts &texts)
+        : name(texts.ofName(tag.attribute(u"name"))), access(tag.attribute(u"access")), pos(tag.attribute(u"pos")),
           reset(wordOf(tag, u"rst", u"no")), display(displayOf(wordOf(tag, u"display", u"dec"))),
           cut(wordOf(tag, u"cut", u"no")), cutEnum(readText(tag, u"cutenum")),
           cutStart(readText(tag, u"cutstart", u"0"_s)), cutPrefix(readName(tag, u"cutprefix"))
@@ -33,7 +35,7 @@ struct ArchiveReader::BitsAttributes {
 
     QString name;
     QStringView access;
-    QString pos;
+    QStringView pos;
     QStringView reset;
     DisplayType display;
     QStringView cut;
@@ -84,8 +86,8 @@ struct ArchiveReader::BitsCut {
         bool plain = false;
         whole.downText.toInt(&plain);
         if (plain) {
-            position.downText = QString::number(wrappingAdd(whole.down, low));
-            position.upText = QString::number(wrappingAdd(whole.down, high));
+            position.downText = decimalText(wrappingAdd(whole.down, low));
+            position.upText = decimalText(wrappingAdd(whole.down, high));
         } else {
             position.downText = whole.downText + u'+' + QString::number(low);
             position.upText = whole.downText + u'+' + QString::number(high);
@@ -123,7 +125,7 @@ quint32 resetValueOf(QStringView reset, qint64 width)
 bool ArchiveReader::readBits(const Tag &tag, VMValuable &valuable, VMXMLArchive &archive)
 {
     m_builder.countDeclared();
-    const BitsAttributes attributes(tag);
+    const BitsAttributes attributes(tag, m_builder.texts());
     if (attributes.name.isEmpty())
         return fail(tag, archive, rules::fieldWithoutName, {valuable.getName()});
     return readNamedBits(attributes, tag, valuable, archive) || loseField(attributes.name);
@@ -170,11 +172,11 @@ bool ArchiveReader::readPosition(const BitsAttributes &attributes, const Tag &ta
                                  const VMXMLArchive &archive, BitPosition &position)
 {
     // The split comes at the last colon that has text on both sides.
-    const QString &pos = attributes.pos;
+    const QStringView pos = attributes.pos;
     const qsizetype colon = pos.size() < 3 ? -1 : pos.lastIndexOf(u':', pos.size() - 2);
     const bool isRange = colon > 0;
-    position.upText = isRange ? pos.first(colon) : pos;
-    position.downText = isRange ? pos.sliced(colon + 1) : pos;
+    position.upText = m_builder.texts().of(isRange ? pos.first(colon) : pos);
+    position.downText = isRange ? m_builder.texts().of(pos.sliced(colon + 1)) : position.upText;
     if (!evaluatePosition(position, attributes.name, tag, valuable, archive))
         return false;
     if (position.up < position.down) {
@@ -247,7 +249,7 @@ bool ArchiveReader::readBitsChildren(const Tag &tag, const QString &name, VMBitF
         }
     }
     const QString options = field.generateOptionsComment();
-    field.comment = comment + options;
+    field.comment = m_builder.texts().of(options.isEmpty() ? std::move(comment) : comment + options);
     const Refusal refused = m_builder.countText(options.size());
     return !refused || fail(tag, archive, refused);
 }
@@ -262,7 +264,7 @@ bool ArchiveReader::addPieces(std::unique_ptr<VMBitField> first, std::unique_ptr
         if (!evaluatePosition(position, name, tag, valuable, archive))
             return false;
         pieces.push_back(std::make_unique<VMBitField>(*pieces.front()));
-        pieces.back()->setName(cut.nameOf(piece));
+        pieces.back()->setName(m_builder.texts().of(cut.nameOf(piece)));
         pieces.back()->setPositions(position.upText, position.up, position.downText, position.down);
     }
     for (auto &piece : pieces) {

@@ -12,7 +12,7 @@ namespace veldmap {
 
 bool ArchiveReader::readBitgroup(const Tag &tag, VMValuable &valuable, VMXMLArchive &archive)
 {
-    auto group = std::make_unique<VMBitGroup>(readName(tag, u"name"), &valuable);
+    auto group = std::make_unique<VMBitGroup>(sharedName(tag, u"name"), &valuable);
     group->source = sourceOf(tag);
     for (const Tag &child : ChildTags(tag)) {
         const QStringView childName = child.name();
@@ -94,19 +94,23 @@ bool ArchiveReader::readOptions(const Tag &tag, VMBitField &field, VMXMLArchive 
                 return false;
         }
     }
-    if (!linked)
+    if (!linked) {
+        options.optionList.squeeze();
         return true;
+    }
     if (const Refusal refused = m_builder.countCopies(linked->size()))
         return fail(tag, archive, refused);
-    for (const VMIntVar &entry : *linked)
-        options.optionList.append({entry.name, entry.leftValue, entry.comment, entry.source});
+    if (options.optionList.isEmpty())
+        options.optionList = m_builder.optionsOf(*linked);
+    else
+        options.optionList += m_builder.optionsOf(*linked);
     return true;
 }
 
 bool ArchiveReader::readOption(const Tag &tag, VMBitFieldOptions &options, VMXMLArchive &archive)
 {
     VMBitFieldOption option;
-    option.name = readName(tag, u"name");
+    option.name = sharedName(tag, u"name");
     option.source = sourceOf(tag);
     const QString expression = readText(tag, u"value", u"0"_s);
     const Evaluated value = evaluate(expression, archive);
@@ -114,7 +118,7 @@ bool ArchiveReader::readOption(const Tag &tag, VMBitFieldOptions &options, VMXML
         return failEvaluation(tag, archive, rules::optionExpression, {expression, value.message}, value);
     option.value = value.value;
     for (const Tag &child : ChildTags(tag)) {
-        if (takeComment(child, option.comment))
+        if (takeSharedComment(child, option.comment))
             continue;
         fail(child, archive, rules::foreignTagInOption, {option.name, child.name().toString()});
         if (!m_goesOn)

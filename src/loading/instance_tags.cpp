@@ -16,8 +16,8 @@ VMXMLElement *ArchiveReader::readInstance(const Tag &tag, VMXMLArchive &archive)
         fail(tag, archive, rule, arguments);
         return nullptr;
     };
-    const QString name = readText(tag, u"name");
-    const QString type = readText(tag, u"type");
+    const QString name = sharedText(tag, u"name");
+    const QString type = sharedText(tag, u"type");
     const QString category = readText(tag, u"category", u"Unclassified"_s);
     const Evaluated address = evaluate(readText(tag, u"address", u"0"_s), archive);
     if (address.failed) {
@@ -39,7 +39,9 @@ VMXMLElement *ArchiveReader::readInstance(const Tag &tag, VMXMLArchive &archive)
         fail(tag, archive, refused);
         return nullptr;
     }
-    VMXMLElement *instance = root->addInstance(*known, name, static_cast<unsigned int>(address.value));
+    const auto place = static_cast<unsigned int>(address.value);
+    VMXMLElement *instance =
+        m_outlines ? root->addOutline(*known, name, place) : root->addInstance(*known, name, place);
     instance->source = sourceOf(tag);
     if (instance->category.isEmpty() || instance->category == "Unclassified"_L1)
         instance->category = category;
@@ -53,8 +55,8 @@ ArchiveReader::Element ArchiveReader::readInnerInstance(const Tag &tag, VMXMLArc
         fail(tag, archive, rule, arguments);
         return nullptr;
     };
-    const QString type = readName(tag, u"type");
-    const QString name = readName(tag, u"name");
+    const QString type = sharedName(tag, u"type");
+    const QString name = sharedName(tag, u"name");
     Count count = readCount(tag);
     if (name.isEmpty())
         return refuse(rules::memberWithoutName);
@@ -84,7 +86,7 @@ ArchiveReader::Element ArchiveReader::readInnerInstance(const Tag &tag, VMXMLArc
 
 ArchiveReader::Element ArchiveReader::readMemory(const Tag &tag, VMXMLArchive &archive, const QString &)
 {
-    const QString name = readName(tag, u"name");
+    const QString name = sharedName(tag, u"name");
     int size = 0;
     if (!evaluateSize(readText(tag, u"size", u"0"_s), size, tag, archive, rules::memorySize, {name}))
         return nullptr;
@@ -92,7 +94,7 @@ ArchiveReader::Element ArchiveReader::readMemory(const Tag &tag, VMXMLArchive &a
     memory->source = sourceOf(tag);
     memory->cKeywords += readKeywords(tag);
     for (const Tag &child : ChildTags(tag)) {
-        if (takeComment(child, memory->comment))
+        if (takeSharedComment(child, memory->comment))
             continue;
         fail(child, archive, rules::foreignTagInMemory, {name, child.name().toString()});
         if (!m_goesOn)
@@ -103,10 +105,10 @@ ArchiveReader::Element ArchiveReader::readMemory(const Tag &tag, VMXMLArchive &a
 
 ArchiveReader::Element ArchiveReader::readPointer(const Tag &tag, VMXMLArchive &archive, const QString &parentName)
 {
-    QString type = readName(tag, u"type");
+    QString type = sharedName(tag, u"type");
     if (const QString folded = type.toLower(); folded == kMemoryWord || scalarKindNamed(folded, kFoldedType))
         type = folded;
-    const QString name = readName(tag, u"name");
+    const QString name = sharedName(tag, u"name");
     Count count = readCount(tag);
     auto pointer = std::make_unique<VMPointer>(name, type);
     pointer->source = sourceOf(tag);
@@ -114,7 +116,7 @@ ArchiveReader::Element ArchiveReader::readPointer(const Tag &tag, VMXMLArchive &
     if (!evaluateArrayCount(count, tag, archive, parentName, type, name))
         return nullptr;
     for (const Tag &child : ChildTags(tag)) {
-        if (takeComment(child, pointer->comment))
+        if (takeSharedComment(child, pointer->comment))
             continue;
         fail(child, archive, rules::foreignTagInPointer, {name, child.name().toString()});
         if (!m_goesOn)

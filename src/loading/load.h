@@ -28,6 +28,8 @@ struct LoadOptions {
     int threads = 1;                       ///< with more than one, the others read files ahead
     DocumentListener *documents = nullptr; ///< sees each document before its tags are read; not owned
     std::optional<QByteArray> root = {};   ///< what the root file holds, if it is not to be read from its path
+    bool outlinesInstances = false;        ///< instances of structures are VMStruct::outlineOf() their types, which is
+                                           ///< all that lint, headers and packages ask of them
     bool goesOn = false;        ///< tells of all faults, not of the first alone; it loads nothing all the same
     ReadFiles *files = nullptr; ///< learns what was read; not owned
     QString base = {};          ///< where the relative names of the tree start; empty for the directory of the root

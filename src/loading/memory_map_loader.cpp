@@ -102,6 +102,8 @@ std::unique_ptr<VMRootArchive> loadRoot(VMMemoryMap &map, const QString &path, b
         options.root ? FileName{path, path, u"."_s} : FileName{path, file.fileName(), file.absolutePath()};
     ArchiveReader reader(builder, *files, sink);
     reader.setDocumentListener(options.documents);
+    if (options.outlinesInstances)
+        reader.outlineInstances();
     if (options.goesOn)
         reader.goOnAfterErrors();
     XMDOpenError status = XMDOpenSuccess;

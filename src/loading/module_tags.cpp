@@ -16,8 +16,8 @@ VMXMLElement *ArchiveReader::readType(const Tag &tag, VMXMLArchive &archive)
         fail(tag, archive, rules::noModule);
         return nullptr;
     }
-    const QString name = readText(tag, u"name");
-    const QString category = readText(tag, u"category");
+    const QString name = sharedText(tag, u"name");
+    const QString category = sharedText(tag, u"category");
     if (name.isEmpty()) {
         fail(tag, archive, rules::moduleWithoutName);
         return nullptr;
@@ -33,6 +33,7 @@ VMXMLElement *ArchiveReader::readType(const Tag &tag, VMXMLArchive &archive)
     module->cKeywords += readKeywords(tag);
     if (!readTypeChildren(tag, *module, archive))
         return nullptr;
+    module->memberList.shrink_to_fit();
 
     if (VMXMLElement *known = m_builder.findType(name)) {
         tell(Finding(rules::typeAlreadyKnown, {archive.getTotalPath(), tag.lineNumber(), tag.columnNumber()}, {name})
@@ -64,7 +65,7 @@ bool ArchiveReader::readTypeChildren(const Tag &tag, VMStruct &module, VMXMLArch
             isRead = readRange(child, archive);
         else if (childName == "enum"_L1)
             isRead = readEnum(child, archive);
-        else if (!takeComment(child, module.comment))
+        else if (!takeSharedComment(child, module.comment))
             isRead = fail(child, archive, rules::foreignTagInModule, {childName.toString()});
         if (!isRead && !m_goesOn)
             return false;
@@ -75,7 +76,7 @@ bool ArchiveReader::readTypeChildren(const Tag &tag, VMStruct &module, VMXMLArch
 
 ArchiveReader::Element ArchiveReader::readStruct(const Tag &tag, VMXMLArchive &archive, const QString &parentName)
 {
-    const QString name = readName(tag, u"name");
+    const QString name = sharedName(tag, u"name");
     Count count = readCount(tag);
     if (name.isEmpty()) {
         fail(tag, archive, rules::structWithoutName, {parentName});
@@ -95,12 +96,13 @@ ArchiveReader::Element ArchiveReader::readStruct(const Tag &tag, VMXMLArchive &a
                 return nullptr;
             if (member)
                 structure->addElement(member.release());
-        } else if (!takeComment(child, structure->comment)) {
+        } else if (!takeSharedComment(child, structure->comment)) {
             fail(child, archive, rules::foreignTagInStruct, {name, childName.toString()});
             if (!m_goesOn)
                 return nullptr;
         }
     }
+    structure->memberList.shrink_to_fit();
     return arrayOf(std::move(structure), count, name, tag, archive);
 }
 
@@ -136,7 +138,7 @@ bool ArchiveReader::readAlias(const Tag &tag, VMXMLArchive &archive)
                 return lose(name);
             }
             if (isValuable)
-                element->declaredType = childName.toString();
+                element->declaredType = m_builder.texts().of(childName);
         } else if (!takeComment(child, comment)) {
             // Told, and passed over: only the lack of an element fails an alias.
             tell(rules::foreignTagInAlias, {archive.getTotalPath(), tag.lineNumber(), tag.columnNumber()},

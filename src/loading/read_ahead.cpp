@@ -14,9 +14,10 @@ namespace veldmap {
 namespace {
 
 constexpr int kMostThreads = 3; // so many read as fast as the tree is made
+// A document takes several times as much memory as its file has bytes. A few ahead keep the other threads at work.
 constexpr std::size_t kMostReady = 8;
-constexpr qint64 kMostReadyBytes = 32 * 1024 * 1024;
-constexpr qint64 kLargestFile = 8 * 1024 * 1024; // a larger one is read when the load asks for it
+constexpr qint64 kMostReadyBytes = 2 * 1024 * 1024;
+constexpr qint64 kLargestFile = 4 * 1024 * 1024; // a larger one is read when the load asks for it
 
 /// The file of an `include` tag that is followed whatever the variables are; empty where it depends on them.
 QString certainFile(const Tag &include)

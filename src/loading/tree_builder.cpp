@@ -35,6 +35,7 @@ void TreeBuilder::discardArchive(VMXMLArchive &archive)
     m_files.clear();
     m_types = {};
     m_names = {};
+    m_options.clear();
     m_scopeArchive = nullptr;
     m_scope.reset();
 }
@@ -107,6 +108,17 @@ const VMEnum &TreeBuilder::addEnum(VMVariableManager &manager, std::unique_ptr<V
     manager.addEnum(newEnum.release());
     m_names.update(manager);
     return added;
+}
+
+QList<VMBitFieldOption> TreeBuilder::optionsOf(const VMEnum &linked)
+{
+    QList<VMBitFieldOption> &options = m_options[&linked];
+    if (options.isEmpty()) {
+        options.reserve(linked.size());
+        for (const VMIntVar &entry : linked)
+            options.append({entry.name, entry.leftValue, entry.comment, entry.source});
+    }
+    return options;
 }
 
 VMVariableManager &TreeBuilder::globalManagerOf(VMXMLArchive &archive)

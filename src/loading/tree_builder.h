@@ -1,8 +1,10 @@
 #pragma once
 
 #include "findings/refusal.h"
+#include "loading/shared_texts.h"
 #include "loading/type_index.h"
 #include "model/archive.h"
+#include "model/bitfield.h"
 #include "model/scope_index.h"
 
 #include <QHash>
@@ -48,8 +50,13 @@ public:
     const VMEnum *findEnum(const QString &name, const VMXMLArchive &archive);
     void addVariable(VMVariableManager &manager, const VMIntVar &variable);
     const VMEnum &addEnum(VMVariableManager &manager, std::unique_ptr<VMEnum> newEnum);
+    /// The entries of \a linked as options, a list that all fields share which are linked to it.
+    QList<VMBitFieldOption> optionsOf(const VMEnum &linked);
     /// The manager of the global variables, or, for an archive outside a memory map, its own.
     static VMVariableManager &globalManagerOf(VMXMLArchive &archive);
+
+    /// The texts of this load, of which equal ones are one.
+    SharedTexts &texts() { return m_texts; }
 
     // Arrays, instances and cut fields make much out of little: what they would hold is counted before it is made.
 
@@ -79,7 +86,9 @@ private:
     QHash<Identity, VMXMLArchive *> m_files;
     TypeIndex m_types;
     ScopeIndex m_names;
-    const VMXMLArchive *m_scopeArchive = nullptr; // whose scope m_scope is
+    SharedTexts m_texts;
+    QHash<const VMEnum *, QList<VMBitFieldOption>> m_options; // of linked enums, which are complete
+    const VMXMLArchive *m_scopeArchive = nullptr;             // whose scope m_scope is
     std::optional<Scope> m_scope;
     QHash<QString, const VMIntVar *> m_foundVariables; // in it
     qint64 m_declaredElements = 0;

@@ -32,13 +32,13 @@ ArchiveReader::Element ArchiveReader::readMember(const MemberTag &row, const Tag
 {
     m_builder.countDeclared();
     return row.read ? (this->*row.read)(tag, archive, parentName)
-                    : readValuable(tag, archive, parentName, tag.name().toString());
+                    : readValuable(tag, archive, parentName, m_builder.texts().of(tag.name()));
 }
 
 ArchiveReader::Element ArchiveReader::readValuable(const Tag &tag, VMXMLArchive &archive, const QString &parentName,
                                                    const QString &tagName)
 {
-    const QString name = readName(tag, u"name");
+    const QString name = sharedName(tag, u"name");
     const QString protect = readText(tag, u"protect");
     Count count = readCount(tag);
     if (!evaluateArrayCount(count, tag, archive, parentName, tagName, name))
@@ -62,10 +62,17 @@ ArchiveReader::Element ArchiveReader::readValuable(const Tag &tag, VMXMLArchive 
         if (!readValuableChild(child, *valuable, archive, tagName) && !m_goesOn)
             return nullptr;
     }
+    valuable->bitFields.shrink_to_fit();
+    valuable->bitGroups.shrink_to_fit();
     valuable->buildPhysicalMap();
     qint64 positionCharacters = 0;
-    for (const auto &field : valuable->bitFields)
-        positionCharacters += field->physicalUpPosExpression.size() + field->physicalDownPosExpression.size();
+    for (const auto &field : valuable->bitFields) {
+        for (QString *text : {&field->physicalUpPosExpression, &field->physicalDownPosExpression}) {
+            positionCharacters += text->size();
+            if (text->size() > 2) // numbers of bits are shared already
+                *text = m_builder.texts().of(*text);
+        }
+    }
     if (const Refusal refused = m_builder.countText(positionCharacters)) {
         fail(tag, archive, refused);
         return nullptr;
@@ -84,10 +91,10 @@ bool ArchiveReader::readValuableChild(const Tag &child, VMValuable &valuable, VM
     if (childName == "bitgroup"_L1)
         return readBitgroup(child, valuable, archive);
     if (childName == "l"_L1)
-        valuable.lowName = readText(child, u"name");
+        valuable.lowName = sharedText(child, u"name");
     else if (childName == "h"_L1)
-        valuable.highName = readText(child, u"name");
-    else if (!takeComment(child, valuable.comment))
+        valuable.highName = sharedText(child, u"name");
+    else if (!takeSharedComment(child, valuable.comment))
         return fail(child, archive, rules::foreignTagInValuable, {tagName, valuable.getName(), childName.toString()});
     return true;
 }

@@ -17,6 +17,7 @@ std::unique_ptr<VMInt32> enumTemplateOf(const VMEnum &source)
     valuable->source = source.source;
     auto field = std::make_unique<VMBitField>(u"enum"_s, true, 1, u"31"_s, 31, u"0"_s, 0, 0, true, DISPLAY_HEX);
     field->source = source.source;
+    field->options.optionList.reserve(source.size());
     for (const VMIntVar &entry : source)
         field->options.optionList.append({entry.name, entry.leftValue, entry.comment, entry.source});
     valuable->addBitField(field.release());
@@ -38,8 +39,8 @@ void disownEntries(VMXMLArchive &archive, const VMEnum *owner)
 bool ArchiveReader::readVariable(const Tag &tag, VMXMLArchive &archive)
 {
     VMIntVar variable;
-    variable.name = readName(tag, u"name");
-    variable.leftExpression = readText(tag, u"value");
+    variable.name = sharedName(tag, u"name");
+    variable.leftExpression = sharedText(tag, u"value");
     const bool isGlobal = readFlag(tag, u"global");
     if (variable.name.isEmpty())
         return fail(tag, archive, rules::variableWithoutName, {archive.getBaseName()});
@@ -49,7 +50,7 @@ bool ArchiveReader::readVariable(const Tag &tag, VMXMLArchive &archive)
     }
 
     VMVariableManager &manager = isGlobal ? TreeBuilder::globalManagerOf(archive) : *archive.variables;
-    variable.comment = readOnlyComment(tag);
+    variable.comment = sharedOnlyComment(tag);
     const Evaluated value = m_builder.evaluate(variable.leftExpression, manager, variable.name);
     if (value.failed) {
         failEvaluation(tag, archive, rules::variableExpression, {archive.getBaseName(), variable.name, value.message},
@@ -65,9 +66,9 @@ bool ArchiveReader::readVariable(const Tag &tag, VMXMLArchive &archive)
 bool ArchiveReader::readRange(const Tag &tag, VMXMLArchive &archive)
 {
     VMIntVar range;
-    range.name = readName(tag, u"name");
-    range.leftExpression = readText(tag, u"left");
-    range.rightExpression = readText(tag, u"right");
+    range.name = sharedName(tag, u"name");
+    range.leftExpression = sharedText(tag, u"left");
+    range.rightExpression = sharedText(tag, u"right");
     const QString direction = readText(tag, u"dir", u"down"_s);
     if (range.name.isEmpty())
         return fail(tag, archive, rules::rangeWithoutName);
@@ -92,7 +93,7 @@ bool ArchiveReader::readRange(const Tag &tag, VMXMLArchive &archive)
     }
     range.dir = direction == "up"_L1 ? VMIntVar::up : VMIntVar::down;
     range.isRange = 1;
-    range.comment = readOnlyComment(tag);
+    range.comment = sharedOnlyComment(tag);
     range.source = sourceOf(tag);
     m_builder.addVariable(*archive.variables, range);
     return true;
@@ -101,7 +102,7 @@ bool ArchiveReader::readRange(const Tag &tag, VMXMLArchive &archive)
 bool ArchiveReader::readEnum(const Tag &tag, VMXMLArchive &archive)
 {
     auto created = std::make_unique<VMEnum>();
-    created->name = readName(tag, u"name");
+    created->name = sharedName(tag, u"name");
     created->source = sourceOf(tag);
     for (const Tag &child : ChildTags(tag)) {
         const QStringView childName = child.name();
@@ -125,9 +126,9 @@ bool ArchiveReader::readEnum(const Tag &tag, VMXMLArchive &archive)
 bool ArchiveReader::readEnumEntry(const Tag &tag, VMEnum &owner, VMXMLArchive &archive)
 {
     VMIntVar entry;
-    entry.name = readName(tag, u"name");
-    entry.leftExpression = readText(tag, u"value");
-    entry.comment = readOnlyComment(tag);
+    entry.name = sharedName(tag, u"name");
+    entry.leftExpression = sharedText(tag, u"value");
+    entry.comment = sharedOnlyComment(tag);
     if (entry.name.isEmpty())
         return fail(tag, archive, rules::entryWithoutName);
     if (entry.leftExpression.isEmpty())
@@ -150,12 +151,12 @@ bool ArchiveReader::readEnumEntry(const Tag &tag, VMEnum &owner, VMXMLArchive &a
 bool ArchiveReader::readEnumBound(const Tag &tag, const VMEnum &owner, VMXMLArchive &archive)
 {
     VMIntVar bound;
-    bound.name = readName(tag, u"name");
+    bound.name = sharedName(tag, u"name");
     if (bound.name.isEmpty())
         return fail(tag, archive, rules::boundWithoutName, {owner.name});
 
     bound.leftExpression = QString::number(wrappingAdd(owner.lastValue, 1));
-    bound.comment = readOnlyComment(tag);
+    bound.comment = sharedOnlyComment(tag);
     const Evaluated value = m_builder.evaluate(bound.leftExpression, *archive.variables, bound.name);
     if (value.failed)
         return failEvaluation(tag, archive, rules::enumExpression, {owner.name, bound.leftExpression, value.message},
@@ -169,7 +170,7 @@ bool ArchiveReader::readEnumBound(const Tag &tag, const VMEnum &owner, VMXMLArch
 bool ArchiveReader::readSpacer(const Tag &tag, VMXMLArchive &archive)
 {
     VMIntVar spacer = generateSpacer();
-    spacer.comment = readOnlyComment(tag);
+    spacer.comment = sharedOnlyComment(tag);
     spacer.source = sourceOf(tag);
     m_builder.addVariable(*archive.variables, spacer);
     return true;
