@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <tuple>
 
+using namespace Qt::StringLiterals;
+
 namespace veldmap {
 
 std::span<const LintRule *const> lintRules()
@@ -108,7 +110,7 @@ void Lint::onInclude(const Place &include, const QString &file)
 
 void Lint::report(const VMMemoryMap &map, Sink &sink, int threads) const
 {
-    FindingList found = m_ofDocuments;
+    ReadableFindings found = m_ofDocuments;
     checkTree(map, found, threads);
     m_unused.report(found);
     const auto keyOf = [&](const Finding &finding) {

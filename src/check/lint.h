@@ -2,6 +2,7 @@
 
 #include "check/allowances.h"
 #include "check/lint_rule.h"
+#include "check/readable_findings.h"
 #include "check/unused_names.h"
 #include "findings/finding.h"
 #include "xml/document_listener.h"
@@ -40,7 +41,7 @@ public:
 
 private:
     QHash<QString, qsizetype> m_files; ///< with their order, in which they were read
-    FindingList m_ofDocuments;
+    ReadableFindings m_ofDocuments;
     Allowances m_allowances;
     bool m_looksForUnused;
     UnusedNames m_unused;

@@ -1,5 +1,6 @@
 #include "check/tree_checks.h"
 
+#include "check/readable_findings.h"
 #include "check/tree_groups.h"
 #include "model/archive.h"
 #include "model/memory_map.h"
@@ -43,7 +44,7 @@ using TypeChecksList = std::vector<std::unique_ptr<TypeChecks>>;
 /// A group of rules and what it finds.
 struct Group {
     std::function<void(Sink &)> check;
-    FindingList found = {};
+    ReadableFindings found = {};
 };
 
 /// Runs all of \a groups on \a threads threads, this one among them; on fewer where the system gives no more. The tree
@@ -69,7 +70,7 @@ void runAll(std::vector<Group> &groups, int threads)
 void checkTree(const VMMemoryMap &map, Sink &sink, int threads)
 {
     std::vector<Group> groups;
-    std::list<FindingList> ofTypes; // which stay where they are
+    std::list<ReadableFindings> ofTypes; // which stay where they are
     for (const VMRootArchive *root : {map.chipRootArchive, map.softRootArchive}) {
         if (!root)
             continue;
@@ -109,7 +110,7 @@ void checkTree(const VMMemoryMap &map, Sink &sink, int threads)
     groups.push_back({[&](Sink &to) { checkMemoryMap(map, to); }});
     runAll(groups, threads);
     DistinctSink distinct(sink);
-    const auto pass = [&](const FindingList &list) {
+    const auto pass = [&](const ReadableFindings &list) {
         for (const Finding &finding : list.findings)
             distinct.take(finding);
     };

@@ -10,7 +10,12 @@ namespace veldmap::limits {
 /// whole chips have about 20 MB in a single file.
 constexpr qint64 kDocumentBytes = 256 * 1024 * 1024;
 
-/// Characters by which the entities of one document may enlarge it. Descriptions use entities for a few words.
+/// Tags of one description file, each of which takes about a hundred bytes while the file is read. The largest files
+/// have some 300,000.
+constexpr qint64 kDocumentTags = 4'000'000;
+
+/// Characters by which the entities of one document may enlarge it, and those of all documents what a load keeps of
+/// them. Descriptions use entities for a few words.
 constexpr qint64 kEntityCharacters = 8 * 1024 * 1024;
 
 /// Tags inside tags. The XML reader takes time that grows with the square of the depth, and documents and structures
@@ -19,6 +24,9 @@ constexpr int kTagDepth = 256;
 
 /// Attributes of one tag. The XML reader takes time that grows with the square of their number; no tag has twenty.
 constexpr int kTagAttributes = 1024;
+
+/// Characters of a name. Messages and generated names repeat it; compilers tell names apart by far fewer.
+constexpr qsizetype kNameCharacters = 4096;
 
 /// Instances of types inside types. Copies and all output walk them by recursion.
 constexpr int kTypeDepth = 256;
@@ -31,16 +39,25 @@ constexpr int kIncludeDepth = 256;
 /// could be read without end; real chips have some hundreds.
 constexpr qsizetype kArchives = 10'000;
 
-/// Elements in one array, those inside its members and their bitfields included. An element takes about 400 bytes;
+/// Elements in one array, those inside its members and their bitfields included. An element takes about 350 bytes;
 /// tables beyond this are described as memory.
 constexpr qint64 kArrayElements = 256 * 1024;
 
 /// Elements that one load makes by copying: instances, array members, pieces of cut bitfields, options of linked enums,
-/// and texts that grow beyond the description, in elements of the same size. A small description may make this many;
-/// each element that a tag declares allows for some more, so that memory grows with the description. In real chips
-/// there are about five copies of an element.
+/// and files that are read again under other names. A small description may make this many; the bytes of the files
+/// allow for more, so that memory grows with the description: a megabyte of it may become a million elements, seven
+/// megabytes four millions. In real chips there are about five copies of an element, which is declared in some hundred
+/// bytes. Tags that a host hands over one by one have no bytes: there each element allows for some copies.
 constexpr qint64 kCopiedElements = 448 * 1024;
+constexpr qint64 kBytesPerCopy = 2;
 constexpr qint64 kCopiesPerElement = 32;
+
+/// Characters of names, positions and tables of options that one load makes of shorter texts, for each element that it
+/// may make by copying: the name of an array stands in the names of all its members. Such texts have ten to thirty.
+constexpr qint64 kCharactersPerCopy = 48;
+
+/// Bytes of a file that is read again, under another name, for each element that its tags are counted as.
+constexpr qint64 kBytesPerElementReadAgain = 8;
 
 /// Pieces of one cut bitfield. A word has 32 bits.
 constexpr qint64 kCutPieces = 128;

@@ -123,6 +123,9 @@ private:
     IncludedFile includedFileOf(const Tag &tag) const;
     bool readValuableChild(const Tag &child, VMValuable &valuable, VMXMLArchive &archive, const QString &tagName);
 
+    /// Refuses a name that is too long.
+    bool checkName(const Tag &tag, const VMXMLArchive &archive);
+
     // Tells what is wrong at a tag; always false.
     bool fail(const Tag &tag, const VMXMLArchive &archive, const Rule &rule, const QStringList &arguments = {});
     bool fail(const Tag &tag, const VMXMLArchive &archive, const Refusal &refused);
@@ -135,6 +138,7 @@ private:
     /// The same of the field or group \a reference of a bitgroup.
     bool failReference(const QString &reference, const Tag &tag, const VMBitGroup &group, const VMXMLArchive &archive);
     Finding notIncluded(Finding finding) const;
+    Refusal countFile(const DescriptionFile &file, const FileName &name);
     VMXMLArchive *readDocument(const DescriptionFile &file, const FileName &name, XMDOpenError &status);
     void tell(const Rule &rule, const Place &place, const QStringList &arguments = {});
     void tell(const Finding &finding);
@@ -196,6 +200,7 @@ private:
     bool m_lacksFile = false;                   ///< any name may have been declared in a file that is not there
     QSet<QString> m_lostNames;                  ///< what would have been declared but for a fault
     QSet<QString> m_lostFields;                 ///< the same of fields and groups of the valuable that is being read
+    QSet<QString> m_readPaths;                  ///< of all files that were read
     QHash<QString, VMXMLArchive *> m_readFiles; ///< by path, what became of them, null for nothing
 };
 

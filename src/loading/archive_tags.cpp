@@ -65,6 +65,12 @@ VMXMLArchive *ArchiveReader::readFile(const FileName &name, bool isMandatory, XM
 VMXMLArchive *ArchiveReader::readDocument(const DescriptionFile &file, const FileName &name, XMDOpenError &status)
 {
     status = XMDOpenInvalid;
+    if (const Refusal refused = countFile(file, name)) {
+        tell(*refused.rule, {name.path}, refused.arguments);
+        m_goesOn = false;
+        m_hasFailed = true;
+        return nullptr;
+    }
     if (m_listener)
         m_listener->onDocument(file.document, sourceFileOf(name.basePath, name.relativeFile).name());
     const Tag tag = file.document.root();
@@ -81,6 +87,16 @@ VMXMLArchive *ArchiveReader::readDocument(const DescriptionFile &file, const Fil
     const bool isVeryOld = tag.nameAsWritten() == "chip"_L1 || tag.nameAsWritten() == "soft"_L1;
     tell(isVeryOld ? rules::veryOldFormat : rules::noArchive, {name.path});
     return nullptr;
+}
+
+Refusal ArchiveReader::countFile(const DescriptionFile &file, const FileName &name)
+{
+    const qsizetype before = m_readPaths.size();
+    m_readPaths.insert(name.path);
+    if (m_readPaths.size() == before)
+        return m_builder.countFileReadAgain(file.bytes);
+    m_builder.countFile(file.bytes);
+    return {};
 }
 
 VMXMLArchive *ArchiveReader::readBigArchive(const Tag &tag, const FileName &name, XMDOpenError &status)
@@ -186,7 +202,17 @@ bool ArchiveReader::readArchiveChild(const Tag &child, VMXMLArchive &archive)
     const auto row = std::ranges::find_if(kArchiveTags, [&](const ArchiveTag &r) { return r.tag == tagName; });
     if (row == std::end(kArchiveTags))
         return fail(child, archive, rules::foreignTagInArchive, {tagName.toString()});
-    return row->read(*this, child, archive);
+    if (!checkName(child, archive) || !row->read(*this, child, archive))
+        return false;
+    const Refusal refused = m_builder.checkTexts();
+    return !refused || fail(child, archive, refused);
+}
+
+bool ArchiveReader::checkName(const Tag &tag, const VMXMLArchive &archive)
+{
+    if (tag.attribute(u"name").size() <= limits::kNameCharacters)
+        return true;
+    return fail(tag, archive, Refusal{&rules::nameTooLong, {QString::number(limits::kNameCharacters)}});
 }
 
 bool ArchiveReader::fail(const Tag &tag, const VMXMLArchive &archive, const Rule &rule, const QStringList &arguments)

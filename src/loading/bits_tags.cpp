@@ -77,6 +77,9 @@ struct ArchiveReader::BitsCut {
         return prefix.isEmpty() ? tail : prefix + u'_' + tail;
     }
 
+    /// About the characters of the names and positions of all pieces.
+    qint64 charactersOfPieces() const { return (pieces - 1) * (prefix.size() + 2 * whole.downText.size()); }
+
     /// The position texts of a piece. A plain number is counted on; any other text is kept and added to.
     BitPosition textsOf(int piece) const
     {
@@ -125,6 +128,8 @@ quint32 resetValueOf(QStringView reset, qint64 width)
 bool ArchiveReader::readBits(const Tag &tag, VMValuable &valuable, VMXMLArchive &archive)
 {
     m_builder.countDeclared();
+    if (!checkName(tag, archive))
+        return false;
     const BitsAttributes attributes(tag, m_builder.texts());
     if (attributes.name.isEmpty())
         return fail(tag, archive, rules::fieldWithoutName, {valuable.getName()});
@@ -147,6 +152,8 @@ bool ArchiveReader::readNamedBits(const BitsAttributes &attributes, const Tag &t
     if (valuable.bitFields.size() + static_cast<std::size_t>(cut.pieces) > limits::kBitFields)
         return fail(tag, archive, rules::tooManyFields, {valuable.getName(), QString::number(limits::kBitFields)});
     if (const Refusal refused = m_builder.countCopies(cut.pieces - 1))
+        return fail(tag, archive, refused);
+    if (const Refusal refused = m_builder.countText(cut.charactersOfPieces()))
         return fail(tag, archive, refused);
 
     BitPosition first = cut.whole;

@@ -13,6 +13,29 @@
 
 namespace veldmap {
 
+namespace {
+
+/// The first tag in \a bytes that is one too many, as an error. What looks like a tag in a comment counts as one.
+TagDocument::Error findTagTooMany(const QByteArray &bytes)
+{
+    constexpr qsizetype kShortestTag = 4; // <a/>
+    if (bytes.size() / kShortestTag < limits::kDocumentTags)
+        return {};
+    qint64 tags = 0;
+    for (qsizetype at = bytes.indexOf('<'); at >= 0; at = bytes.indexOf('<', at + 1)) {
+        const qsizetype wide = at + 1 < bytes.size() && bytes[at + 1] == '\0' ? 1 : 0; // characters of two bytes
+        const char next = at + 1 + wide < bytes.size() ? bytes[at + 1 + wide] : '\0';
+        if (next == '/' || next == '!' || next == '?' || ++tags <= limits::kDocumentTags)
+            continue;
+        const QByteArrayView before = QByteArrayView(bytes).first(at);
+        return {Refusal{&rules::tooManyTags, {QString::number(limits::kDocumentTags)}}, 1 + before.count('\n'),
+                at - (before.lastIndexOf('\n') + 1)};
+    }
+    return {};
+}
+
+} // namespace
+
 FileName FileName::included(const QString &basePath, const QString &relativeFile, const QString &file)
 {
     const QString directory = QFileInfo(relativeFile).path();
@@ -52,7 +75,10 @@ void cut(DescriptionFile &file, const QString &path, const FileContent &content)
     if (file.status != XMDOpenSuccess)
         return;
     file.bytes = content.bytes.size();
-    if (const TagDocument::Error error = file.document.read(content.bytes)) {
+    TagDocument::Error error = findTagTooMany(content.bytes);
+    if (!error)
+        error = file.document.read(content.bytes);
+    if (error) {
         file.told.take(Finding(*error.refusal.rule, {path, error.line, error.column}, error.refusal.arguments));
         file.status = XMDOpenInvalid;
     }

@@ -12,6 +12,8 @@ namespace veldmap {
 
 bool ArchiveReader::readBitgroup(const Tag &tag, VMValuable &valuable, VMXMLArchive &archive)
 {
+    if (!checkName(tag, archive))
+        return false;
     auto group = std::make_unique<VMBitGroup>(sharedName(tag, u"name"), &valuable);
     group->source = sourceOf(tag);
     for (const Tag &child : ChildTags(tag)) {
@@ -109,6 +111,8 @@ bool ArchiveReader::readOptions(const Tag &tag, VMBitField &field, VMXMLArchive 
 
 bool ArchiveReader::readOption(const Tag &tag, VMBitFieldOptions &options, VMXMLArchive &archive)
 {
+    if (!checkName(tag, archive))
+        return false;
     VMBitFieldOption option;
     option.name = sharedName(tag, u"name");
     option.source = sourceOf(tag);

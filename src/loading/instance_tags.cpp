@@ -35,7 +35,7 @@ VMXMLElement *ArchiveReader::readInstance(const Tag &tag, VMXMLArchive &archive)
         failUnknown(type, tag, archive, rules::instanceOfUnknownType, {name, type});
         return nullptr;
     }
-    if (const Refusal refused = m_builder.countCopyOf(*known)) {
+    if (const Refusal refused = m_builder.countCopyOf(*known, name)) {
         fail(tag, archive, refused);
         return nullptr;
     }
@@ -72,7 +72,7 @@ ArchiveReader::Element ArchiveReader::readInnerInstance(const Tag &tag, VMXMLArc
         failUnknown(type, tag, archive, rules::memberOfUnknownType, {name, type});
         return nullptr;
     }
-    if (const Refusal refused = m_builder.countCopyOf(*known)) {
+    if (const Refusal refused = m_builder.countCopyOf(*known, name)) {
         fail(tag, archive, refused);
         return nullptr;
     }

@@ -16,6 +16,7 @@ inline constexpr Rule loadingFile = {"loading-file"_L1, Severity::Note, u"Loadin
 inline constexpr Rule fileNotOpened = {"file-not-opened"_L1, Severity::Warning, u"Unable to open file %1"};
 inline constexpr Rule fileNotRead = {"file-not-read"_L1, Severity::Error, u"The file can't be read: %1"};
 inline constexpr Rule fileTooLarge = {"file-too-large"_L1, Severity::Error, u"The file is larger than %1 bytes."};
+inline constexpr Rule tooManyTags = {"too-many-tags"_L1, Severity::Error, u"The file has more than %1 tags."};
 
 // Archives
 
@@ -193,6 +194,16 @@ inline constexpr Rule arrayTooLarge = {"array-too-large"_L1, Severity::Error,
 inline constexpr Rule tooManyCopies = {
     "too-many-copies"_L1, Severity::Error,
     u"The instances, arrays and cut bitfields of the description hold more than %1 elements."};
+inline constexpr Rule nameTooLong = {"name-too-long"_L1, Severity::Error, u"The name is longer than %1 characters."};
+inline constexpr Rule tooMuchText = {
+    "too-much-text"_L1, Severity::Error,
+    u"The names of array members and of pieces, and the positions and options of bitfields, hold more than "
+    u"%1 characters."};
+inline constexpr Rule entityTexts = {"entity-texts"_L1, Severity::Error,
+                                     u"The entities of all documents together grow beyond %1 characters."};
+inline constexpr Rule filesReadAgain = {
+    "files-read-again"_L1, Severity::Error,
+    u"Files are read again under other names, and count for more than %1 elements together with all other copies."};
 inline constexpr Rule typesTooDeep = {"types-too-deep"_L1, Severity::Error, u"Types are nested more than %1 deep."};
 
 } // namespace veldmap::rules

@@ -24,6 +24,7 @@ QString SharedTexts::of(QStringView text)
     if (known != text) {
         known = text.toString();
         ++m_misses;
+        m_characters += known.size();
     }
     return known;
 }
@@ -38,6 +39,7 @@ QString SharedTexts::of(QString text)
             text.squeeze();
         known = std::move(text);
         ++m_misses;
+        m_characters += known.size();
     }
     return known;
 }

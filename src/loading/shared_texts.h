@@ -18,12 +18,16 @@ public:
     /// The same of the legal identifier that \a text is made.
     QString ofName(QStringView text);
 
+    /// The characters of all texts that were new.
+    qint64 characters() const { return m_characters; }
+
 private:
     QString &placeOf(QStringView text);
     void grow();
 
     std::vector<QString> m_places; // their number is a power of two, or 0
     std::size_t m_misses = 0;      // since it has this size
+    qint64 m_characters = 0;
 };
 
 } // namespace veldmap

@@ -11,6 +11,17 @@
 
 namespace veldmap {
 
+namespace {
+
+/// The elements that bear the name of \a element and what follows it, as members of an array do.
+qint64 membersNamedAfter(const VMXMLElement &element)
+{
+    const auto *array = elementCast<VMArray>(&element);
+    return array ? array->count() * (1 + membersNamedAfter(*array->prototype)) : 0;
+}
+
+} // namespace
+
 VMXMLArchive &TreeBuilder::addArchive(const QString &relativeFile, const QString &basePath)
 {
     learnTree();
@@ -137,15 +148,42 @@ Refusal TreeBuilder::countCopies(qint64 elements)
 
 Refusal TreeBuilder::countText(qint64 characters)
 {
-    constexpr qint64 kCharactersPerElement = 200; // of the same size in memory
-    return countCopies(characters / kCharactersPerElement);
+    m_madeCharacters += characters;
+    const qint64 allowed = copiesAllowed() * limits::kCharactersPerCopy;
+    if (m_madeCharacters <= allowed)
+        return {};
+    return {&rules::tooMuchText, {QString::number(allowed)}};
 }
 
-Refusal TreeBuilder::countCopyOf(const VMXMLElement &element)
+Refusal TreeBuilder::checkTexts() const
+{
+    // But for entities, a text has no more characters than its file has bytes.
+    if (m_readBytes == 0 || m_texts.characters() - m_madeCharacters - m_readBytes <= limits::kEntityCharacters)
+        return {};
+    return {&rules::entityTexts, {QString::number(limits::kEntityCharacters)}};
+}
+
+void TreeBuilder::countFile(qint64 bytes)
+{
+    m_fileBytes += bytes;
+    m_readBytes += bytes;
+}
+
+Refusal TreeBuilder::countFileReadAgain(qint64 bytes)
+{
+    m_readBytes += bytes;
+    if (!countCopies(bytes / limits::kBytesPerElementReadAgain))
+        return {};
+    return {&rules::filesReadAgain, {QString::number(copiesAllowed())}};
+}
+
+Refusal TreeBuilder::countCopyOf(const VMXMLElement &element, const QString &name)
 {
     const TreeSize size = treeSizeOf(element);
     if (size.depth > limits::kTypeDepth)
         return {&rules::typesTooDeep, {QString::number(limits::kTypeDepth)}};
+    if (Refusal refused = countText(membersNamedAfter(element) * name.size()))
+        return refused;
     return countCopies(size.elements);
 }
 
@@ -156,6 +194,8 @@ Refusal TreeBuilder::makeArray(std::unique_ptr<VMXMLElement> &element, const QSt
     if (elements > limits::kArrayElements)
         return {&rules::arrayTooLarge, {name, QString::number(elements), QString::number(limits::kArrayElements)}};
     if (Refusal refused = countCopies(elements))
+        return refused;
+    if (Refusal refused = countText((1 + membersNamedAfter(*element)) * qMax(count, 0) * name.size()))
         return refused;
     auto array = std::make_unique<VMArray>(name, element.get(), count, countExpression);
     array->source = element->source;
@@ -207,7 +247,9 @@ const Scope &TreeBuilder::scopeOf(const VMXMLArchive &archive)
 
 qint64 TreeBuilder::copiesAllowed() const
 {
-    return limits::kCopiedElements + limits::kCopiesPerElement * m_declaredElements;
+    const qint64 more =
+        m_fileBytes > 0 ? m_fileBytes / limits::kBytesPerCopy : limits::kCopiesPerElement * m_declaredElements;
+    return limits::kCopiedElements + more;
 }
 
 } // namespace veldmap

@@ -60,14 +60,20 @@ public:
 
     // Arrays, instances and cut fields make much out of little: what they would hold is counted before it is made.
 
-    /// Counts one element that a tag declares: it allows for some copies.
+    /// Counts a file of \a bytes that is read: it allows for some copies. One that was read before, under another
+    /// name, allows for none and counts as copies itself.
+    void countFile(qint64 bytes);
+    [[nodiscard]] Refusal countFileReadAgain(qint64 bytes);
+    /// Refuses what entities make of the texts of many small files.
+    [[nodiscard]] Refusal checkTexts() const;
+    /// Counts one element that a tag declares, which allows for some copies where no file does.
     void countDeclared() { ++m_declaredElements; }
     /// Counts \a elements that are about to be made by copying.
     [[nodiscard]] Refusal countCopies(qint64 elements);
-    /// The same for \a characters of text that many elements keep.
+    /// Counts \a characters of text that is made of other text.
     [[nodiscard]] Refusal countText(qint64 characters);
-    /// The same for a copy of the template \a element.
-    [[nodiscard]] Refusal countCopyOf(const VMXMLElement &element);
+    /// Counts a copy of the template \a element, which is about to be named \a name.
+    [[nodiscard]] Refusal countCopyOf(const VMXMLElement &element, const QString &name);
     /// Puts an array of \a count elements in the place of \a element.
     [[nodiscard]] Refusal makeArray(std::unique_ptr<VMXMLElement> &element, const QString &name, int count,
                                     const QString &countExpression);
@@ -91,8 +97,11 @@ private:
     const VMXMLArchive *m_scopeArchive = nullptr;             // whose scope m_scope is
     std::optional<Scope> m_scope;
     QHash<QString, const VMIntVar *> m_foundVariables; // in it
+    qint64 m_fileBytes = 0; // each file once
+    qint64 m_readBytes = 0;
     qint64 m_declaredElements = 0;
     qint64 m_copiedElements = 0;
+    qint64 m_madeCharacters = 0;
 };
 
 } // namespace veldmap

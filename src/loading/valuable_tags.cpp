@@ -31,6 +31,8 @@ ArchiveReader::Element ArchiveReader::readMember(const MemberTag &row, const Tag
                                                  const QString &parentName)
 {
     m_builder.countDeclared();
+    if (!checkName(tag, archive))
+        return nullptr;
     return row.read ? (this->*row.read)(tag, archive, parentName)
                     : readValuable(tag, archive, parentName, m_builder.texts().of(tag.name()));
 }

@@ -125,6 +125,8 @@ bool ArchiveReader::readEnum(const Tag &tag, VMXMLArchive &archive)
 
 bool ArchiveReader::readEnumEntry(const Tag &tag, VMEnum &owner, VMXMLArchive &archive)
 {
+    if (!checkName(tag, archive))
+        return false;
     VMIntVar entry;
     entry.name = sharedName(tag, u"name");
     entry.leftExpression = sharedText(tag, u"value");

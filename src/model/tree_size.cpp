@@ -12,7 +12,7 @@ struct SizeOf {
         TreeSize size;
         size.elements += static_cast<qint64>(valuable.bitFields.size());
         for (const auto &group : valuable.bitGroups)
-            size.elements += group->size();
+            size.elements += 1 + group->size();
         return size;
     }
 

@@ -8,7 +8,7 @@ namespace veldmap {
 
 /// What a copy of an element would hold.
 struct TreeSize {
-    qint64 elements = 1; ///< the element, all below it, and their bitfields
+    qint64 elements = 1; ///< the element, all below it, their bitfields, bitgroups and what these list
     int depth = 1;       ///< levels, the element's own included
 };
 

@@ -56,6 +56,12 @@ class Refused(NamedTuple):
     file: str = "root.xml"                      # the one at fault
 
 
+def too_much_text(name, content, line=r"\d+"):
+    most = (448 * 1024 + len(content.encode()) // 2) * 48
+    return Refused(name, content, line, "The names of array members and of pieces, and the positions and options of "
+                   f"bitfields, hold more than {most} characters.")
+
+
 REFUSED = [
     Refused("structs in structs", module(nested('<struct name="s">\n', "</struct>\n"))),
     Refused("structs in structs of wide characters", module(nested('<struct name="s">', "</struct>")).encode("utf-16")),
@@ -74,6 +80,21 @@ REFUSED = [
     Refused("types that hold ten of the last", archive(*chain(9, '<instance name="i" type="{0}" count="10"/>'))),
     Refused("types that hold two of the last",
             archive(*chain(40, '<instance name="i" type="{0}"/><instance name="j" type="{0}"/>'))),
+    too_much_text("array of a long name", module(f'<reg name="{"n" * 4000}" count="250000"/>'), 3),
+    too_much_text("instance of an array under a long name", archive(
+        '<alias name="a"><reg name="r" count="250000"/></alias>', f'<instance name="{"n" * 4000}" type="a"/>'), 3),
+    too_much_text("pieces of a long name", module(*(
+        f'<reg name="r"><bits name="f" pos="127:0" cut="1" cutprefix="{"n" * 90_000}"/></reg>' for _ in range(6)))),
+    Refused("name of a hundred thousand letters", module(f'<reg name="{"n" * 100_000}"/>'), 3,
+            "The name is longer than 4096 characters."),
+    Refused("entities in many files", {
+        "root.xml": archive(*(f'<include file="e{at}.xml"/>' for at in range(20))),
+        **{f"e{at}.xml": entities([("a", "x" * 16), ("b", "&a;" * 16), ("c", "&b;" * 15)], "&c;" * 230 + str(at))
+           for at in range(20)}}, file="e9.xml"),
+    Refused("array of bitgroups", module('<reg name="r" count="250000">' + '<bitgroup name="g"/>' * 1000 + "</reg>"), 3,
+            "Array 'r' is too large: it would hold 250250000 elements, and 262144 is the limit."),
+    Refused("more tags than a document may have", b"<archive>" + b"<a/>" * 4_200_000, 1,
+            "The file has more than 4000000 tags."),
     Refused("cut over all numbers", in_register('<bits name="f" pos="2147483647:-2147483647" cut="1"/>'), 4),
     Refused("open parentheses", archive(f'<var name="A" value="{"(" * DEEP}1"/>'), 2, BAD_VARIABLE),
     Refused("name that no way leads to", diamonds(40, '<var name="A" value="NOWHERE"/>'), 4, BAD_VARIABLE),
