@@ -121,6 +121,8 @@ private:
     VMXMLArchive *readBareModule(const Tag &tag, const FileName &name, XMDOpenError &status);
     bool readArchiveChild(const Tag &tag, VMXMLArchive &archive);
     IncludedFile includedFileOf(const Tag &tag) const;
+    /// As the valuable's getBitGroupByName, without a walk over all its groups for each.
+    const VMBitGroup *findGroup(const VMValuable &valuable, const QString &name);
     bool readValuableChild(const Tag &child, VMValuable &valuable, VMXMLArchive &archive, const QString &tagName);
 
     /// Refuses a name that is too long.
@@ -197,11 +199,13 @@ private:
     bool m_goesOn = false;
     bool m_hasFailed = false;
     bool m_hasToldError = false;
-    bool m_lacksFile = false;                   ///< any name may have been declared in a file that is not there
-    QSet<QString> m_lostNames;                  ///< what would have been declared but for a fault
-    QSet<QString> m_lostFields;                 ///< the same of fields and groups of the valuable that is being read
-    QSet<QString> m_readPaths;                  ///< of all files that were read
-    QHash<QString, VMXMLArchive *> m_readFiles; ///< by path, what became of them, null for nothing
+    bool m_lacksFile = false;                    ///< any name may have been declared in a file that is not there
+    QSet<QString> m_lostNames;                   ///< what would have been declared but for a fault
+    QSet<QString> m_lostFields;                  ///< the same of fields and groups of the valuable that is being read
+    QHash<QString, const VMBitGroup *> m_groups; ///< the first of each name of the valuable that is being read
+    std::size_t m_knownGroups = 0;               ///< how many of its groups that covers
+    QSet<QString> m_readPaths;                   ///< of all files that were read
+    QHash<QString, VMXMLArchive *> m_readFiles;  ///< by path, what became of them, null for nothing
 };
 
 /// "bin", "hex", or anything else for decimal.

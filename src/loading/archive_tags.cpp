@@ -130,6 +130,7 @@ VMXMLArchive *ArchiveReader::readBareModule(const Tag &tag, const FileName &name
         return nullptr;
     }
     status = XMDOpenSuccess;
+    m_builder.closeArchive(archive);
     return &archive;
 }
 
@@ -156,6 +157,7 @@ VMXMLArchive *ArchiveReader::readArchive(const Tag &tag, const QString &relative
         m_builder.discardArchive(archive);
         return nullptr;
     }
+    m_builder.closeArchive(archive);
     return &archive;
 }
 

@@ -28,11 +28,21 @@ bool ArchiveReader::readBitgroup(const Tag &tag, VMValuable &valuable, VMXMLArch
     return true;
 }
 
+const VMBitGroup *ArchiveReader::findGroup(const VMValuable &valuable, const QString &name)
+{
+    for (; m_knownGroups < valuable.bitGroups.size(); ++m_knownGroups) {
+        const VMBitGroup *group = valuable.bitGroups[m_knownGroups].get();
+        if (!m_groups.contains(group->name))
+            m_groups.insert(group->name, group);
+    }
+    return m_groups.value(name);
+}
+
 bool ArchiveReader::readBitgroupEntry(const Tag &tag, VMBitGroup &group, VMXMLArchive &archive)
 {
     const QString reference = readName(tag, u"ref");
     VMBitField *field = group.valuable->getBitFieldByName(reference);
-    const VMBitGroup *other = group.valuable->getBitGroupByName(reference);
+    const VMBitGroup *other = findGroup(*group.valuable, reference);
     if (!field && !other)
         return failReference(reference, tag, group, archive);
     if (const Refusal refused = m_builder.countCopies((field ? 1 : 0) + (other ? other->size() : 0)))

@@ -30,11 +30,19 @@ VMXMLArchive &TreeBuilder::addArchive(const QString &relativeFile, const QString
     archive.relativeFileName = relativeFile;
     archive.basePath = basePath;
     m_root->addXMLArchive(created.release());
+    m_visibility.add(m_numbers.size());
     m_numbers.insert(&archive, m_numbers.size());
     const Identity identity = {basePath, relativeFile};
     if (!m_files.contains(identity))
         m_files.insert(identity, &archive);
     return archive;
+}
+
+void TreeBuilder::closeArchive(const VMXMLArchive &archive)
+{
+    const auto number = m_numbers.constFind(&archive);
+    if (number != m_numbers.cend())
+        m_visibility.close(*number);
 }
 
 /// A failed archive fails its load, so what was known is not worth keeping.
@@ -46,6 +54,7 @@ void TreeBuilder::discardArchive(VMXMLArchive &archive)
     m_files.clear();
     m_types = {};
     m_names = {};
+    m_visibility = {};
     m_options.clear();
     m_scopeArchive = nullptr;
     m_scope.reset();
@@ -61,6 +70,10 @@ void TreeBuilder::addInclude(VMXMLArchive &archive, VMXMLArchive &included)
 {
     archive.includedArchives.append(&included);
     m_scopeArchive = nullptr;
+    const auto number = m_numbers.constFind(&archive);
+    const auto ofIncluded = m_numbers.constFind(&included);
+    if (number != m_numbers.cend() && ofIncluded != m_numbers.cend())
+        m_visibility.addInclude(*number, *ofIncluded);
 }
 
 VMXMLElement *TreeBuilder::findType(const QString &name)
@@ -88,15 +101,53 @@ Evaluated TreeBuilder::evaluate(const QString &expression, const VMVariableManag
         return {*number, false, {}, {}, {}};
     const auto find = [this, &manager](const QString &variable) {
         if (manager.archive)
-            return findVariable(variable, *manager.archive);
+            return findVariable(*manager.archive, variable);
         m_names.update(manager);
         return m_names.findVariable(manager, variable);
     };
     return evaluateExpression(expression, find, name);
 }
 
+bool TreeBuilder::isKnown(const VMXMLArchive &archive) const
+{
+    const auto number = m_numbers.constFind(&archive);
+    return number != m_numbers.cend() && m_visibility.isKnown(*number);
+}
+
+/// Whether \a archive, which is known, sees \a table, its own or another one's.
+bool TreeBuilder::sees(const VMXMLArchive &archive, const VMVariableManager &table) const
+{
+    if (&table == archive.variables.get())
+        return true;
+    const auto other = table.archive ? m_numbers.constFind(table.archive) : m_numbers.cend();
+    return other != m_numbers.cend() && m_visibility.sees(m_numbers.value(&archive), *other);
+}
+
+/// Nearly all names stand in one table, which is in sight or not. Only where there are several, the order in which they
+/// are searched tells.
+const VMIntVar *TreeBuilder::findVariable(const VMXMLArchive &archive, const QString &name)
+{
+    if (!isKnown(archive))
+        return findInScope(archive, name);
+    const VMVariableManager *globals = globalVariablesOf(archive);
+    if (globals) {
+        m_names.update(*globals);
+        if (const VMIntVar *variable = m_names.findVariable(*globals, name))
+            return variable;
+    }
+    const ScopeIndex::Declared declared = m_names.declaredVariable(name);
+    if (declared.isInSeveral)
+        return findInScope(archive, name);
+    return declared.table && sees(archive, *declared.table) ? m_names.findVariable(*declared.table, name) : nullptr;
+}
+
 const VMEnum *TreeBuilder::findEnum(const QString &name, const VMXMLArchive &archive)
 {
+    if (isKnown(archive)) {
+        const ScopeIndex::Declared declared = m_names.declaredEnum(name);
+        if (!declared.isInSeveral)
+            return declared.table && sees(archive, *declared.table) ? m_names.findEnum(*declared.table, name) : nullptr;
+    }
     const VMEnum *found = nullptr;
     walkIncludes(archive, false, [&](const VMXMLArchive &included) {
         m_names.update(*included.variables);
@@ -221,7 +272,7 @@ void TreeBuilder::learnTree()
 
 /// The variable that \a archive sees under that name, or null. The same few names are looked up again and again, in
 /// tables of which a root has one for each file.
-const VMIntVar *TreeBuilder::findVariable(const QString &name, const VMXMLArchive &archive)
+const VMIntVar *TreeBuilder::findInScope(const VMXMLArchive &archive, const QString &name)
 {
     const Scope &scope = scopeOf(archive);
     if (const VMIntVar *known = m_foundVariables.value(name))

@@ -3,6 +3,7 @@
 #include "findings/refusal.h"
 #include "loading/shared_texts.h"
 #include "loading/type_index.h"
+#include "loading/visibility.h"
 #include "model/archive.h"
 #include "model/bitfield.h"
 #include "model/scope_index.h"
@@ -31,6 +32,8 @@ public:
 
     /// A new archive, which the root owns and knows at once, so that an include of it from below finds it.
     VMXMLArchive &addArchive(const QString &relativeFile, const QString &basePath);
+    /// \a archive has been read: it gets no more includes.
+    void closeArchive(const VMXMLArchive &archive);
     /// Deletes \a archive, which failed to load.
     void discardArchive(VMXMLArchive &archive);
     /// The first archive with that identity, or null.
@@ -82,8 +85,11 @@ private:
     using Identity = std::pair<QString, QString>;
 
     void learnTree();
-    const VMIntVar *findVariable(const QString &name, const VMXMLArchive &archive);
+    const VMIntVar *findInScope(const VMXMLArchive &archive, const QString &name);
     const Scope &scopeOf(const VMXMLArchive &archive);
+    const VMIntVar *findVariable(const VMXMLArchive &archive, const QString &name);
+    bool isKnown(const VMXMLArchive &archive) const;
+    bool sees(const VMXMLArchive &archive, const VMVariableManager &table) const;
     qint64 copiesAllowed() const;
 
     VMRootArchive *m_root; // not owned
@@ -92,6 +98,7 @@ private:
     QHash<Identity, VMXMLArchive *> m_files;
     TypeIndex m_types;
     ScopeIndex m_names;
+    Visibility m_visibility;
     SharedTexts m_texts;
     QHash<const VMEnum *, QList<VMBitFieldOption>> m_options; // of linked enums, which are complete
     const VMXMLArchive *m_scopeArchive = nullptr;             // whose scope m_scope is

@@ -60,6 +60,8 @@ ArchiveReader::Element ArchiveReader::readValuable(const Tag &tag, VMXMLArchive 
     if (const QString display = readText(tag, u"display", u"notdef"_s); display != "notdef"_L1)
         valuable->displayType = displayOf(display);
     m_lostFields.clear();
+    m_groups.clear();
+    m_knownGroups = 0;
     for (const Tag &child : ChildTags(tag)) {
         if (!readValuableChild(child, *valuable, archive, tagName) && !m_goesOn)
             return nullptr;

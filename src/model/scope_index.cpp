@@ -18,13 +18,24 @@ ScopeIndex::ScopeIndex(const VMRootArchive &root)
 void ScopeIndex::update(const VMVariableManager &table)
 {
     Names &names = m_tables[&table];
-    for (; names.rows < table.size(); ++names.rows)
-        names.lastRows.insert(table.at(names.rows).name, names.rows);
+    for (; names.rows < table.size(); ++names.rows) {
+        const QString &name = table.at(names.rows).name;
+        names.lastRows.insert(name, names.rows);
+        declare(m_variables[name], table);
+    }
     for (; names.enums < table.enums.size(); ++names.enums) {
         const QString &name = table.enums[names.enums]->name;
         if (!names.firstEnums.contains(name))
             names.firstEnums.insert(name, names.enums);
+        declare(m_enums[name], table);
     }
+}
+
+void ScopeIndex::declare(Declared &declared, const VMVariableManager &table)
+{
+    if (!declared.table)
+        declared.table = &table;
+    declared.isInSeveral = declared.isInSeveral || declared.table != &table;
 }
 
 const VMIntVar *ScopeIndex::findVariable(const VMVariableManager &table, const QString &name) const

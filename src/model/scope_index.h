@@ -32,7 +32,17 @@ public:
     /// The first enum of \a table of that name, or null.
     VMEnum *findEnum(const VMVariableManager &table, const QString &name) const;
 
+    /// Where a name stands among all tables.
+    struct Declared {
+        const VMVariableManager *table = nullptr; ///< the first that has it
+        bool isInSeveral = false;
+    };
+    Declared declaredVariable(const QString &name) const { return m_variables.value(name); }
+    Declared declaredEnum(const QString &name) const { return m_enums.value(name); }
+
 private:
+    static void declare(Declared &declared, const VMVariableManager &table);
+
     struct Names {
         QHash<QString, qsizetype> lastRows;
         qsizetype rows = 0; // that lastRows covers
@@ -40,6 +50,8 @@ private:
         std::size_t enums = 0; // that firstEnums covers
     };
     QHash<const VMVariableManager *, Names> m_tables;
+    QHash<QString, Declared> m_variables;
+    QHash<QString, Declared> m_enums;
 };
 
 /// What the expressions of one archive see, in the order in which tables are searched. It holds as long as no archive

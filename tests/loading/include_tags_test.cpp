@@ -142,3 +142,57 @@ TEST(Includes, BigArchivesHoldSeveralFiles)
     EXPECT_TRUE(empty.isLoaded());
     EXPECT_FALSE(Loaded(u"<bigarchive/>"_s).isLoaded());
 }
+
+TEST(Includes, NamesAreSeenAlongThem)
+{
+    struct Row {
+        const char *what;
+        Files files;
+        int value; ///< of the last variable of the root file, 0 where it has none
+    };
+    const auto file = [](const QString &name, const QString &content) {
+        return std::pair(name, u"<archive>"_s + content + u"</archive>"_s);
+    };
+    const QString a = u"<include file='a.xml'/>"_s;
+    const QString b = u"<include file='b.xml'/>"_s;
+    const QString x = u"<var name='X' value='%1'/>"_s;
+    const QString use = u"<var name='U' value='X'/>"_s;
+    const Row rows[] = {
+        {"in the file itself", {file(u"soc.xml"_s, x.arg(1) + use)}, 1},
+        {"two files further", {file(u"soc.xml"_s, a + use), file(u"a.xml"_s, b), file(u"b.xml"_s, x.arg(2))}, 2},
+        {"behind the use alone", {file(u"soc.xml"_s, use + a), file(u"a.xml"_s, x.arg(3))}, 0},
+        {"in a file that only another one includes",
+         {file(u"soc.xml"_s, a + b), file(u"a.xml"_s, x.arg(4)), file(u"b.xml"_s, use)},
+         0},
+        {"in two, of which the last counts",
+         {file(u"soc.xml"_s, a + b + use), file(u"a.xml"_s, x.arg(5)), file(u"b.xml"_s, x.arg(6))},
+         6},
+        {"in an include and in the file", {file(u"soc.xml"_s, x.arg(7) + a + use), file(u"a.xml"_s, x.arg(8))}, 8},
+        {"in one that a file without sight of it has too",
+         {file(u"soc.xml"_s, a + b + use), file(u"a.xml"_s, x.arg(9)),
+          file(u"b.xml"_s, u"<var name='Y' value='1'/>"_s)},
+         9},
+        {"as a global variable",
+         {file(u"soc.xml"_s, a + b + use), file(u"a.xml"_s, u"<var name='X' value='10' global='yes'/>"_s),
+          file(u"b.xml"_s, x.arg(11))},
+         10},
+        {"in a file that includes the one that is being read",
+         {file(u"soc.xml"_s, a + use), file(u"a.xml"_s, u"<include file='soc.xml'/>"_s + b),
+          file(u"b.xml"_s, x.arg(12))},
+         12},
+        {"through a file that is still being read",
+         {file(u"soc.xml"_s, b + a), file(u"a.xml"_s, u"<include file='soc.xml'/>"_s + use),
+          file(u"b.xml"_s, x.arg(13))},
+         -1},
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.what);
+        const Loaded soc(row.files);
+        const VMIntVar *used = nullptr;
+        for (const VMXMLArchive *archive : soc.isLoaded() ? soc.root().xmlArchives : QList<VMXMLArchive *>()) {
+            if (const VMIntVar *found = archive->variables->findVariable(u"U"_s))
+                used = found;
+        }
+        EXPECT_EQ(used ? used->leftValue : 0, row.value < 0 ? 13 : row.value) << soc.errors.join(u'|').toStdString();
+    }
+}
