@@ -31,7 +31,7 @@ def seconds(command, processors):
     os.sync()  # what earlier runs have written is not written back during this one
     os.sched_setaffinity(0, processors)
     begin = time.perf_counter()
-    subprocess.run(command, check=True, stdout=subprocess.DEVNULL)
+    subprocess.run(command, check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     return time.perf_counter() - begin
 
 
