@@ -389,7 +389,11 @@ class InBrowser(support.Case):
             for width in (360, 480, 768, 1280, 2560):
                 self.browser.devtools("Emulation.setDeviceMetricsOverride", width=width, height=900, deviceScaleFactor=1, mobile=False)
                 self.open(page)
+                self.browser.run("document.querySelector('.decode')?.click()")
                 self.assertLessEqual(self.browser.run("return document.documentElement.scrollWidth"), width, page)
+                self.assertEqual(self.browser.run("""
+                    return [...document.querySelectorAll('.decoder > *')].filter(part => part.scrollWidth > part.clientWidth + 1
+                        && getComputedStyle(part).overflowX === 'visible').map(part => part.className)"""), [], (page, width))
                 # names in diagrams stay in their boxes, of which each bit is as wide as another
                 wide = self.browser.run("""return [...document.querySelectorAll('.bits')].filter(diagram => {
                     const box = diagram.getBoundingClientRect();

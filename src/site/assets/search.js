@@ -200,7 +200,7 @@ class Search {
     add(hit, score) {
         if (this.links.has(hit.link)) return;
         this.links.add(hit.link);
-        this.hits.push({...hit, score, order: this.hits.length});
+        this.hits.push({...hit, score, order: this.links.size});
     }
 
     best() {
