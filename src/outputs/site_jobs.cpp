@@ -6,6 +6,8 @@
 
 #include <QFile>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace veldmap {
@@ -34,6 +36,14 @@ JobTexts copyOf(const QString &source, const QString &path)
     return texts;
 }
 
+/// \a page as it is served: servers don't tell in which encoding it is, so one that is not in ASCII tells it itself.
+QByteArray withEncoding(QByteArray page)
+{
+    if (std::ranges::any_of(page, [](char c) { return static_cast<unsigned char>(c) >= 0x80; }))
+        page.prepend("\xEF\xBB\xBF");
+    return page;
+}
+
 /// A job for \a file of the site, whose text \a append appends.
 template <typename Append>
 OutputJob siteFile(const OutputOptions &options, const QString &file, const Append &append)
@@ -45,7 +55,7 @@ OutputJob siteFile(const OutputOptions &options, const QString &file, const Appe
     job.make = [path = job.path, append](QByteArray buffer) {
         SiteText text(std::move(buffer));
         append(text);
-        return oneFile(path, text.takeBytes());
+        return oneFile(path, path.endsWith(".html"_L1) ? withEncoding(text.takeBytes()) : text.takeBytes());
     };
     return job;
 }

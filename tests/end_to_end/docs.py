@@ -34,6 +34,18 @@ class Docs(support.Case):
         self.expect(self.docs("--soft", self.soft, "-o", self.folder / "other"), 0)
         self.assertIn("TASK.html", support.files_below(self.folder / "other"))
 
+    def test_encoding(self):
+        """A page that is not in ASCII says that it is in UTF-8, since a server need not."""
+        chip = self.lay_out({"words.xml": archive(
+            '<module name="m"><reg32 name="r"><comment>Größe</comment></reg32></module>',
+            '<module name="n"><reg32 name="r"/></module>', '<instance name="M" type="m"/>',
+            '<instance name="N" type="n" address="0x10"/>')}, "words.xml")
+        self.expect(self.docs("--chip", chip, "-o", self.folder / "site"), 0)
+        files = support.files_below(self.folder / "site")
+        marked = {name for name, content in files.items() if content.startswith(b"\xEF\xBB\xBF")}
+        self.assertEqual(marked, {"M.html"})
+        self.assertIn("Größe", files["M.html"].decode())
+
     def test_both_roots(self):
         site = self.folder / "site"
         self.expect(self.docs("--chip", self.chip, "--soft", self.soft, "-o", site), 0)
