@@ -1,12 +1,10 @@
 """The reference manual in headless Chromium, from the disk and from a server: every link, links to members of arrays,
 search, decoder, keys, dark, paper; what C makes of its macros and expressions. Nothing may be said on the console or asked
-of elsewhere. Where the npm packages html-validate and axe-core are in build/node, they judge the pages too."""
+of elsewhere."""
 
 import functools
 import html.parser
 import http.server
-import json
-import os
 import re
 import shutil
 import subprocess
@@ -23,7 +21,6 @@ from support import run
 
 ROOT = Path(__file__).resolve().parents[2]
 CHIP, SOFT = ROOT / "examples/soc.xml", ROOT / "examples/firmware.xml"
-PACKAGES = ROOT / "build/node/node_modules"         # npm install --prefix build/node html-validate axe-core
 
 # What people and others may write: names that file systems, HTML, scripts and addresses take for something else.
 ODD = support.archive(
@@ -146,24 +143,6 @@ class Files(support.Case):
                                    source], capture_output=True, text=True)
             self.assertEqual(done.returncode, 0, done.stderr[:2000])
 
-    def test_validator_accepts(self):
-        validator = PACKAGES / ".bin/html-validate"
-        if not validator.exists():
-            self.skipTest("html-validate is not in build/node")
-        rules = {"extends": ["html-validate:standard", "html-validate:document"], "root": True,
-                 "rules": {"valid-id": ["error", {"relaxed": True}], "long-title": "off",
-                           "require-sri": ["error", {"target": "crossorigin"}]}}
-        (self.folder / ".htmlvalidate.json").write_text(json.dumps(rules))
-        self.odd()
-        site_of(self.folder / "both", "--chip", CHIP, "--soft", SOFT)
-        site_of(self.folder / "both", "--chip", CHIP, "--soft", SOFT, "--single")
-        pages = sorted(map(str, self.folder.rglob("*.html")))
-        self.assertGreater(len(pages), 15)
-        done = subprocess.run([validator, "--formatter=text", "--config", self.folder / ".htmlvalidate.json", *pages],
-                              capture_output=True, text=True)
-        self.assertEqual(done.stdout, "")
-        self.assertEqual(done.returncode, 0, done.stderr)
-
 
 class Server(http.server.SimpleHTTPRequestHandler):
     def log_message(self, *_):
@@ -171,8 +150,8 @@ class Server(http.server.SimpleHTTPRequestHandler):
 
 
 @unittest.skipIf(browser.missing(), "not installed: " + ", ".join(browser.missing()))
-class InBrowser(support.Case):
-    """Tests of one site; a class of its own for each way of opening it."""
+class Opened(support.Case):
+    """Sites from the disk in one browser."""
 
     @classmethod
     def setUpClass(cls):
@@ -226,6 +205,10 @@ class InBrowser(support.Case):
 
     def hits(self):
         return self.browser.run("return [...document.querySelectorAll('#-hits .path')].map(path => path.textContent)")
+
+
+class FromDisk(Opened):
+    """What holds for a site wherever it comes from."""
 
     # Links ------------------------------------------------------------------------------------------------------------
 
@@ -415,24 +398,6 @@ class InBrowser(support.Case):
         self.browser.devtools("Emulation.setEmulatedMedia", media="", features=[])
         self.assertTrue(self.browser.pdf().startswith(b"%PDF"))
 
-    def test_judged_accessible(self):
-        axe = PACKAGES / "axe-core/axe.min.js"
-        if not axe.exists():
-            self.skipTest("axe-core is not in build/node")
-        for page in ("both/index.html", "both/UART0.html", "odd/_Con.html", "odd/TABLE.html", "both/types.html",
-                     "both/enums.html", "both/variables.html", "both/type-pin.html"):
-            for scheme in ("light", "dark"):
-                self.browser.prefer(scheme)
-                self.open(page)
-                self.browser.run("document.querySelector('.decode')?.click(); document.querySelector('.tool')?.click()")
-                if "index" in page:
-                    self.search("c", 3)
-                found = self.browser.run_until_called(axe.read_text() + """; const done = arguments[arguments.length - 1];
-                    axe.run(document, {resultTypes: ['violations'], preload: false}).then(all => done(all.violations.map(it => [it.id,
-                        it.nodes.slice(0, 2).map(node => node.html.slice(0, 120) + node.failureSummary)])))""")
-                self.assertEqual(found, [], (page, scheme))
-        self.browser.prefer("light")
-
     def test_without_scripts(self):
         self.browser.devtools("Emulation.setScriptExecutionDisabled", value=True)
         self.addCleanup(self.browser.devtools, "Emulation.setScriptExecutionDisabled", value=False)
@@ -443,7 +408,7 @@ class InBrowser(support.Case):
         self.assertNotIn("decode", source)
 
 
-class FromServer(InBrowser):
+class FromServer(FromDisk):
     @classmethod
     def setUpClass(cls):
         super().setUpClass()
