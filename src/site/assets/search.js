@@ -499,7 +499,7 @@ function show(hits, isDone) {
     }));
     const again = hits.findIndex(hit => hit.link === chosenLink);
     select(again >= 0 ? again : hits.length ? 0 : -1, false);
-    count.textContent = hits.length ? (search.more ? `The best ${hits.length} hits` : hits.length === 1 ? "1 hit" : `${hits.length} hits`)
+    count.textContent = hits.length ? (search.more && hits.length >= MOST_HITS ? `The best ${hits.length} hits` : hits.length === 1 ? "1 hit" : `${hits.length} hits`)
         : isDone ? "Nothing found" : "Searching…";
     open(true);
 }
