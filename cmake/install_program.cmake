@@ -5,6 +5,8 @@ set(VELDMAP_ZSH_FOLDER zsh/site-functions CACHE STRING "Where zsh looks for comp
 set(share ${CMAKE_INSTALL_DATADIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/docsite/pool/ DESTINATION ${share}/veldmap/docpool COMPONENT program)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/site/assets/ DESTINATION ${share}/veldmap/sitepool COMPONENT program)
+install(FILES ${PROJECT_SOURCE_DIR}/src/headers/types/veldmap/types.h DESTINATION ${share}/veldmap/include/veldmap
+        COMPONENT program)
 install(FILES ${PROJECT_SOURCE_DIR}/schema/veldmap.xsd DESTINATION ${share}/veldmap COMPONENT program)
 if(VELDMAP_BUILD_PROGRAM)
     configure_file(${PROJECT_SOURCE_DIR}/docs/veldmap.1 ${CMAKE_CURRENT_BINARY_DIR}/veldmap.1 @ONLY)

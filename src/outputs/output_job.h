@@ -41,6 +41,7 @@ struct OutputJob {
     bool isPage = false;     ///< the first page that can't be written ends the pages
     bool waits = false;      ///< made in its turn only, since it reads files
     bool usesBuffer = false; ///< the text is made in the memory of an earlier one
+    bool onlyFinds = false;  ///< it writes nothing: another job has its file
 
     /// Makes the texts, on any thread and beside other jobs. \a buffer is empty but where the job uses one.
     std::function<JobTexts(QByteArray buffer)> make;

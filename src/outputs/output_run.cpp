@@ -18,7 +18,7 @@ namespace veldmap {
 OutputFiles OutputRun::run()
 {
     for (const OutputJob &job : m_jobs) {
-        if (m_options.asPublished || !job.refusal.isEmpty())
+        if (m_options.asPublished || !job.refusal.isEmpty() || job.onlyFinds)
             continue;
         m_lastJobs[job.path] = &job;
         for (const QString &path : job.further)

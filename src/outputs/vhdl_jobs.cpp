@@ -6,9 +6,8 @@
 #include "vhdl/packages.h"
 #include "vhdl/self_check.h"
 
-#include <QSet>
-
 #include <QDir>
+#include <QSet>
 
 using namespace Qt::StringLiterals;
 
@@ -55,12 +54,12 @@ OutputJobs vhdlJobs(const VMRootArchive &root, const OutputOptions &options)
             job.outside = QDir::cleanPath(job.path);
         job.directory = archive->getRelativePath(false);
         // Where two packages have one file, the second has no line that VHDL takes.
-        const bool isWritten = !options.accepted || !paths.contains(job.path);
+        job.onlyFinds = options.accepted && paths.contains(job.path);
         paths.insert(job.path);
-        job.make = [archive, packages, path = job.path, isWritten](const QByteArray &) {
+        job.make = [archive, packages, path = job.path, onlyFinds = job.onlyFinds](const QByteArray &) {
             JobTexts texts;
             const QString text = packages->textOf(*archive, texts.findings);
-            if (isWritten)
+            if (!onlyFinds)
                 texts.files.push_back({path, text.toUtf8(), {}});
             return texts;
         };
