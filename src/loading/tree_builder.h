@@ -104,7 +104,7 @@ private:
     const VMXMLArchive *m_scopeArchive = nullptr;             // whose scope m_scope is
     std::optional<Scope> m_scope;
     QHash<QString, const VMIntVar *> m_foundVariables; // in it
-    qint64 m_fileBytes = 0; // each file once
+    qint64 m_fileBytes = 0;                            // each file once
     qint64 m_readBytes = 0;
     qint64 m_declaredElements = 0;
     qint64 m_copiedElements = 0;

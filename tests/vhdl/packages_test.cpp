@@ -124,10 +124,11 @@ TEST(VhdlFindings, StaticExpressions)
     const auto constants = [](const QString &name) { return name == u"W"_s ? std::optional<qint64>(8) : std::nullopt; };
     const std::pair<StaticResult, QStringList> rows[] = {
         {StaticResult::Value,
-         {u"-W+2*(3-1)"_s, u"2**(W)-1"_s, u" 16#7fFFFFFF# "_s, u"w"_s, u"(-1)**1000000001"_s, u"4294967296-4294967295"_s,
-          u"-2147483648"_s, u"1E3"_s}},
+         {u"-W+2*(3-1)"_s, u"2**(W)-1"_s, u" 16#7fFFFFFF# "_s, u"w"_s, u"(-1)**1000000001"_s,
+          u"4294967296-4294967295"_s, u"-2147483648"_s, u"1E3"_s}},
         {StaticResult::TooLarge,
-         {u"2147483648"_s, u"2**31"_s, u"2**31-1"_s, u"65536*65536/65536"_s, u"-2147483648/(-1)"_s, u"99999999999999999999"_s, u"W*2**28"_s, u"9223372036854775807+1"_s}},
+         {u"2147483648"_s, u"2**31"_s, u"2**31-1"_s, u"65536*65536/65536"_s, u"-2147483648/(-1)"_s,
+          u"99999999999999999999"_s, u"W*2**28"_s, u"9223372036854775807+1"_s}},
         {StaticResult::Unreadable,
          {u"1E"_s, u""_s, u"2*-1"_s, u"1--1"_s, u"2**2**2"_s, u"2**(-1)"_s, u"1/0"_s, u"(1"_s, u"1)"_s, u"1 2"_s,
           u"0B11"_s, u"16##"_s, u"X"_s, u"1.5"_s, u"1<<2"_s, QString(100'000, u'(')}},
