@@ -1,7 +1,9 @@
 # Generates the C and assembly headers of a description while a project is built.
 #
-#   veldmap_generate(TARGET CHIP soc.xml [SOFT firmware.xml] [OUTPUT DIR] [BASE DIR] [DEPENDS FILE...])
+#   veldmap_generate(TARGET CHIP soc.xml [SOFT firmware.xml] [TYPES] [GLOBALS] [ACCESSORS] [OUTPUT DIR] [BASE DIR]
+#                    [DEPENDS FILE...])
 #
+# TYPES, GLOBALS and ACCESSORS ask for the headers that "veldmap headers" writes with the options of these names.
 # TARGET becomes an interface library: linking it puts the directory of each generated header on the include path. The
 # headers are made anew when a file that was read for them, or one under DEPENDS, changes, and what includes a header is
 # compiled anew when the header has become another one. OUTPUT is a directory, TARGET-headers in the build tree by
@@ -14,7 +16,7 @@ cmake_policy(PUSH)
 cmake_policy(VERSION 3.21...3.25)
 
 function(veldmap_generate target)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "CHIP;SOFT;OUTPUT;BASE" "DEPENDS")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "TYPES;GLOBALS;ACCESSORS" "CHIP;SOFT;OUTPUT;BASE" "DEPENDS")
     if(arg_UNPARSED_ARGUMENTS)
         message(FATAL_ERROR "veldmap_generate: unknown arguments: ${arg_UNPARSED_ARGUMENTS}")
     endif()
@@ -36,6 +38,12 @@ function(veldmap_generate target)
     else()
         list(APPEND arguments --common-base)
     endif()
+    foreach(kind TYPES GLOBALS ACCESSORS)
+        if(arg_${kind})
+            string(TOLOWER ${kind} word)
+            list(APPEND arguments --${word})
+        endif()
+    endforeach()
     set(roots)
     set(directories)
     foreach(kind CHIP SOFT)
@@ -52,6 +60,9 @@ function(veldmap_generate target)
     file(STRINGS ${list} headers ENCODING UTF-8)
     foreach(header IN LISTS headers)
         get_filename_component(directory ${header} DIRECTORY)
+        if(arg_TYPES AND header MATCHES "/veldmap/types\\.h$") # included as <veldmap/types.h>
+            get_filename_component(directory ${directory} DIRECTORY)
+        endif()
         list(APPEND directories ${directory})
     endforeach()
     foreach(kind CHIP SOFT)
@@ -64,7 +75,7 @@ function(veldmap_generate target)
             get_filename_component(root ${arg_${kind}} ABSOLUTE)
             _veldmap_look_at(${root} "${base}" ${below} read expected)
             list(APPEND sources ${read})
-            list(APPEND directories ${expected})
+            list(APPEND directories ${below} ${expected})
         endif()
     endforeach()
     list(REMOVE_DUPLICATES directories)

@@ -137,6 +137,27 @@ class Generating(Project):
             self.write({"hw/later.xml": archive("<bogus/>")})
             command("cmake", "--build", self.build, status=None)
 
+    def test_what_lies_beside_the_headers(self):
+        """Two roots, so that words and global variables have two directories."""
+        self.files |= {
+            "CMakeLists.txt": PROJECT.replace("hw/soc.xml", "hw/soc.xml SOFT sw/main.xml TYPES GLOBALS ACCESSORS"),
+            "hw/soc.xml": archive('<var name="LINES" value="2" global="yes"/>', '<module name="led">',
+                                  '<reg32 name="ctrl" protect="rw">',
+                                  '<bits name="on" pos="3:2" access="rw"/></reg32></module>'),
+            "sw/main.xml": archive('<var name="TASKS" value="7"/>'),
+            "main.c": """#include <stdio.h>
+                #include <veldmap/types.h>
+                #include "globals.h"
+                #include "soc_accessors.h"
+                #include "main.h"
+                int main(void) { printf("%d\\n", (int)led_ctrl_with_on(0, LINES) + TASKS); return 0; }
+                """}
+        for generator in self.for_each_generator():
+            self.configure(generator)
+            self.assertEqual(self.printed(), "15")
+            self.write({"hw/soc.xml": self.files["hw/soc.xml"].replace('"2"', '"1"')})
+            self.assertEqual(self.printed(), "11")
+
     def test_two_roots_with_one_base(self):
         self.files |= {"CMakeLists.txt": PROJECT.replace("hw/soc.xml", "hw/soc.xml SOFT sw/main.xml BASE ."),
                        "sw/main.xml": archive('<var name="TASKS" value="7"/>'),
