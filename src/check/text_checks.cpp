@@ -13,14 +13,14 @@ namespace veldmap {
 
 namespace {
 
-/// Tags that a text has on a page.
+/// Tags that a text has on a page, sorted.
 constexpr QLatin1StringView kTextTags[] = {
-    "a"_L1,     "abbr"_L1,   "b"_L1,      "big"_L1, "blockquote"_L1, "caption"_L1, "center"_L1, "cite"_L1,  "code"_L1,
-    "dd"_L1,    "del"_L1,    "dfn"_L1,    "div"_L1, "dl"_L1,         "dt"_L1,      "em"_L1,     "font"_L1,  "h1"_L1,
-    "h2"_L1,    "h3"_L1,     "h4"_L1,     "h5"_L1,  "h6"_L1,         "i"_L1,       "ins"_L1,    "kbd"_L1,   "li"_L1,
-    "mark"_L1,  "ol"_L1,     "p"_L1,      "pre"_L1, "q"_L1,          "s"_L1,       "samp"_L1,   "small"_L1, "span"_L1,
-    "sub"_L1,   "strike"_L1, "strong"_L1, "sup"_L1, "table"_L1,      "tbody"_L1,   "td"_L1,     "tfoot"_L1, "th"_L1,
-    "thead"_L1, "tr"_L1,     "tt"_L1,     "u"_L1,   "ul"_L1,         "var"_L1};
+    "a"_L1,      "abbr"_L1,   "b"_L1,   "big"_L1, "blockquote"_L1, "caption"_L1, "center"_L1, "cite"_L1,  "code"_L1,
+    "dd"_L1,     "del"_L1,    "dfn"_L1, "div"_L1, "dl"_L1,         "dt"_L1,      "em"_L1,     "font"_L1,  "h1"_L1,
+    "h2"_L1,     "h3"_L1,     "h4"_L1,  "h5"_L1,  "h6"_L1,         "i"_L1,       "ins"_L1,    "kbd"_L1,   "li"_L1,
+    "mark"_L1,   "ol"_L1,     "p"_L1,   "pre"_L1, "q"_L1,          "s"_L1,       "samp"_L1,   "small"_L1, "span"_L1,
+    "strike"_L1, "strong"_L1, "sub"_L1, "sup"_L1, "table"_L1,      "tbody"_L1,   "td"_L1,     "tfoot"_L1, "th"_L1,
+    "thead"_L1,  "tr"_L1,     "tt"_L1,  "u"_L1,   "ul"_L1,         "var"_L1};
 /// Those that have no content, so that HTML never waits for their end.
 constexpr QLatin1StringView kEmptyTags[] = {"br"_L1, "hr"_L1, "img"_L1, "wbr"_L1, "col"_L1};
 constexpr QLatin1StringView kActiveTags[] = {"script"_L1, "iframe"_L1, "object"_L1, "embed"_L1};
@@ -29,6 +29,13 @@ template <std::size_t size>
 bool isOneOf(const QLatin1StringView (&words)[size], QStringView name)
 {
     return std::ranges::any_of(words, [&](QLatin1StringView word) { return word == name; });
+}
+
+bool isTextTag(QStringView name)
+{
+    const auto *found = std::lower_bound(std::begin(kTextTags), std::end(kTextTags), name,
+                                         [](QLatin1StringView word, QStringView of) { return of.compare(word) > 0; });
+    return found != std::end(kTextTags) && *found == name;
 }
 
 /// Whether \a c shows nothing, or turns what is shown around.
@@ -118,18 +125,18 @@ void checkMarkup(const TagInContext &at, const Tag &tag, const DocumentTeller &t
 {
     for (const Tag &child : ChildTags(tag)) {
         const QStringView name = child.name();
-        const QString shown = u'<' + shownText(child.nameAsWritten()) + u'>';
+        const auto shown = [&child] { return u'<' + shownText(child.nameAsWritten()) + u'>'; };
         const QStringView active = activeAttributeOf(child);
         if (isOneOf(kActiveTags, name))
-            teller.tell(rules::commentScript, at, {shown});
+            teller.tell(rules::commentScript, at, {shown()});
         else if (!active.isNull())
-            teller.tell(rules::commentScript, at, {u"attribute '%1' of %2"_s.arg(shownText(active), shown)});
-        else if (isOneOf(kTextTags, name) && child.isEmpty())
+            teller.tell(rules::commentScript, at, {u"attribute '%1' of %2"_s.arg(shownText(active), shown())});
+        else if (!isTextTag(name) && !isOneOf(kEmptyTags, name))
+            teller.tell(rules::commentMarkup, at, {shown(), u"is no tag that HTML has in texts"_s});
+        else if (child.isEmpty() && isTextTag(name))
             teller.tell(
                 rules::commentMarkup, at,
-                {shown, u"is empty, and stays open on a page, where a slash at the end of a tag does not count"_s});
-        else if (!isOneOf(kTextTags, name) && !isOneOf(kEmptyTags, name))
-            teller.tell(rules::commentMarkup, at, {shown, u"is no tag that HTML has in texts"_s});
+                {shown(), u"is empty, and stays open on a page, where a slash at the end of a tag does not count"_s});
         checkMarkup(at, child, teller);
     }
 }
@@ -198,8 +205,11 @@ private:
 void checkComment(const TagInContext &at, const DocumentTeller &teller)
 {
     const QStringView plain = at.tag.plainText();
-    if (!plain.isNull() && isHarmless(plain))
+    if (plain.isNull() ? at.tag.isAll(isHarmless) : isHarmless(plain)) {
+        if (plain.isNull())
+            checkMarkup(at, at.tag, teller);
         return;
+    }
     const QString whole = plain.isNull() && !at.tag.isEmpty() ? at.tag.serialized() : QString();
     const QStringView text = plain.isNull() ? QStringView(whole) : plain;
     checkCharacters(at, text, teller);

@@ -204,6 +204,26 @@ QString Tag::serialized() const
     return text;
 }
 
+bool Tag::isAllBelow(int index, bool (*isFine)(QStringView text)) const
+{
+    const TagDocument::Node &item = *nodeAt(index);
+    if (item.kind == TagDocument::Kind::Text || item.kind == TagDocument::Kind::Comment)
+        return isFine(item.text);
+    if (item.kind != TagDocument::Kind::Element || !isFine(item.name))
+        return false;
+    const Tag tag(*m_document, index);
+    const auto isAttributeFine = [isFine](const TagDocument::Attribute &attribute) {
+        return isFine(attribute.name) && isFine(attribute.value);
+    };
+    if (!std::ranges::all_of(tag.attributes(), isAttributeFine))
+        return false;
+    for (int child = item.firstChild; child != TagDocument::kNone; child = nodeAt(child)->nextSibling) {
+        if (!isAllBelow(child, isFine))
+            return false;
+    }
+    return true;
+}
+
 void Tag::appendSerialized(int index, QString &text) const
 {
     using Kind = TagDocument::Kind;

@@ -143,6 +143,9 @@ public:
     Tag nextSibling() const { return {*m_document, firstElement(node().nextSibling)}; }
 
     bool isEmpty() const { return node().firstChild == TagDocument::kNone; }
+    /// Whether \a isFine holds for all that is written in the tag and below it: names, values and texts. It does not
+    /// for what is more than tags and texts.
+    bool isAll(bool (*isFine)(QStringView text)) const { return isAllBelow(m_node, isFine); }
     /// The text of a tag that holds one run of text and has no attributes; null for any other.
     QStringView plainText() const;
     /// What stands between the start and the end tag as serialized() has it, on one line: blanks and line ends in a row
@@ -160,6 +163,7 @@ private:
     const TagDocument::Node &node() const { return m_document->m_nodes[static_cast<std::size_t>(m_node)]; }
     const TagDocument::Node *nodeAt(int index) const;
     int firstElement(int index) const;
+    bool isAllBelow(int index, bool (*isFine)(QStringView text)) const;
     void appendSerialized(int index, QString &text) const;
     void appendElement(const TagDocument::Node &element, QString &text) const;
 
