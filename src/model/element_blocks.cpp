@@ -29,7 +29,7 @@ void *VMXMLElement::operator new(std::size_t size)
 
 void VMXMLElement::operator delete(void *element, std::size_t size) noexcept
 {
-    ::operator delete(element, size);
+    ::operator delete(element);
 }
 
 #else
@@ -89,7 +89,7 @@ void *VMXMLElement::operator new(std::size_t size)
 void VMXMLElement::operator delete(void *element, std::size_t size) noexcept
 {
     if (size > kLargest) {
-        ::operator delete(element, size);
+        ::operator delete(element);
         return;
     }
     const std::lock_guard lock(piecesMutex);
