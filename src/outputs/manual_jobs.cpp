@@ -1,11 +1,10 @@
+#include "outputs/copy_job.h"
 #include "outputs/output_jobs.h"
 #include "outputs/outputs.h"
 #include "site/html_text.h"
 #include "site/pages.h"
 #include "site/search_index.h"
 #include "site/site_plan.h"
-
-#include <QFile>
 
 #include <memory>
 
@@ -20,26 +19,6 @@ constexpr QLatin1StringView kStyle = "site.css"_L1;
 constexpr QLatin1StringView kScripts[] = {"site.js"_L1, "search.js"_L1};
 
 using Plan = std::shared_ptr<const SitePlan>;
-
-OutputJob assetJob(const OutputOptions &options, QLatin1StringView file)
-{
-    OutputJob job;
-    job.path = options.directory + u'/' + file;
-    job.name = file;
-    job.waits = true;
-    job.make = [path = job.path, source = options.pool + u'/' + file](const QByteArray &) {
-        JobTexts texts;
-        QFile asset(source);
-        if (asset.open(QIODevice::ReadOnly)) {
-            texts.files.push_back({path, asset.readAll(), {}});
-        } else {
-            texts.isMissing = !QFile::exists(source);
-            texts.failure = u"%1 can't be read: %2"_s.arg(source, asset.errorString());
-        }
-        return texts;
-    };
-    return job;
-}
 
 /// A job for \a file, whose text \a append appends.
 template <typename Append>
@@ -120,13 +99,13 @@ OutputJobs manualJobs(const VMMemoryMap &map, const OutputOptions &options)
 {
     const auto plan = std::make_shared<const SitePlan>(map);
     OutputJobs jobs;
-    jobs.push_back(assetJob(options, kStyle));
+    jobs.push_back(copyJob(options, kStyle));
     if (options.single) {
         jobs.push_back(pageJob(options, u"manual.html"_s, [plan](HtmlText &text) { appendManual(text, *plan); }));
         return jobs;
     }
     for (const QLatin1StringView script : kScripts)
-        jobs.push_back(assetJob(options, script));
+        jobs.push_back(copyJob(options, script));
     addSearch(jobs, plan, options);
     addPages(jobs, plan, options);
     return jobs;

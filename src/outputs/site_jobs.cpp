@@ -1,10 +1,9 @@
 #include "docsite/site.h"
 #include "docsite/site_text.h"
 #include "model/root_archive.h"
+#include "outputs/copy_job.h"
 #include "outputs/output_jobs.h"
 #include "outputs/outputs.h"
-
-#include <QFile>
 
 #include <algorithm>
 
@@ -18,21 +17,6 @@ JobTexts oneFile(const QString &path, const QByteArray &bytes)
 {
     JobTexts texts;
     texts.files.push_back({path, bytes, {}});
-    return texts;
-}
-
-/// The file \a source as it is.
-JobTexts copyOf(const QString &source, const QString &path)
-{
-    QFile file(source);
-    if (file.open(QIODevice::ReadOnly)) {
-        const QByteArray content = file.readAll();
-        if (file.error() == QFile::NoError)
-            return oneFile(path, content);
-    }
-    JobTexts texts;
-    texts.isMissing = !QFile::exists(source);
-    texts.failure = u"%1 can't be read: %2"_s.arg(source, file.errorString());
     return texts;
 }
 
@@ -85,15 +69,8 @@ OutputJob pageJob(const VMXMLElement &instance, const OutputOptions &options)
 OutputJobs poolJobs(const OutputOptions &options)
 {
     OutputJobs jobs;
-    for (const QLatin1StringView file : poolFiles()) {
-        OutputJob job;
-        job.path = options.directory + u'/' + file;
-        job.name = file;
-        job.waits = true; // what was written before may be what is copied
-        job.copied = options.pool + u'/' + file;
-        job.make = [path = job.path, source = job.copied](const QByteArray &) { return copyOf(source, path); };
-        jobs.push_back(std::move(job));
-    }
+    for (const QLatin1StringView file : poolFiles())
+        jobs.push_back(copyJob(options, file));
     return jobs;
 }
 

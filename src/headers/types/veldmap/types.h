@@ -23,7 +23,7 @@
 #define BASE_HI(address) (((address) >> 16) & 0xFFFF)
 #endif
 #ifndef BASE_LO
-#define BASE_LO(address) ((address) & 0xFFFF)
+#define BASE_LO(address) ((address)&0xFFFF)
 #endif
 
 // Where the processor finds an address: there.
@@ -33,7 +33,7 @@
 
 // 1, moved up by the lowest five bits of n.
 #ifndef EXP2
-#define EXP2(n) (1 << ((n) & 31))
+#define EXP2(n) (1 << ((n)&31))
 #endif
 
 #else // C and C++
