@@ -76,6 +76,17 @@ class Files(support.Case):
     def odd(self):
         return site_of(self.folder / "out", "--chip", self.lay_out({"odd.xml": ODD}, "odd.xml"))
 
+    def test_files_of_the_pool(self):
+        """They are known to build systems; a site that lacks one is not complete."""
+        program = shutil.copy(support.options.veldmap, self.folder / "veldmap")
+        pool = Path(shutil.copytree(Path(support.options.veldmap).parent / "sitepool", self.folder / "sitepool"))
+        arguments = ("site", "--chip", CHIP, "-o", self.folder / "out", "--depfile", self.folder / "d")
+        self.expect(run(*arguments, program=program), 0)
+        self.assertIn(str(pool / "search.js"), (self.folder / "d").read_text())
+        (pool / "search.js").unlink()
+        self.expect(run(*arguments, program=program), 1,
+                    err=f"error: {self.folder / 'out'} is not complete, since {pool} lacks: search.js\n")
+
     def test_every_link_leads_somewhere(self):
         real = [site_of(self.folder / chip.name, "--chip", chip / "soc.xml") for chip in support.chips()]
         both = site_of(self.folder / "both", "--chip", CHIP, "--soft", SOFT)
