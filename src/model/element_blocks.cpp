@@ -27,7 +27,7 @@ void *VMXMLElement::operator new(std::size_t size)
     return ::operator new(size);
 }
 
-void VMXMLElement::operator delete(void *element, std::size_t size) noexcept
+void VMXMLElement::operator delete(void *element, std::size_t) noexcept
 {
     ::operator delete(element);
 }
