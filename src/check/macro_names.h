@@ -6,6 +6,7 @@
 #include <QHash>
 #include <QSet>
 
+#include <algorithm>
 #include <functional>
 #include <utility>
 #include <vector>
@@ -45,7 +46,11 @@ public:
     QString text() const;
     friend bool operator==(const MacroName &one, const MacroName &other)
     {
-        return one.m_hash == other.m_hash && one.text() == other.text();
+        if (one.m_hash != other.m_hash)
+            return false;
+        if (one.m_field.size() == other.m_field.size() && one.m_part.isNull() == other.m_part.isNull())
+            return areAlike(one.m_field, other.m_field) && areAlike(one.m_part, other.m_part);
+        return one.text() == other.text();
     }
 
 private:
@@ -53,12 +58,18 @@ private:
     static constexpr quint64 kPrime = 0x100000001B3u;
     static quint64 hashed(quint64 hash, QStringView text)
     {
-        for (const QChar c : text) {
-            const char16_t unit = c.unicode();
-            const char16_t folded = unit >= u'a' && unit <= u'z' ? char16_t(unit - u'a' + u'A') : unit;
-            hash = (hash ^ folded) * kPrime;
-        }
+        for (const QChar c : text)
+            hash = (hash ^ folded(c)) * kPrime;
         return hash;
+    }
+    static char16_t folded(QChar c)
+    {
+        const char16_t unit = c.unicode();
+        return unit >= u'a' && unit <= u'z' ? char16_t(unit - u'a' + u'A') : unit;
+    }
+    static bool areAlike(QStringView one, QStringView other)
+    {
+        return std::ranges::equal(one, other, {}, folded, folded);
     }
 
     QStringView m_field;

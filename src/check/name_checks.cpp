@@ -1,6 +1,7 @@
 #include "check/document_rules.h"
 #include "check/tag_check.h"
 #include "text/names.h"
+#include "text/words.h"
 #include "vhdl/static_expression.h"
 
 #include <algorithm>
@@ -84,7 +85,7 @@ constexpr QLatin1StringView kCppWords[] = {"alignas"_L1,
 template <std::size_t size>
 bool isOneOf(const QLatin1StringView (&words)[size], QStringView name)
 {
-    return std::ranges::any_of(words, [&](QLatin1StringView word) { return word == name; });
+    return std::ranges::any_of(words, [&](QLatin1StringView word) { return isWord(name, word); });
 }
 
 /// How a name stands in what is generated, which decides on what breaks.

@@ -1,5 +1,7 @@
 #include "check/schema.h"
 
+#include "text/words.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -128,14 +130,15 @@ constexpr TagRow kTags[] = {
 
 const AttributeRow *TagRow::findAttribute(QStringView attribute) const
 {
-    const auto found = std::ranges::find_if(attributes, [&](const AttributeRow &row) { return row.name == attribute; });
+    const auto found =
+        std::ranges::find_if(attributes, [&](const AttributeRow &row) { return isWord(attribute, row.name); });
     return found == attributes.end() ? nullptr : &*found;
 }
 
 const TagRow *findTagRow(TagKind parent, QStringView name)
 {
     const auto found = std::ranges::find_if(
-        kTags, [&](const TagRow &row) { return (row.parents & in(parent)) != 0 && row.name == name; });
+        kTags, [&](const TagRow &row) { return (row.parents & in(parent)) != 0 && isWord(name, row.name); });
     return found == std::end(kTags) ? nullptr : found;
 }
 

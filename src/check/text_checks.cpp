@@ -1,6 +1,7 @@
 #include "check/document_rules.h"
 #include "check/tag_check.h"
 #include "headers/c_names.h"
+#include "text/words.h"
 #include "xml/tag_attributes.h"
 
 #include <algorithm>
@@ -28,7 +29,7 @@ constexpr QLatin1StringView kActiveTags[] = {"script"_L1, "iframe"_L1, "object"_
 template <std::size_t size>
 bool isOneOf(const QLatin1StringView (&words)[size], QStringView name)
 {
-    return std::ranges::any_of(words, [&](QLatin1StringView word) { return word == name; });
+    return std::ranges::any_of(words, [&](QLatin1StringView word) { return isWord(name, word); });
 }
 
 bool isTextTag(QStringView name)
@@ -59,10 +60,14 @@ bool isUnprintable(QChar c)
 /// Whether \a text has nothing but printing ASCII, blanks, and no character that a rule on texts looks for.
 bool isHarmless(QStringView text)
 {
-    return std::ranges::all_of(text, [](QChar c) {
-        const char16_t unit = c.unicode();
-        return (unit >= u' ' && unit <= u'~' && unit != u'\\' && unit != u'*') || unit == u'\n';
-    });
+    quint16 harm = 0; // of the width of a character, so that a processor looks at several at once
+    for (const QChar c : text) {
+        const quint16 unit = c.unicode();
+        const auto behindBlank = static_cast<quint16>(unit - u' ');
+        harm |= static_cast<quint16>(behindBlank > u'~' - u' ' && unit != u'\n');
+        harm |= static_cast<quint16>(unit == u'\\') | static_cast<quint16>(unit == u'*');
+    }
+    return harm == 0;
 }
 
 void checkCharacters(const TagInContext &at, QStringView text, const DocumentTeller &teller)
@@ -127,13 +132,14 @@ void checkMarkup(const TagInContext &at, const Tag &tag, const DocumentTeller &t
         const QStringView name = child.name();
         const auto shown = [&child] { return u'<' + shownText(child.nameAsWritten()) + u'>'; };
         const QStringView active = activeAttributeOf(child);
+        const bool mayBeEmpty = isOneOf(kEmptyTags, name);
         if (isOneOf(kActiveTags, name))
             teller.tell(rules::commentScript, at, {shown()});
         else if (!active.isNull())
             teller.tell(rules::commentScript, at, {u"attribute '%1' of %2"_s.arg(shownText(active), shown())});
-        else if (!isTextTag(name) && !isOneOf(kEmptyTags, name))
+        else if (!mayBeEmpty && !isTextTag(name))
             teller.tell(rules::commentMarkup, at, {shown(), u"is no tag that HTML has in texts"_s});
-        else if (child.isEmpty() && isTextTag(name))
+        else if (!mayBeEmpty && child.isEmpty())
             teller.tell(
                 rules::commentMarkup, at,
                 {shown(), u"is empty, and stays open on a page, where a slash at the end of a tag does not count"_s});

@@ -2,6 +2,7 @@
 #include "check/tag_check.h"
 #include "text/bit_arithmetic.h"
 #include "text/nearest_name.h"
+#include "text/words.h"
 
 #include <algorithm>
 #include <optional>
@@ -44,7 +45,7 @@ QString nearestAttribute(const TagRow &row, QStringView attribute)
 void checkKnown(const TagInContext &at, const AttributeRow &row, QStringView value,
                 std::initializer_list<QLatin1StringView> known, const QString &complaint, const DocumentTeller &teller)
 {
-    if (std::ranges::none_of(known, [&](QLatin1StringView word) { return word == value; }))
+    if (std::ranges::none_of(known, [&](QLatin1StringView word) { return isWord(value, word); }))
         teller.tell(rules::unknownValue, at, {row.name, shownText(value), complaint});
 }
 
@@ -106,8 +107,7 @@ void checkReset(const TagInContext &at, QStringView text, const DocumentTeller &
 {
     constexpr QLatin1StringView kWords[] = {"no"_L1, "all1"_L1, "-"_L1, ""_L1};
     const bool isNumber = !text.isEmpty() && text.front() >= u'0' && text.front() <= u'9';
-    if (!isNumber && std::ranges::any_of(
-                         kWords, [&](QLatin1StringView word) { return text.compare(word, Qt::CaseInsensitive) == 0; }))
+    if (!isNumber && std::ranges::any_of(kWords, [&](QLatin1StringView word) { return isWordOfAnyCase(text, word); }))
         return;
     const std::optional<quint64> value = resetLiteral(text.trimmed());
     if (!value) {
