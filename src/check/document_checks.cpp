@@ -44,12 +44,13 @@ void DocumentTeller::tell(const LintRule &rule, const TagInContext &at, const QS
                           const QString &what) const
 {
     Finding finding(rule.rule, placeOf(at.tag), QStringList(at.title()) + arguments);
-    m_sink.take(finding.withPlace(placeOf(other), what));
+    finding.related.append({placeOf(other), what});
+    m_sink.take(finding);
 }
 
-Place DocumentTeller::placeOf(const Tag &tag) const
+Place DocumentTeller::placeOf(const Tag &tag)
 {
-    return {m_file, tag.lineNumber(), tag.columnNumber(), 0};
+    return {{}, tag.lineNumber(), tag.columnNumber(), 0};
 }
 
 QString shownText(QStringView value)
@@ -78,7 +79,7 @@ bool isForEditors(QStringView attribute)
 /// Looks at the tags of a document, each once, from the root down.
 class DocumentWalk {
 public:
-    DocumentWalk(const QString &file, Sink &sink) : m_teller(file, sink), m_numbers(m_teller) {}
+    explicit DocumentWalk(Sink &sink) : m_teller(sink), m_numbers(m_teller) {}
 
     void walk(const TagInContext &at)
     {
@@ -164,13 +165,13 @@ private:
 
 } // namespace
 
-void checkDocument(const TagDocument &document, const QString &file, Sink &sink)
+void checkDocument(const TagDocument &document, Sink &sink)
 {
     const Tag root = document.root();
     if (root.isNull())
         return;
     if (const TagRow *row = findTagRow(TagKind::Document, root.name()))
-        DocumentWalk(file, sink).walk({root, *row});
+        DocumentWalk(sink).walk({root, *row});
 }
 
 } // namespace veldmap

@@ -6,7 +6,8 @@
 namespace veldmap {
 
 /// Tells what is wrong with the words of a document: attributes and values that its tags do not know, names that have
-/// to be changed, numbers that are cut, texts that do harm in what is generated.
-void checkDocument(const TagDocument &document, const QString &file, Sink &sink);
+/// to be changed, numbers that are cut, texts that do harm in what is generated. The places of what is told have no
+/// file.
+void checkDocument(const TagDocument &document, Sink &sink);
 
 } // namespace veldmap

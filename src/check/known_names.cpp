@@ -73,7 +73,7 @@ QString allowedTags(TagKind parent)
 
 } // namespace
 
-void KnownNames::onDocument(const TagDocument &document, const QString &file)
+void KnownNames::onDocument(const TagDocument &document, const QString &file, const DocumentStudy *)
 {
     const auto keep = [&](Declarations &names, const Tag &tag, const QString &name) {
         if (!name.isEmpty() && !names.contains(name))

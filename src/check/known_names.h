@@ -12,7 +12,7 @@ namespace veldmap {
 /// document.
 class VELDMAP_EXPORT KnownNames final : public DocumentListener {
 public:
-    void onDocument(const TagDocument &document, const QString &file) override;
+    void onDocument(const TagDocument &document, const QString &file, const DocumentStudy *) override;
     void onInclude(const Place &include, const QString &file) override;
 
     /// Adds to \a finding the tags that included its file, and for an unknown name the one that is most likely meant,

@@ -91,14 +91,40 @@ Lint::Lint(const std::function<bool(const LintRule &)> &isOn)
 {
 }
 
-void Lint::onDocument(const TagDocument &document, const QString &file)
+namespace {
+
+/// What one document showed, whose places have no file.
+struct DocumentFindings final : DocumentStudy {
+    ReadableFindings found;
+    DocumentNames names;
+};
+
+} // namespace
+
+std::unique_ptr<DocumentStudy> Lint::study(const TagDocument &document) const
+{
+    auto findings = std::make_unique<DocumentFindings>();
+    checkDocument(document, findings->found);
+    if (m_looksForUnused)
+        findings->names = namesIn(document);
+    return findings;
+}
+
+void Lint::onDocument(const TagDocument &document, const QString &file, const DocumentStudy *study)
 {
     if (m_files.contains(file)) // chip and software may include the same
         return;
     m_files.insert(file, m_files.size());
-    checkDocument(document, file, m_ofDocuments);
+    const std::unique_ptr<DocumentStudy> own = study ? nullptr : this->study(document);
+    const auto &findings = *static_cast<const DocumentFindings *>(study ? study : own.get());
+    for (Finding finding : findings.found.findings) {
+        finding.place.file = file;
+        for (RelatedPlace &other : finding.related)
+            other.place.file = file;
+        m_ofDocuments.findings.append(std::move(finding));
+    }
     if (m_looksForUnused)
-        m_unused.read(document, file);
+        m_unused.add(findings.names, file);
     m_allowances.read(document, file, lintRules(), m_ofDocuments);
 }
 

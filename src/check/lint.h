@@ -30,7 +30,8 @@ public:
     /// Rules for which \a isOn does not hold may be left out.
     explicit Lint(const std::function<bool(const LintRule &)> &isOn = [](const LintRule &) { return true; });
 
-    void onDocument(const TagDocument &document, const QString &file) override;
+    std::unique_ptr<DocumentStudy> study(const TagDocument &document) const override;
+    void onDocument(const TagDocument &document, const QString &file, const DocumentStudy *study) override;
     void onInclude(const Place &include, const QString &file) override;
 
     /// Tells \a sink all findings, with the severities of their rules, also those of rules that are off: file by file

@@ -161,6 +161,24 @@ private:
     Sink &m_sink;
 };
 
+class UsedTypes final : public TypeChecks {
+public:
+    explicit UsedTypes(QSet<QString> &names) : m_names(names) {}
+
+    void check(const VMXMLArchive &, const VMXMLElement &type) override
+    {
+        visitDeclared(type, Overloads{[this](const VMPointer &pointer) { m_names += pointer.pointedType; },
+                                      [this](const VMXMLElement &element) {
+                                          if (isCopyOfType(element))
+                                              m_names +=
+                                                  element.isRootElement() ? element.declaredType : element.typedefName;
+                                      }});
+    }
+
+private:
+    QSet<QString> &m_names;
+};
+
 } // namespace
 
 std::unique_ptr<TypeChecks> structureChecks(const VMRootArchive &root, Sink &sink)
@@ -168,32 +186,21 @@ std::unique_ptr<TypeChecks> structureChecks(const VMRootArchive &root, Sink &sin
     return std::make_unique<StructureChecks>(root, sink);
 }
 
-void checkUnusedTypes(const VMMemoryMap &map, Sink &sink)
+std::unique_ptr<TypeChecks> usedTypes(const VMRootArchive &root, QSet<QString> &names)
 {
-    const auto roots = {map.chipRootArchive, map.softRootArchive};
-    QSet<QString> used;
-    for (const VMRootArchive *root : roots) {
-        if (!root)
-            continue;
-        for (const auto &instance : root->instances)
-            used += instance->typedefName;
-        visitDeclared(*root, Overloads{[&](const VMPointer &pointer) { used += pointer.pointedType; },
-                                       [&](const VMXMLElement &element) {
-                                           if (isCopyOfType(element))
-                                               used +=
-                                                   element.isRootElement() ? element.declaredType : element.typedefName;
-                                       }});
-    }
-    for (const VMRootArchive *root : roots) {
-        if (!root)
-            continue;
-        for (const VMXMLArchive *archive : root->xmlArchives) {
-            for (const auto &type : archive->templates) {
-                const auto *valuable = elementCast<VMValuable>(type.get());
-                const bool isEnum = valuable && valuable->enumTemplate; // fields may name it, which no tree shows
-                if (!isEnum && !used.contains(type->typedefName))
-                    sink.take(Finding(lint::unusedType.rule, type->source.place(), {type->typedefName}));
-            }
+    for (const auto &instance : root.instances)
+        names += instance->typedefName;
+    return std::make_unique<UsedTypes>(names);
+}
+
+void tellUnusedTypes(const VMRootArchive &root, const QSet<QString> &used, Sink &sink)
+{
+    for (const VMXMLArchive *archive : root.xmlArchives) {
+        for (const auto &type : archive->templates) {
+            const auto *valuable = elementCast<VMValuable>(type.get());
+            const bool isEnum = valuable && valuable->enumTemplate; // fields may name it, which no tree shows
+            if (!isEnum && !used.contains(type->typedefName))
+                sink.take(Finding(lint::unusedType.rule, type->source.place(), {type->typedefName}));
         }
     }
 }

@@ -20,10 +20,10 @@ struct TagInContext {
     QString title() const;
 };
 
-/// Tells findings of one document.
+/// Tells findings of one document, whose places have no file.
 class DocumentTeller {
 public:
-    DocumentTeller(const QString &file, Sink &sink) : m_file(file), m_sink(sink) {}
+    explicit DocumentTeller(Sink &sink) : m_sink(sink) {}
 
     /// The first argument is the title of \a at.
     void tell(const LintRule &rule, const TagInContext &at, const QStringList &arguments) const;
@@ -32,9 +32,8 @@ public:
               const QString &what) const;
 
 private:
-    Place placeOf(const Tag &tag) const;
+    static Place placeOf(const Tag &tag);
 
-    const QString &m_file;
     Sink &m_sink;
 };
 

@@ -71,6 +71,7 @@ void checkTree(const VMMemoryMap &map, Sink &sink, int threads)
 {
     std::vector<Group> groups;
     std::list<ReadableFindings> ofTypes; // which stay where they are
+    std::list<QSet<QString>> usedNames;  // by root, likewise
     for (const VMRootArchive *root : {map.chipRootArchive, map.softRootArchive}) {
         if (!root)
             continue;
@@ -78,6 +79,7 @@ void checkTree(const VMMemoryMap &map, Sink &sink, int threads)
         Sink &registers = listFor();
         Sink &structures = listFor();
         Sink &names = listFor();
+        QSet<QString> &used = usedNames.emplace_back();
         const auto check = [root](const TypeChecksList &list) {
             for (const VMXMLArchive *archive : root->xmlArchives) {
                 for (const auto &type : archive->templates) {
@@ -86,9 +88,10 @@ void checkTree(const VMMemoryMap &map, Sink &sink, int threads)
                 }
             }
         };
-        const auto members = [=, &registers, &structures](TypeChecksList &list) {
+        const auto members = [=, &registers, &structures, &used](TypeChecksList &list) {
             list.push_back(registerChecks(registers));
             list.push_back(structureChecks(*root, structures));
+            list.push_back(usedTypes(*root, used));
         };
         const auto generated = [=, &names](TypeChecksList &list) { list.push_back(generatedNameChecks(*root, names)); };
         const auto run = [=](auto... makers) {
@@ -106,7 +109,6 @@ void checkTree(const VMMemoryMap &map, Sink &sink, int threads)
         }
         groups.push_back({[=](Sink &to) { checkIncludes(*root, to); }});
     }
-    groups.push_back({[&](Sink &to) { checkUnusedTypes(map, to); }});
     groups.push_back({[&](Sink &to) { checkMemoryMap(map, to); }});
     runAll(groups, threads);
     DistinctSink distinct(sink);
@@ -116,6 +118,13 @@ void checkTree(const VMMemoryMap &map, Sink &sink, int threads)
     };
     std::ranges::for_each(ofTypes, pass);
     std::ranges::for_each(groups, pass, &Group::found);
+    QSet<QString> used;
+    for (const QSet<QString> &names : usedNames)
+        used += names;
+    for (const VMRootArchive *root : {map.chipRootArchive, map.softRootArchive}) {
+        if (root)
+            tellUnusedTypes(*root, used, distinct);
+    }
 }
 
 } // namespace veldmap

@@ -2,6 +2,8 @@
 
 #include "findings/finding.h"
 
+#include <QSet>
+
 #include <memory>
 
 class VMMemoryMap;
@@ -27,7 +29,11 @@ std::unique_ptr<TypeChecks> registerChecks(Sink &sink);
 std::unique_ptr<TypeChecks> structureChecks(const VMRootArchive &root, Sink &sink);
 std::unique_ptr<TypeChecks> generatedNameChecks(const VMRootArchive &root, Sink &sink);
 
-void checkUnusedTypes(const VMMemoryMap &map, Sink &sink);
+/// Tells nothing, but adds the names of the types that \a root and all in it use to \a names, which must outlive it.
+std::unique_ptr<TypeChecks> usedTypes(const VMRootArchive &root, QSet<QString> &names);
+/// Tells of the types of \a root that are not among \a used, those that the roots of a memory map use.
+void tellUnusedTypes(const VMRootArchive &root, const QSet<QString> &used, Sink &sink);
+
 void checkIncludes(const VMRootArchive &root, Sink &sink);
 void checkMemoryMap(const VMMemoryMap &map, Sink &sink);
 

@@ -11,6 +11,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 
@@ -64,11 +65,22 @@ class TwoListeners final : public DocumentListener {
 public:
     TwoListeners(DocumentListener *first, DocumentListener *second) : m_listeners{first, second} {}
 
-    void onDocument(const TagDocument &document, const QString &file) override
+    std::unique_ptr<DocumentStudy> study(const TagDocument &document) const override
     {
-        for (DocumentListener *listener : m_listeners) {
-            if (listener)
-                listener->onDocument(document, file);
+        auto studies = std::make_unique<Studies>();
+        for (std::size_t at = 0; at < m_listeners.size(); ++at) {
+            if (m_listeners[at])
+                studies->of[at] = m_listeners[at]->study(document);
+        }
+        return studies;
+    }
+
+    void onDocument(const TagDocument &document, const QString &file, const DocumentStudy *study) override
+    {
+        for (std::size_t at = 0; at < m_listeners.size(); ++at) {
+            if (m_listeners[at])
+                m_listeners[at]->onDocument(document, file,
+                                            study ? static_cast<const Studies *>(study)->of[at].get() : nullptr);
         }
     }
 
@@ -81,7 +93,11 @@ public:
     }
 
 private:
-    DocumentListener *m_listeners[2]; // null for none
+    struct Studies final : DocumentStudy {
+        std::array<std::unique_ptr<DocumentStudy>, 2> of;
+    };
+
+    std::array<DocumentListener *, 2> m_listeners; // null for none
 };
 
 /// Loads what \a options name; \a lint may be null. With it, all that is wrong is told.

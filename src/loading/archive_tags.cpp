@@ -72,7 +72,7 @@ VMXMLArchive *ArchiveReader::readDocument(const DescriptionFile &file, const Fil
         return nullptr;
     }
     if (m_listener)
-        m_listener->onDocument(file.document, sourceFileOf(name.basePath, name.relativeFile).name());
+        m_listener->onDocument(file.document, sourceFileOf(name.basePath, name.relativeFile).name(), file.study.get());
     const Tag tag = file.document.root();
     if (tag.name() == "bigarchive"_L1)
         return readBigArchive(tag, name, status);

@@ -2,6 +2,7 @@
 
 #include "findings/finding.h"
 #include "loading/document.h"
+#include "xml/document_listener.h"
 #include "xml/tag_document.h"
 
 #include <memory>
@@ -35,6 +36,7 @@ struct DescriptionFile {
     TagDocument document;                 ///< with status 0
     qint64 bytes = 0;                     ///< of the file
     FindingList told;                     ///< what reading it had to say
+    std::unique_ptr<DocumentStudy> study; ///< of who listens, if it was read ahead
 };
 
 /// Cuts the description in \a bytes, the content of a file that messages call \a path, into tags.

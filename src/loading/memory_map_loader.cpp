@@ -58,8 +58,9 @@ private:
 
 std::unique_ptr<DescriptionFiles> filesFor(const QString &path, const LoadOptions &options)
 {
-    std::unique_ptr<DescriptionFiles> files =
-        options.threads > 1 ? std::make_unique<ReadAhead>(options.threads - 1) : std::make_unique<DescriptionFiles>();
+    std::unique_ptr<DescriptionFiles> files = options.threads > 1
+                                                  ? std::make_unique<ReadAhead>(options.threads - 1, options.documents)
+                                                  : std::make_unique<DescriptionFiles>();
     if (options.root)
         files = std::make_unique<WithRoot>(path, *options.root, std::move(files));
     return options.files ? std::make_unique<NotedFiles>(std::move(files), *options.files) : std::move(files);

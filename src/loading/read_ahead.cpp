@@ -48,7 +48,7 @@ void appendIncludes(const Tag &archive, const FileName &name, std::vector<FileNa
 
 } // namespace
 
-ReadAhead::ReadAhead(int threads)
+ReadAhead::ReadAhead(int threads, const DocumentListener *listener) : m_listener(listener)
 {
     try {
         while (static_cast<int>(m_threads.size()) < std::min(threads, kMostThreads))
@@ -110,6 +110,8 @@ void ReadAhead::work()
         // Another reader could wait at a pipe, or take what only one can have.
         const QFileInfo info(name.path);
         File file = info.isFile() && info.size() <= kLargestFile ? readDescriptionFile(name.path) : nullptr;
+        if (m_listener && file && file->status == XMDOpenSuccess)
+            file->study = m_listener->study(file->document);
         lock.lock();
         m_running.remove(name.path);
         if (file) {

@@ -20,8 +20,9 @@ namespace veldmap {
 /// that are sure to be followed are read, and only plain files. What stands ready is bounded in number and bytes.
 class ReadAhead final : public DescriptionFiles {
 public:
-    /// Reads on up to \a threads threads besides the caller's. Where the system gives none, the caller reads all.
-    explicit ReadAhead(int threads);
+    /// Reads on up to \a threads threads besides the caller's, which also let \a listener study what they read if it is
+    /// not null. Where the system gives none, the caller reads all.
+    ReadAhead(int threads, const DocumentListener *listener);
     ReadAhead(const ReadAhead &) = delete;
     ReadAhead &operator=(const ReadAhead &) = delete;
     ~ReadAhead() override;
@@ -35,6 +36,7 @@ private:
     bool canBegin() const;
     void expectIncludesOf(const DescriptionFile &file, const FileName &name);
 
+    const DocumentListener *const m_listener;
     std::mutex m_mutex; ///< of all below but the threads
     std::condition_variable m_changed;
     std::deque<FileName> m_expected; ///< in the order in which the load will ask
