@@ -7,7 +7,8 @@ namespace veldmap::cli {
 
 ExitStatus encrypt(const Options &options, Session &session)
 {
-    if (!encryptDescription(options.source, options.destination, session.messages))
+    if (!encryptDescription(options.source, options.destination, session.messages,
+                            options.exact ? ContainerDigest::None : ContainerDigest::InTheEnd))
         return kFailed;
     if (usesDevelopmentKey())
         session.messages.tell(rules::kDevelopmentKey, {options.destination});

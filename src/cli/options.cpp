@@ -49,6 +49,7 @@ struct Arguments {
     bool selfCheck = false;
     bool single = false;
     bool accepted = false;
+    bool exact = false;
     std::optional<std::string> imageFile;
     std::string imageAddress;
     std::optional<std::string> threads;
@@ -85,6 +86,7 @@ Options optionsOf(const Arguments &arguments)
     options.selfCheck = arguments.selfCheck;
     options.single = arguments.single;
     options.accepted = arguments.accepted;
+    options.exact = arguments.exact;
     return options;
 }
 
@@ -434,6 +436,7 @@ Command addEncrypt(CLI::App &app, Arguments &arguments)
     command->add_option("DESTINATION", arguments.destination, "the container, which replaces an earlier file")
         ->type_name("")
         ->required();
+    command->add_flag("--exact", arguments.exact, "add no digest, by which readers notice damage and another key");
     command->footer("Containers stand wherever plain descriptions do. Each file of a description is encrypted by "
                     "itself.\n\n"
                     "Example:\n"

@@ -43,6 +43,7 @@ struct Options {
     bool force = false;
     bool selfCheck = false;
     bool single = false;
+    bool exact = false;    ///< a container without digest
     bool accepted = false; ///< packages that VHDL takes
     LintOptions lint;
     OutputSettings output;

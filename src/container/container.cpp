@@ -2,6 +2,7 @@
 
 #include "container/aes.h"
 #include "container/container_format.h"
+#include "container/document_digest.h"
 #include "container/md5.h"
 #include "container/rules.h"
 #include "files/file_reader.h"
@@ -33,7 +34,8 @@ using namespace Qt::StringLiterals;
 //         10      16   initialisation vector
 //         26     ...   the document, filled up with zeros to whole blocks of 16 bytes and enciphered
 //
-// Nothing tells whether the key is right: a wrong one gives a document that is not well formed.
+// Nothing here tells whether the key is right: a wrong one gives a document that is not well formed. A document may end
+// with a digest of its own that does, see document_digest.cpp.
 
 namespace {
 
@@ -46,7 +48,8 @@ constexpr qsizetype kVectorBytes = 16;
 constexpr qsizetype kHeaderBytes = kVectorAt + kVectorBytes;
 constexpr qsizetype kBlockBytes = 16;
 static_assert(veldmap::kContainerOverhead == kHeaderBytes + kBlockBytes - 1);
-static_assert(veldmap::limits::kDocumentBytes + kBlockBytes <= std::numeric_limits<int>::max());
+static_assert(veldmap::limits::kDocumentBytes + veldmap::kLargestDigest + kBlockBytes <=
+              std::numeric_limits<int>::max());
 
 /// The bytes of \a bytes for the cipher, whose signature lacks the const though it only reads them.
 unsigned char *readOnly(const void *bytes)
@@ -95,20 +98,24 @@ Deciphered deciphered(const QByteArray &bytes)
 {
     const qsizetype cipherLength = bytes.size() - kHeaderBytes;
     if (cipherLength < 0)
-        return {{}, {&rules::containerTooShort, {QString::number(kHeaderBytes)}}};
+        return {{}, {&rules::containerTooShort, {QString::number(kHeaderBytes)}}, false};
     if (cipherLength % kBlockBytes != 0)
-        return {{}, {&rules::containerUneven, {QString::number(cipherLength), QString::number(kBlockBytes)}}};
+        return {{}, {&rules::containerUneven, {QString::number(cipherLength), QString::number(kBlockBytes)}}, false};
     const auto length = qFromLittleEndian<quint32>(bytes.constData() + kLengthAt);
     if (length > cipherLength)
-        return {{}, {&rules::containerLength, {QString::number(cipherLength), QString::number(length)}}};
-    Deciphered result = {QByteArray(cipherLength, Qt::Uninitialized), {}};
+        return {{}, {&rules::containerLength, {QString::number(cipherLength), QString::number(length)}}, false};
+    Deciphered result = {QByteArray(cipherLength, Qt::Uninitialized), {}, false};
     AES_Decrypt(readOnly(bytes.constData() + kHeaderBytes), writable(result.document), static_cast<int>(cipherLength),
                 readOnly(bytes.constData() + kVectorAt), readOnly(VMXML::AESVeldKey));
-    result.document.truncate(length);
+    const DigestFound digest = findDigest(result.document, length);
+    if (digest.kind == DigestFound::Wrong)
+        return {{}, {&rules::containerDamaged, {}}, false};
+    result.hasDigest = digest.kind == DigestFound::Right;
+    result.document.truncate(result.hasDigest ? digest.documentBytes : length);
     return result;
 }
 
-bool encryptDescription(const QString &source, const QString &destination, Sink &sink)
+bool encryptDescription(const QString &source, const QString &destination, Sink &sink, ContainerDigest digest)
 {
     const auto fail = [&sink](const Rule &rule, const QStringList &arguments, const Place &place = {}) {
         sink.take(Finding(rule, place, arguments));
@@ -119,11 +126,13 @@ bool encryptDescription(const QString &source, const QString &destination, Sink 
         return fail(rules::sourceNotOpened, {source});
     if (isSameFile(source, destination))
         return fail(rules::sourceIsDestination, {source, destination});
-    const QByteArray document = readAtMost(file, limits::kDocumentBytes);
+    QByteArray document = readAtMost(file, limits::kDocumentBytes);
     if (file.error() != QFile::NoError)
         return fail(rules::sourceNotRead, {source, file.errorString()});
     if (document.size() > limits::kDocumentBytes)
         return fail(rules::sourceTooLarge, {QString::number(limits::kDocumentBytes)}, {source});
+    if (digest == ContainerDigest::InTheEnd)
+        document = withDigest(document);
     removeLeftovers(QFileInfo(destination).path());
     const WriteResult result = writeWholeFile(destination, enciphered(document));
     if (result.outcome == WriteResult::InPlace)

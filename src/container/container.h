@@ -29,8 +29,15 @@ namespace veldmap {
 
 class Sink;
 
+/// Whether a container has a digest of its document, by which readers notice damage and a wrong key.
+enum class ContainerDigest {
+    None,     ///< the document is that of the file, byte for byte
+    InTheEnd, ///< it stands behind it in a processing instruction, which other readers pass over
+};
+
 /// As encryptXMLDocument, telling \a sink what is wrong.
-VELDMAP_EXPORT bool encryptDescription(const QString &source, const QString &destination, Sink &sink);
+VELDMAP_EXPORT bool encryptDescription(const QString &source, const QString &destination, Sink &sink,
+                                       ContainerDigest digest = ContainerDigest::None);
 
 /// Whether AESVeldKey is the key that stands in the sources, which keeps nothing secret.
 VELDMAP_EXPORT bool usesDevelopmentKey();

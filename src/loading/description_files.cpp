@@ -1,6 +1,7 @@
 #include "loading/description_files.h"
 
 #include "container/container_format.h"
+#include "container/document_digest.h"
 #include "files/file_reader.h"
 #include "findings/limits.h"
 #include "loading/rules.h"
@@ -10,6 +11,8 @@
 #include <QFileInfo>
 
 #include <utility>
+
+using namespace Qt::StringLiterals;
 
 namespace veldmap {
 
@@ -45,7 +48,7 @@ FileName FileName::included(const QString &basePath, const QString &relativeFile
 
 namespace {
 
-constexpr qint64 kLargestContainer = limits::kDocumentBytes + kContainerOverhead;
+constexpr qint64 kLargestContainer = limits::kDocumentBytes + kLargestDigest + kContainerOverhead;
 
 FileContent refused(const QString &path, Sink &sink, const Refusal &why, bool isEncrypted = false)
 {
@@ -62,6 +65,7 @@ FileContent contentOf(const QString &path, const QByteArray &bytes, Sink &sink)
         if (result.error)
             return refused(path, sink, result.error, true);
         content.bytes = std::move(result.document);
+        content.mayBeDamaged = !result.hasDigest;
     }
     if (content.bytes.size() > limits::kDocumentBytes)
         return refused(path, sink, {&rules::fileTooLarge, {QString::number(limits::kDocumentBytes)}},
@@ -79,7 +83,11 @@ void cut(DescriptionFile &file, const QString &path, const FileContent &content)
     if (!error)
         error = file.document.read(content.bytes);
     if (error) {
-        file.told.take(Finding(*error.refusal.rule, {path, error.line, error.column}, error.refusal.arguments));
+        Finding fault(*error.refusal.rule, {path, error.line, error.column}, error.refusal.arguments);
+        if (content.mayBeDamaged)
+            fault.note = u"the file is an encrypted container without a digest: it may be damaged, or was written with "
+                         "another key"_s;
+        file.told.take(fault);
         file.status = XMDOpenInvalid;
     }
 }

@@ -13,7 +13,8 @@ namespace veldmap {
 struct FileContent {
     XMDOpenError status = XMDOpenSuccess; ///< 0, 1 or 3
     QByteArray bytes;
-    bool encrypted = false; ///< it was read from a container
+    bool encrypted = false;    ///< it was read from a container
+    bool mayBeDamaged = false; ///< that has no digest
 };
 
 /// Reads the file at \a path, and tells \a sink that it does, or why it can't. A file that can't be opened is an error

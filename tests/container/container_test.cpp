@@ -4,11 +4,15 @@
 
 #include "container/aes.h"
 #include "container/container.h"
+#include "container/container_format.h"
+#include "container/document_digest.h"
+#include "findings/finding.h"
 #include "loading/document.h"
 
 #include <QCryptographicHash>
 #include <QDomDocument>
 #include <QFile>
+#include <QStringEncoder>
 #include <QtEndian>
 
 #include <cstdlib>
@@ -58,14 +62,29 @@ Reading read(const QByteArray &bytes)
 }
 
 /// The container that the library writes of \a document.
-QByteArray containerOf(const QByteArray &document)
+QByteArray containerOf(const QByteArray &document, veldmap::ContainerDigest digest = veldmap::ContainerDigest::None)
 {
     const QTemporaryDir directory;
-    writeFile(directory.filePath(u"plain"_s), document);
-    EXPECT_TRUE(
-        encryptXMLDocument(directory.filePath(u"plain"_s), directory.filePath(u"sealed"_s), nullptr, nullptr, nullptr));
-    return contentOf(directory.filePath(u"sealed"_s));
+    const QString plain = directory.filePath(u"plain"_s);
+    const QString sealed = directory.filePath(u"sealed"_s);
+    writeFile(plain, document);
+    if (digest == veldmap::ContainerDigest::None) {
+        EXPECT_TRUE(encryptXMLDocument(plain, sealed, nullptr, nullptr, nullptr));
+    } else {
+        veldmap::FindingList found;
+        EXPECT_TRUE(veldmap::encryptDescription(plain, sealed, found, digest));
+    }
+    return contentOf(sealed);
 }
+
+/// The document that a load takes out of a container; what it refuses is its only error.
+QByteArray documentIn(const QByteArray &container)
+{
+    const veldmap::Deciphered result = veldmap::deciphered(container);
+    return result.error ? QByteArray(result.error.rule->id.data()) : result.document;
+}
+
+const QByteArray kDamaged = "container-damaged";
 
 QByteArray withLength(QByteArray container, quint32 length)
 {
@@ -146,6 +165,60 @@ TEST(Container, ErrorsOfTheDocumentAreThoseOfThePlainOne)
     EXPECT_EQ(sealed.status, XMDOpenInvalid);
     ASSERT_EQ(sealed.errors.size(), 1);
     EXPECT_TRUE(sealed.errors.first().startsWith(u"x:1:"_s)) << sealed.errors.first().toStdString();
+}
+
+TEST(Container, DigestStandsBehindTheDocumentAndIsTakenAway)
+{
+    const QByteArray documents[] = {
+        "<archive/>",
+        "<archive/>\n \n",
+        "\xEF\xBB\xBF<archive/><!-- end -->\n",
+        "<?xml version='1.0' encoding='ISO-8859-1'?><archive><comment>\xE9</comment></archive>",
+        "no description",
+        "",
+        "<archive>" + QByteArray(100'000, ' ') + "</archive>",
+    };
+    QByteArrayList all(std::begin(documents), std::end(documents));
+    for (const auto encoding :
+         {QStringConverter::Utf16LE, QStringConverter::Utf16BE, QStringConverter::Utf32LE, QStringConverter::Utf32BE})
+        all += QStringEncoder(encoding, QStringConverter::Flag::WriteBom)(u"<archive/>\n"_s);
+    for (const QByteArray &document : all) {
+        const QByteArray container = containerOf(document, veldmap::ContainerDigest::InTheEnd);
+        EXPECT_EQ(documentIn(container), document);
+        EXPECT_EQ(read(container).root, read(document).root);
+        // Who knows nothing of it passes over it.
+        const QByteArray digest = QCryptographicHash::hash(document, QCryptographicHash::Sha256).toHex();
+        QByteArray plain = veldmap::withDigest(document);
+        EXPECT_TRUE(plain.startsWith(document));
+        EXPECT_EQ(plain.sliced(document.size()).replace('\0', ""),
+                  "<?veldmap-sha256 " + digest + " is the digest of all before?>");
+        EXPECT_EQ(read(plain).root, read(document).root);
+    }
+}
+
+TEST(Container, DigestTellsOfEveryBitThatChanges)
+{
+    const QByteArray document = "<archive><comment>sixteen by sixteen, or so</comment><var name='N' value='1'/>"
+                                "</archive>\n";
+    const QByteArray container = containerOf(document, veldmap::ContainerDigest::InTheEnd);
+    const QByteArray wide = QStringEncoder(QStringConverter::Utf16BE, QStringConverter::Flag::WriteBom)(document);
+    for (const QByteArray &whole : {container, containerOf(wide, veldmap::ContainerDigest::InTheEnd)}) {
+        const QByteArray before = documentIn(whole);
+        for (qsizetype bit = 0; bit < 8 * whole.size(); ++bit) {
+            QByteArray damaged = whole;
+            damaged[bit / 8] = static_cast<char>(damaged[bit / 8] ^ (1 << bit % 8));
+            const bool isMagicOrVersion = bit < 8 * 6; // of which one is looked at before, the other never
+            const QByteArray found = documentIn(damaged);
+            if (isMagicOrVersion)
+                EXPECT_EQ(found, before);
+            else
+                EXPECT_TRUE(found == kDamaged || found == "container-length") << bit;
+        }
+    }
+    EXPECT_EQ(documentIn(container + QByteArray(16, 'x')), document) << "what follows was never part of it";
+    EXPECT_EQ(documentIn(withLength(container + QByteArray(64, 'x'), container.size())), kDamaged);
+    EXPECT_EQ(read(withLength(container, 100)).errors,
+              QStringList(u"x:0:0:The container is damaged, or was written with another key."_s));
 }
 
 TEST(Container, HeadersThatLieAreRefused)

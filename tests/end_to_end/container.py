@@ -1,6 +1,7 @@
 """Encrypted containers as users have them: a description that is sealed file by file gives the same headers, openssl
 agrees on every byte, and what is no container is refused."""
 
+import hashlib
 import shutil
 import subprocess
 import struct
@@ -79,7 +80,7 @@ class Container(support.Case):
         for size in (0, 15, 16, 17, 100_000):
             document = bytes(index * 31 % 251 for index in range(size))
             source = self.lay_out({"soc.xml": document}, "soc.xml")
-            self.encrypt(source, self.folder / "soc.xmd")
+            self.expect(run("-q", "encrypt", "--exact", source, self.folder / "soc.xmd"), 0)
             made = (self.folder / "soc.xmd").read_bytes()
             self.assertEqual(made[:10], b"EXML" + struct.pack("<HI", 1, size))
             self.assertEqual(len(made), 26 + (size + 15) // 16 * 16)
@@ -93,6 +94,33 @@ class Container(support.Case):
             told = run("check", root)
             self.expect(told, 1, err=None)
             self.assertRegex(told.err, rf"\A{self.folder}/sub/n\.xmd:[12]:\d+: error: .+\n\Z")
+
+    def test_damage_is_told(self):
+        text = support.archive("<comment>UART</comment>", "<var name='N' value='7'/>")
+        self.lay_out({"sub/n.xml": text, "root.xml": support.archive('<include file="sub/n.xmd"/>')})
+        sealed = self.folder / "sub/n.xmd"
+        self.encrypt(self.folder / "sub/n.xml", sealed)
+        whole = sealed.read_bytes()
+        words = "The container is damaged, or was written with another key."
+        for name, at in (("vector", 10), ("document", 30), ("digest", len(whole) - 90), ("end", len(whole) - 20)):
+            sealed.write_bytes(whole[:at] + bytes([whole[at] ^ 1]) + whole[at + 1:])
+            for command in (("check", self.folder / "root.xml"), ("tree", "--chip", self.folder / "root.xml")):
+                told = run(*command)
+                self.assertEqual((told.status, told.out), (1, ""), name)
+                self.assertTrue(told.err.startswith(f"error: {sealed}: {words}\n") or
+                                told.err.startswith(f"{sealed}:0:0: error: {words}\n"), told.err)
+        sealed.write_bytes(whole)
+        self.expect(run("eval", "--chip", sealed, "N"), 0, "7\n")
+        if options.secret_key or not shutil.which("openssl"):
+            return
+        plain = openssl(whole[26:], DEVELOPMENT_KEY, whole[10:26], "-d").rstrip(b"\0")
+        digest = hashlib.sha256(text.encode()).hexdigest()
+        self.assertEqual(plain.decode(), f"{text}<?veldmap-sha256 {digest} is the digest of all before?>")
+        self.addCleanup(support.LINTED.update, set(support.LINTED))
+        support.LINTED.clear()
+        sealed.write_bytes(container(plain, key=bytes(32)))
+        self.assertIn("note: the file is an encrypted container without a digest: it may be damaged, or was written "
+                      "with another key\n", run("check", self.folder / "root.xml").err)
 
     def test_command(self):
         source = self.lay_out({"soc.xml": PLAIN}, "soc.xml")
