@@ -6,6 +6,7 @@
 #include "files/paths.h"
 #include "findings/limits.h"
 #include "loading/load.h"
+#include "loading/rules.h"
 #include "model/root_archive.h"
 
 #include <QFile>
@@ -23,17 +24,30 @@ namespace {
 
 const QString kInputName = u"<stdin>"_s;
 
-/// Why the file \a path did not load, which told no error.
-QString whyNotLoaded(const QString &path)
+/// Passes findings on, and keeps in the system's words why the first file that can't be opened can't.
+class OpeningSink final : public Sink {
+public:
+    explicit OpeningSink(Sink &next) : m_next(next) {}
+
+    void take(const Finding &finding) override
+    {
+        if (finding.rule->id == veldmap::rules::fileNotOpened.id && reason.isEmpty())
+            reason = finding.note;
+        m_next.take(finding);
+    }
+
+    QString reason;
+
+private:
+    Sink &m_next;
+};
+
+/// Why the file \a path did not load, which told no error; \a notOpened is why it could not be opened, if so.
+QString whyNotLoaded(const QString &path, const QString &notOpened)
 {
-    if (QFileInfo(path).isDir()) // which can be opened, but not read
+    if (QFileInfo(path).isDir()) // for which Qt has words of its own
         return systemText(EISDIR);
-    errno = 0;
-    std::FILE *const file = std::fopen(QFile::encodeName(path).constData(), "r");
-    if (!file)
-        return systemText(errno);
-    std::fclose(file);
-    return u"It holds no archive"_s;
+    return notOpened.isEmpty() ? u"It holds no archive"_s : notOpened;
 }
 
 /// Takes the standard input for the root of \a options, for which \a messages may have to show lines of it.
@@ -53,10 +67,11 @@ VMRootArchive *loadOne(Session &session, const QString &given, bool chip, LoadOp
     if (isInput)
         takeInput(options, session.messages);
     const int errorsBefore = session.messages.errorCount();
-    VMRootArchive *root = loadRoot(session.map, path, chip, session.messages, options).release(); // the map will own it
+    OpeningSink sink(session.messages);
+    VMRootArchive *root = loadRoot(session.map, path, chip, sink, options).release(); // the map will own it
     // A file that can't be opened is only a warning of the library, and -q hides it.
     if (!root && session.messages.errorCount() == errorsBefore)
-        session.messages.tell(rules::kNotLoaded, {path, isInput ? u"It holds no archive"_s : whyNotLoaded(path)});
+        session.messages.tell(rules::kNotLoaded, {path, whyNotLoaded(path, sink.reason)});
     return root;
 }
 
