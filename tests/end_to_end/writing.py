@@ -6,7 +6,6 @@ import errno
 import fcntl
 import json
 import os
-import random
 import resource
 import shutil
 import signal
@@ -171,39 +170,6 @@ class Writing(support.Case):
             self.expect(self.headers(), 0)
         self.assertEqual({path.name for path in self.out.glob(".veldmap-*")}, {".veldmap-7-7.tmp"})
         self.assertEqual(len(list(self.out.glob(".root.h.*"))), 150)
-
-    def test_runs_that_are_killed(self):
-        """Every file is that of the description before or of the one now, and a signal that asks leaves nothing else."""
-        ofs = []
-        for value in (1, 2):
-            self.describe(value)
-            self.headers()
-            ofs.append(support.files_below(self.out))
-        begin = time.monotonic()
-        self.headers()
-        usual = time.monotonic() - begin
-        chance, ended = random.Random(1), 0
-        for number in range(60):
-            kind = (signal.SIGKILL, signal.SIGTERM, signal.SIGINT, signal.SIGHUP)[number % 4]
-            self.describe(number % 2 + 1)
-            process = subprocess.Popen([options.veldmap, "headers", "-q", "--no-lint", "--chip", self.root, "-o", self.out])
-            time.sleep(chance.uniform(0, usual))
-            process.send_signal(kind)
-            status = process.wait()
-            self.assertIn(status, (0, -kind))
-            ended += status != 0
-            left = support.files_below(self.out)
-            for name in self.NAMES:
-                self.assertIn(left[name], [files[name] for files in ofs], f"{name} after signal {kind}")
-            if kind != signal.SIGKILL:
-                self.assertEqual({name for name in left if "veldmap" in name} - self.left, set(), f"signal {kind}")
-            self.left = {name for name in left if "veldmap" in name}
-        self.assertGreater(ended, 10)
-        self.describe(1)
-        self.expect(self.headers(), 0)
-        self.assertEqual(support.files_below(self.out), ofs[0])
-
-    left = frozenset()
 
     def test_signals_that_find_a_file_begun(self):
         """A fifo holds the run in the middle of its work."""
