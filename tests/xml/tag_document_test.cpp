@@ -97,8 +97,8 @@ TEST(TagDocument, PlainFormsAreReadAsTheXmlReaderReadsThem)
         "<a> <![CDATA[x]]> \\n <![CDATA[]]><![CDATA[ ]]><b/></a>",
         "<a>]] ]&gt; ]]&gt; ] > ]></a>",
         "<!-- first --><!--second\\n--><a><!-- in -->text<!--\\n--><b/> <!--last--></a><!-- behind -->\\n",
-        "<a>\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80<b x='\xF0\x9F\x98\x80'/><!-- \xF0\x9F\x98\x80 "
-        "--><c/>\\n\xC3\xA9<d/></a>",
+        ("<a>\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80<b x='\xF0\x9F\x98\x80'/><!-- \xF0\x9F\x98\x80 "
+         "--><c/>\\n\xC3\xA9<d/></a>"),
         "<Archive><MODULE Name='x' name='y'/><module><A.b-c_d/></module ></Archive >",
         "<a>x &lt; y &amp;&amp; z<br/>w</a>",
         "<a\\n\\tx='1'\\n\\ty='2'\\n\\t>\\n<b\\n/></a\\n>",
