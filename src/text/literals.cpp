@@ -57,6 +57,8 @@ QString decimalText(int value)
 
 std::optional<qint64> numberOf(const QString &text)
 {
+    if (text.isEmpty()) // a null text does not even begin with an empty one
+        return std::nullopt;
     const bool isNegative = text.startsWith(u'-');
     const QStringView unsignedText = QStringView(text).sliced(isNegative ? 1 : 0);
     const auto notation = std::ranges::find_if(
