@@ -12,6 +12,8 @@
 #include <QList>
 
 #include <algorithm>
+#include <cstring>
+#include <iterator>
 
 using namespace Qt::StringLiterals;
 
@@ -58,12 +60,35 @@ std::optional<TargetImage> TargetImage::open(const QString &path, quint32 addres
     return TargetImage(path, address, std::move(bytes));
 }
 
+qint64 TargetImage::end() const
+{
+    return qMin(m_address + m_bytes.size(), kAddressSpace);
+}
+
+bool TargetImage::holds(quint32 address, qint64 size) const
+{
+    return address >= m_address && size >= 0 && address + size <= end();
+}
+
 bool TargetImage::holds(const VMXMLElement &element) const
 {
-    const qint64 begin = element.getBaseAddress();
-    const qint64 end = begin + element.sizeOf();
-    const qint64 imageEnd = qMin(m_address + m_bytes.size(), kAddressSpace);
-    return begin >= m_address && begin <= end && end <= imageEnd;
+    return holds(element.getBaseAddress(), element.sizeOf());
+}
+
+bool TargetImage::read(quint32 address, std::span<std::byte> bytes) const
+{
+    if (!holds(address, std::ssize(bytes)))
+        return false;
+    std::memcpy(bytes.data(), m_bytes.constData() + (address - m_address), bytes.size());
+    return true;
+}
+
+bool TargetImage::write(quint32 address, std::span<const std::byte> bytes)
+{
+    if (!holds(address, std::ssize(bytes)))
+        return false;
+    std::memcpy(m_bytes.data() + (address - m_address), bytes.data(), bytes.size());
+    return true;
 }
 
 bool TargetImage::read(VMValuable &valuable) const

@@ -5,7 +5,9 @@
 #include <QByteArray>
 #include <QString>
 
+#include <cstddef>
 #include <optional>
+#include <span>
 
 class VMValuable;
 class VMXMLElement;
@@ -20,6 +22,14 @@ class VELDMAP_EXPORT TargetImage {
 public:
     /// The image in the file \a path. Nothing when it can't be read; \a sink then hears why.
     static std::optional<TargetImage> open(const QString &path, quint32 address, Sink &sink);
+
+    /// The addresses of its first byte and behind its last one.
+    quint32 begin() const { return m_address; }
+    qint64 end() const;
+
+    /// Copies the bytes from \a address on to or from \a bytes; false when they do not all lie in the image.
+    [[nodiscard]] bool read(quint32 address, std::span<std::byte> bytes) const;
+    [[nodiscard]] bool write(quint32 address, std::span<const std::byte> bytes);
 
     /// Whether all bytes of \a element lie in the image.
     bool holds(const VMXMLElement &element) const;
@@ -41,6 +51,8 @@ public:
 
 private:
     TargetImage(const QString &path, quint32 address, QByteArray bytes);
+
+    bool holds(quint32 address, qint64 size) const;
 
     QString m_path;
     quint32 m_address;

@@ -1,0 +1,146 @@
+// The kinds of targets that need nobody at the other end, and several targets as one.
+
+#include "target/asking.h"
+
+#include <QFile>
+
+using namespace Qt::StringLiterals;
+using namespace veldmap;
+
+namespace {
+
+const QString kChip =
+    u"<archive>"
+    "<module name='block'><reg32 name='ctrl' protect='rw'><bits name='plain' pos='3:0' access='rw' rst='5'/>"
+    "<bits name='set' pos='5:4' access='rs'/><bits name='clear' pos='9:8' access='rc' rst='3'/>"
+    "<bits name='busy' pos='16' access='r' rst='1'/><bits name='key' pos='31:24' access='w' rst='9'/></reg32>"
+    "<reg16 name='bare' protect='rw'/><reg8 name='secret' protect='w'/><reg8 name='ro' protect='r'>"
+    "<bits name='id' pos='7:0' access='r' rst='0x42'/></reg8><hole size='32'/><memory name='ram' size='8'/>"
+    "<uint8 name='a'/><uint8 name='b'/><uint16 name='c'/></module>"
+    "<module name='in'><reg8 name='data' protect='r'><bits name='d' pos='7:0' access='r' rst='1'/></reg8></module>"
+    "<module name='out'><reg8 name='data' protect='w'><bits name='d' pos='7:0' access='w'/></reg8></module>"
+    "<instance name='B' type='block' address='0x1000'/><instance name='OUT' type='out' address='0x2000'/>"
+    "<instance name='IN' type='in' address='0x2000'/></archive>"_s;
+
+class Targets : public testing::Test {
+protected:
+    /// Asks one line after the other; each row holds a line and its answer.
+    void expect(Target *target, const std::vector<std::pair<QString, QString>> &rows)
+    {
+        ASSERT_TRUE(target) << told.join(u'\n').toStdString();
+        for (const auto &[line, answer] : rows)
+            EXPECT_EQ(ask(*target, line), answer) << line.toStdString();
+    }
+    QString image(const QString &name, const QByteArray &bytes)
+    {
+        QFile file(soc.path(name));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+        return file.fileName();
+    }
+    QByteArray content(const QString &name)
+    {
+        QFile file(soc.path(name));
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        return file.readAll();
+    }
+
+    Loaded soc{kChip};
+    QStringList told;
+};
+
+TEST_F(Targets, SimulatorDoesWhatAccessWordsSay)
+{
+    const auto target = open({u"sim"_s}, *soc.map, told);
+    expect(target.get(), {
+                             {u"r 0x1000 4"_s, u"00010305"_s}, // reset values; the key can't be read
+                             {u"w 0x1000 4 0xFFFFFFFF"_s, u"ok"_s},
+                             {u"r 0x1000 4"_s, u"0001003F"_s}, // set, cleared, and busy as it was
+                             {u"w 0x1000 4 0x2"_s, u"ok"_s},
+                             {u"r 0x1000 4"_s, u"00010032"_s}, // 0 neither sets nor clears
+                             {u"w 0x1004 2 0xABCD"_s, u"ok"_s},
+                             {u"r 0x1004 2"_s, u"ABCD"_s},
+                             {u"w 0x1006 1 7"_s, u"ok"_s},
+                             {u"r 0x1006 1"_s, u"00"_s},
+                             {u"w 0x1007 1 7"_s, u"ok"_s},
+                             {u"r 0x1007 1"_s, u"42"_s},
+                             {u"r 0x1006 1 2"_s, u"00 42"_s},
+                             {u"w 0x1010 4 0x11223344"_s, u"ok"_s},
+                             {u"w 0x1012 1 0xAA"_s, u"ok"_s},
+                             {u"r 0x100C 4 12"_s, u"00000000 11AA3344 00000000"_s},
+                             {u"w 0x1014 4 0x030201"_s, u"ok"_s}, // three integers, which are plain memory
+                             {u"r 0x1015 1"_s, u"02"_s},
+                             {u"r 0x2000 1"_s, u"01"_s}, // two registers at one address
+                             {u"w 0x2000 1 9"_s, u"ok"_s},
+                             {u"r 0x2000 1"_s, u"01"_s},
+                         });
+    for (const QString &line : {u"r 0x1000 2"_s, u"r 0x1002 2"_s, u"r 0x1004 4"_s, u"r 0x1008 4"_s, u"w 0x1018 1 1"_s,
+                                u"r 0x100C 4 16"_s, u"r 0xFFFFFFFC 4"_s, u"r 0 1"_s})
+        EXPECT_TRUE(ask(*target, line).startsWith("not here: the description has nothing of "_L1))
+            << line.toStdString();
+}
+
+TEST_F(Targets, SimulatorKeepsALog)
+{
+    const auto target = open({u"sim:log="_s + soc.path(u"log"_s)}, *soc.map, told);
+    expect(target.get(), {{u"w 0x1004 2 1"_s, u"ok"_s}, {u"r 0x1000 4"_s, u"00010305"_s}});
+    EXPECT_TRUE(target->flush());
+    EXPECT_EQ(content(u"log"_s), "w 0x00001004 2 0x0001\nr 0x00001000 4 0x00010305\n");
+}
+
+TEST_F(Targets, ImageIsAFile)
+{
+    const QString path = image(u"a@b"_s, QByteArray::fromHex("0102030405"));
+    const auto target = open({u"image:%1@0xFFFFFFFC"_s.arg(path)}, *soc.map, told);
+    expect(
+        target.get(),
+        {{u"r 0xFFFFFFFC 4"_s, u"04030201"_s},
+         {u"w 0xFFFFFFFE 2 0xBEEF"_s, u"ok"_s},
+         {u"r 0xFFFFFFFC 1 4"_s, u"01 02 EF BE"_s},
+         {u"r 0 1"_s, u"not here: 0x00000000 does not lie in %1, which has 5 bytes from 0xFFFFFFFC on"_s.arg(path)}});
+    EXPECT_EQ(content(u"a@b"_s).toHex(), "0102030405");
+    EXPECT_TRUE(target->flush());
+    EXPECT_EQ(content(u"a@b"_s).toHex(), "0102efbe05");
+}
+
+TEST_F(Targets, SeveralAreOne)
+{
+    const QString first = image(u"first"_s, QByteArray::fromHex("11111111"));
+    const QString second = image(u"second"_s, QByteArray::fromHex("222222222222222222"));
+    const auto target =
+        open({u"image:%1@0x1004"_s.arg(first), u"image:%1@0x1000"_s.arg(second), u"sim"_s}, *soc.map, told);
+    expect(target.get(), {{u"r 0x1000 4 8"_s, u"22222222 11111111"_s}, // the first that holds it
+                          {u"w 0x1004 4 0x33333333"_s, u"ok"_s},
+                          {u"r 0x1000 4 20"_s, u"not here: the description has nothing of 32 bits at 0x00001008"_s},
+                          {u"r 0x1000 1 9"_s, u"22 22 22 22 33 33 33 33 22"_s},
+                          {u"r 0x100C 4 8"_s, u"00000000 00000000"_s},
+                          {u"r 0x5000 4"_s, u"not here: the description has nothing of 32 bits at 0x00005000"_s}});
+    EXPECT_TRUE(target->flush());
+    EXPECT_EQ(content(u"first"_s).toHex(), "33333333");
+    EXPECT_EQ(content(u"second"_s).toHex(), "222222222222222222");
+}
+
+TEST_F(Targets, WordsThatNameNone)
+{
+    const QString kinds = u"its kind is none of image or sim, as in image:dump.bin@0x40000000"_s;
+    const std::vector<std::pair<QString, QString>> rows = {
+        {u""_s, kinds},
+        {u"soc.bin"_s, kinds},
+        {u"Image:x@0"_s, kinds},
+        {u"image"_s, u"an image is image:FILE@ADDRESS, with the address of its first byte"_s},
+        {u"image:dump.bin"_s, u"an image is image:FILE@ADDRESS, with the address of its first byte"_s},
+        {u"image:@0"_s, u"an image is image:FILE@ADDRESS, with the address of its first byte"_s},
+        {u"image:dump.bin@0x100000000"_s, u"an image is image:FILE@ADDRESS, with the address of its first byte"_s},
+        {u"sim:x"_s, u"a simulator is sim, or sim:log=FILE"_s},
+        {u"sim:log="_s, u"a simulator is sim, or sim:log=FILE"_s},
+        {u"sim:log=/none/x"_s, u"its log can't be written: No such file or directory"_s},
+    };
+    for (const auto &[word, reason] : rows) {
+        QStringList told;
+        EXPECT_FALSE(open({u"sim"_s, word}, *soc.map, told));
+        EXPECT_EQ(told, QStringList(u"'%1' is no target: %2."_s.arg(word, reason)));
+    }
+    EXPECT_FALSE(open({u"image:/none/x@0"_s}, *soc.map, told));
+    EXPECT_EQ(told, QStringList(u"/none/x can't be read: No such file or directory"_s));
+}
+
+} // namespace
