@@ -32,4 +32,15 @@ inline constexpr Rule kOnlySets = {"only-sets"_L1, Severity::Error,
 inline constexpr Rule kOnlyClears = {"only-clears"_L1, Severity::Error,
                                      u"%1 can't be written: it takes no value but 1, which clears it."};
 
+inline constexpr Rule kNotRead = {"not-read"_L1, Severity::Error, u"%1 can't be read: %2."};
+inline constexpr Rule kNotWritten = {"not-written"_L1, Severity::Error, u"%1 can't be written: %2."};
+inline constexpr Rule kRestUnknown = {
+    "rest-unknown"_L1, Severity::Error,
+    u"%1 can't be written: its register can't be read, so what stands beside it is not known; write the register."};
+inline constexpr Rule kNotReadBack = {"not-read-back"_L1, Severity::Error,
+                                      u"%1 was written, but can't be read back: %2."};
+inline constexpr Rule kDidNotStick = {"did-not-stick"_L1, Severity::Error,
+                                      u"%1 did not take what was written: %2 reads back as %3."};
+inline constexpr Rule kNotFlushed = {"not-flushed"_L1, Severity::Error, u"%1"};
+
 } // namespace veldmap::access_rules
