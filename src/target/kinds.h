@@ -31,6 +31,9 @@ struct TargetWord {
 /// name can't be opened.
 std::unique_ptr<PlacedTarget> makeImageTarget(const TargetWord &word);
 std::unique_ptr<PlacedTarget> makeSimulatedTarget(const TargetWord &word);
+std::unique_ptr<PlacedTarget> makeGdbTarget(const TargetWord &word);
+std::unique_ptr<PlacedTarget> makeMappedTarget(const TargetWord &word);
+std::unique_ptr<PlacedTarget> makeProgramTarget(const TargetWord &word);
 
 /// Tells why \a word names no target; null.
 std::nullptr_t refuse(const TargetWord &word, const QString &reason);

@@ -17,12 +17,19 @@ namespace {
 /// A kind of target: its name, and what makes one.
 struct TargetKind {
     QLatin1StringView name;
+    bool hasDetails;
     std::unique_ptr<PlacedTarget> (*make)(const TargetWord &word);
 };
 
 constexpr TargetKind kKinds[] = {
-    {"image"_L1, makeImageTarget},
-    {"sim"_L1, makeSimulatedTarget},
+    {"image"_L1, true, makeImageTarget},
+#ifdef Q_OS_UNIX
+    {"gdb"_L1, true, makeGdbTarget},        {"mem"_L1, true, makeMappedTarget},
+#endif
+    {"sim"_L1, false, makeSimulatedTarget},
+#ifdef Q_OS_UNIX
+    {"exec"_L1, true, makeProgramTarget},
+#endif
 };
 
 QString namesOfKinds()
@@ -166,6 +173,14 @@ void storeNumber(quint32 value, std::byte *bytes, int width)
         as(static_cast<quint16>(value));
     else
         as(value);
+}
+
+QStringList targetKinds()
+{
+    QStringList kinds;
+    for (const TargetKind &kind : kKinds)
+        kinds += kind.name + (kind.hasDetails ? u":"_s : QString());
+    return kinds;
 }
 
 std::unique_ptr<Target> openTarget(const QStringList &words, const VMMemoryMap &map, const TargetSettings &settings,

@@ -64,4 +64,7 @@ public:
 VELDMAP_EXPORT std::unique_ptr<Target> openTarget(const QStringList &words, const VMMemoryMap &map,
                                                   const TargetSettings &settings, Sink &sink);
 
+/// What the words of targets begin with: "image:", ..., "sim".
+VELDMAP_EXPORT QStringList targetKinds();
+
 } // namespace veldmap

@@ -2,7 +2,13 @@
 
 #include "target/asking.h"
 
+#include "target/uio_maps.h"
+
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
+
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace veldmap;
@@ -119,9 +125,103 @@ TEST_F(Targets, SeveralAreOne)
     EXPECT_EQ(content(u"second"_s).toHex(), "222222222222222222");
 }
 
+TEST_F(Targets, MemoryIsMapped)
+{
+    QByteArray bytes(8192, '\0');
+    for (qsizetype at = 0; at < bytes.size(); ++at)
+        bytes[at] = static_cast<char>(at * 7);
+    const QString path = image(u"memory"_s, bytes);
+    const auto target = open({u"mem:%1@0x40000000"_s.arg(path)}, *soc.map, told);
+    const QString outside = u"not here: 0x%1 does not lie in "_s + path;
+    expect(target.get(), {{u"r 0x40000000 4"_s, u"150E0700"_s},
+                          {u"r 0x40000FFE 2 4"_s, u"F9F2 0700"_s}, // over the border of a page
+                          {u"w 0x40001001 1 0xAA"_s, u"ok"_s},
+                          {u"w 0x40001002 2 0xBBCC"_s, u"ok"_s},
+                          {u"r 0x40001000 4"_s, u"BBCCAA00"_s},
+                          {u"r 0x40001FFC 4 8"_s, outside.arg(u"40002000"_s)},
+                          {u"r 0x3FFFFFFC 4"_s, outside.arg(u"3FFFFFFC"_s)}});
+    EXPECT_EQ(content(u"memory"_s).sliced(4096, 4).toHex(), "00aaccbb");
+    EXPECT_TRUE(QFile::resize(path, 4096));
+    EXPECT_EQ(ask(*target, u"r 0x40001000 4"_s), outside.arg(u"40001000"_s));
+    EXPECT_TRUE(QFile::resize(path, 8192) && QFile::setPermissions(path, QFile::ReadOwner));
+    EXPECT_TRUE(target->connect());
+    EXPECT_EQ(ask(*target, u"r 0x40000000 4"_s), u"150E0700"_s);
+    EXPECT_FALSE(open({u"mem:/none/x"_s}, *soc.map, told));
+    EXPECT_EQ(told, QStringList(u"/none/x can't be reached: No such file or directory."_s));
+}
+
+TEST_F(Targets, MapsOfDevices)
+{
+    const auto lay = [&](const QString &name, const QByteArray &text) {
+        QDir(soc.path({})).mkpath(QFileInfo(name).path());
+        image(name, text + '\n');
+    };
+    const auto maps = [&](std::optional<quint32> address) {
+        QStringList found;
+        for (const UioMap &map : uioMapsOf(soc.path(u"uio0"_s), address))
+            found += u"%1+%2 at %3+%4"_s.arg(QString::number(map.address, 16), QString::number(map.size, 16),
+                                             QString::number(map.fileOffset / ::sysconf(_SC_PAGESIZE)),
+                                             QString::number(map.displacement, 16));
+        return found.join(u", "_s);
+    };
+    EXPECT_EQ(maps({}), u""_s);
+    lay(u"uio0/maps/map0/addr"_s, "0x40001000");
+    lay(u"uio0/maps/map0/size"_s, "0x1000");
+    lay(u"uio0/maps/map0/offset"_s, "0x10");
+    lay(u"uio0/maps/map1/addr"_s, "0x50000020");
+    lay(u"uio0/maps/map1/size"_s, "0x40");
+    lay(u"uio0/maps/map2/addr"_s, "0x100000000");
+    lay(u"uio0/maps/map2/size"_s, "0x1000");
+    EXPECT_EQ(maps({}), u"40001010+ff0 at 0+10, 50000020+40 at 1+20"_s);
+    EXPECT_EQ(maps(0x80000000), u"80000000+ff0 at 0+10, 50000020+40 at 1+20"_s);
+}
+
+TEST_F(Targets, AProgramMakesTheAccesses)
+{
+    const QString path = image(u"memory"_s, QByteArray::fromHex("0102030405060708"));
+    const QString command = u"python3 %1/target.py %2 0x1000"_s.arg(QStringLiteral(EXAMPLES_DIRECTORY), path);
+    const auto target = open({u"exec:"_s + command}, *soc.map, told, {std::chrono::seconds(20)});
+    expect(target.get(), {{u"r 0x1000 4 8"_s, u"04030201 08070605"_s},
+                          {u"w 0x1002 2 0xBEEF"_s, u"ok"_s},
+                          {u"w 0x1007 1 0xAA"_s, u"ok"_s},
+                          {u"r 0x1000 1 8"_s, u"01 02 EF BE 05 06 07 AA"_s},
+                          {u"r 0x1008 1"_s, u"not here: nothing lies there"_s},
+                          {u"r 0x1004 2"_s, u"0605"_s}});
+    EXPECT_EQ(content(u"memory"_s).toHex(), "0102efbe050607aa");
+}
+
+TEST_F(Targets, ProgramsThatDoNotAnswer)
+{
+    const TargetSettings settings{std::chrono::milliseconds(300)};
+    const std::vector<std::pair<QString, QString>> rows = {
+        {u"exit 3"_s, u"it has ended with status 3"_s},
+        {u"none-such-program 2>/dev/null"_s, u"it has ended with status 127"_s},
+        {u"kill -9 $$"_s, u"it was ended"_s},
+        {u"exec sleep 60"_s, u"no answer within 0.3 s"_s},
+        {u"read line; echo hello"_s, u"it answers 'hello', which is no answer"_s},
+        {u"read line; echo ok; sleep 9"_s, u"it answers 'ok', which is no answer"_s},
+        {u"read line; echo 0x100; sleep 9"_s, u"it answers '0x100', which is no answer"_s},
+        {u"read line; printf 12; sleep 9"_s, u"no answer within 0.3 s"_s},
+        {u"exec cat /dev/zero"_s, u"it says more than a line"_s},
+        {u"trap '' TERM; while :; do sleep 1; done"_s, u"no answer within 0.3 s"_s}, // it has to be killed
+    };
+    for (const auto &[command, said] : rows) {
+        const auto begin = std::chrono::steady_clock::now();
+        const auto target = open({u"exec:"_s + command}, *soc.map, told, settings);
+        ASSERT_TRUE(target);
+        EXPECT_EQ(ask(*target, u"r 0x1000 1"_s), u"no answer: the program '%1': %2"_s.arg(command, said));
+        EXPECT_EQ(ask(*target, u"r 0x1000 1"_s), u"no answer: the program '%1' does not run"_s.arg(command));
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(4)) << command.toStdString();
+    }
+    const auto target = open({u"exec:read line; echo error; read line; echo 255"_s}, *soc.map, told, settings);
+    expect(target.get(), {{u"r 0 1"_s, u"not here: error"_s}, {u"r 0 1"_s, u"FF"_s}});
+    EXPECT_TRUE(target->connect());
+    expect(target.get(), {{u"w 0 1 1"_s, u"not here: error"_s}});
+}
+
 TEST_F(Targets, WordsThatNameNone)
 {
-    const QString kinds = u"its kind is none of image or sim, as in image:dump.bin@0x40000000"_s;
+    const QString kinds = u"its kind is none of image, gdb, mem, sim or exec, as in image:dump.bin@0x40000000"_s;
     const std::vector<std::pair<QString, QString>> rows = {
         {u""_s, kinds},
         {u"soc.bin"_s, kinds},
@@ -130,6 +230,9 @@ TEST_F(Targets, WordsThatNameNone)
         {u"image:dump.bin"_s, u"an image is image:FILE@ADDRESS, with the address of its first byte"_s},
         {u"image:@0"_s, u"an image is image:FILE@ADDRESS, with the address of its first byte"_s},
         {u"image:dump.bin@0x100000000"_s, u"an image is image:FILE@ADDRESS, with the address of its first byte"_s},
+        {u"mem:x@1"_s, u"memory is mem:PATH or mem:PATH@ADDRESS, a multiple of 4"_s},
+        {u"mem:/dev/uio999"_s, u"the system knows no memory of /dev/uio999"_s},
+        {u"exec: "_s, u"a program is exec:COMMAND"_s},
         {u"sim:x"_s, u"a simulator is sim, or sim:log=FILE"_s},
         {u"sim:log="_s, u"a simulator is sim, or sim:log=FILE"_s},
         {u"sim:log=/none/x"_s, u"its log can't be written: No such file or directory"_s},
