@@ -253,11 +253,20 @@ bool tellUsage(Interpreter &interpreter, QStringView command)
     return interpreter.state().fail(console_rules::kUsage, {onOneLine(*commandNamed(command))});
 }
 
-bool openTargetOf(Interpreter &interpreter)
+bool openTargetOf(Interpreter &interpreter, const QStringList &words)
 {
     ConsoleState &state = interpreter.state();
-    state.target = openTarget(state.targetWords, state.map, state.targetSettings, state);
+    std::unique_ptr<Target> target = openTarget(words, state.map, state.targetSettings, state);
+    if (!target && state.target) // which goes on
+        return false;
+    state.targetWords = words;
+    state.target = std::move(target);
     return state.target != nullptr;
+}
+
+QString registersText(std::size_t count)
+{
+    return QString::number(count) + (count == 1 ? " register"_L1 : " registers"_L1);
 }
 
 QList<VMValuable *> valuablesIn(VMXMLElement &element)
@@ -370,10 +379,9 @@ bool runSet(Interpreter &interpreter, const QString &arguments)
 bool runConnect(Interpreter &interpreter, const QString &arguments)
 {
     ConsoleState &state = interpreter.state();
-    if (!arguments.isEmpty())
-        state.targetWords = wordsOf(arguments);
-    if (!arguments.isEmpty() || (!state.target && !state.targetWords.isEmpty()))
-        return openTargetOf(interpreter);
+    const QStringList words = arguments.isEmpty() ? state.targetWords : wordsOf(arguments);
+    if (!arguments.isEmpty() || (!state.target && !words.isEmpty()))
+        return openTargetOf(interpreter, words);
     if (!interpreter.accesses().hasTarget())
         return false;
     const TargetAnswer answer = state.target->connect();

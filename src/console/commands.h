@@ -62,8 +62,10 @@ QStringList wordsOf(const QString &text);
 QString fileNamed(const QString &name);
 /// Tells how \a command is written. False.
 bool tellUsage(Interpreter &interpreter, QStringView command);
-/// Opens the target that the session has words for.
-bool openTargetOf(Interpreter &interpreter);
+/// Opens the target that \a words name in the place of the session's own, which stays where that fails.
+bool openTargetOf(Interpreter &interpreter, const QStringList &words);
+/// "1 register", "2 registers".
+QString registersText(std::size_t count);
 
 /// All registers, integers and pointers that lie in \a element, in their order.
 QList<VMValuable *> valuablesIn(VMXMLElement &element);

@@ -9,8 +9,8 @@ using namespace Qt::StringLiterals;
 
 // of a line
 inline constexpr Rule kNoMember = {"no-member"_L1, Severity::Error, u"%1 has no member, field or operation '%2'."};
-inline constexpr Rule kNotAKnownValue = {"unknown-value"_L1, Severity::Error,
-                                         u"'%1' is no number, no name that was kept, no variable%2."};
+inline constexpr Rule kNoKnownValue = {"no-known-value"_L1, Severity::Error,
+                                       u"'%1' is no number, no name that was kept, no variable%2."};
 inline constexpr Rule kArguments = {"wrong-arguments"_L1, Severity::Error, u"%1 takes %2."};
 inline constexpr Rule kBehindPath = {"behind-path"_L1, Severity::Error, u"'%1' can't stand behind %2."};
 inline constexpr Rule kOpenBracket = {"open-bracket"_L1, Severity::Error, u"A '%1' is left open in '%2'."};
@@ -47,7 +47,7 @@ inline constexpr Rule kNotStuck = {"write-not-stuck"_L1, Severity::Error,
                                    u"%1 did not take %2: it reads %3; after 'set verify off' nobody looks."};
 
 // of targets
-inline constexpr Rule kNoTarget = {"no-target"_L1, Severity::Error,
+inline constexpr Rule kNoTarget = {"no-target-yet"_L1, Severity::Error,
                                    u"There is no target; 'connect' tries again, 'connect KIND:...' takes another."};
 inline constexpr Rule kCantRead = {"target-unreadable"_L1, Severity::Error, u"%1 can't be read: %2"};
 inline constexpr Rule kCantWrite = {"target-unwritable"_L1, Severity::Error, u"%1 can't be written: %2"};

@@ -153,7 +153,7 @@ bool Interpreter::tellUnknown(const PreparedValue &prepared, const QString &name
         for (std::size_t at = 0; root && at < root->instances.size(); ++at)
             nearest.offer(root->instances[at]->getName());
     }
-    return m_state.fail(console_rules::kNotAKnownValue, {name, options},
+    return m_state.fail(console_rules::kNoKnownValue, {name, options},
                         nearest.name().isEmpty() ? QString() : u"did you mean '%1'?"_s.arg(nearest.name()));
 }
 
@@ -193,7 +193,9 @@ std::optional<PreparedValue> Interpreter::prepare(const QString &text, const VMB
             }
             end = nameEnd;
         }
-        prepared.masked += QStringView(prepared.text).sliced(at, end - at);
+        constexpr char16_t kNothing = 2; // which the evaluator refuses
+        const QString piece = prepared.text.sliced(at, end - at);
+        prepared.masked += QString(piece).replace(QChar(kMark), QChar(kNothing));
         at = end;
     }
     if (prepared.isOperandAlone())

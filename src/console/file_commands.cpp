@@ -169,7 +169,7 @@ bool runSnapshot(Interpreter &interpreter, const QString &arguments)
         return state.fail(console_rules::kNothingToSave);
     if (!writeSnapshot(state, file, values))
         return false;
-    state.host.print(u"%1 registers in %2\n"_s.arg(QString::number(count), file));
+    state.host.print(u"%1 in %2\n"_s.arg(registersText(static_cast<std::size_t>(count)), file));
     return isWhole;
 }
 
@@ -207,7 +207,7 @@ bool runRestore(Interpreter &interpreter, const QString &arguments)
         return false;
     const std::size_t all = saved->size();
     std::erase_if(*saved, [](const SavedValue &one) { return !one.value || !one.valuable->writable; });
-    const QString registers = u"%1 of %2 registers"_s.arg(saved->size()).arg(all);
+    const QString registers = u"%1 of %2"_s.arg(QString::number(saved->size()), registersText(all));
     const bool isAnswered = isSure || state.settings.force || state.settings.dryRun;
     const bool canAsk = state.host.isInteractive();
     if (!isAnswered && !canAsk)

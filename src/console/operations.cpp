@@ -1,5 +1,6 @@
 #include "access/completion.h"
 #include "access/field_values.h"
+#include "console/commands.h"
 #include "console/console_rules.h"
 #include "console/interpreter.h"
 #include "console/value_texts.h"
@@ -416,7 +417,10 @@ bool Interpreter::show(const Operand &operand)
     if (valuable && !Call(*this, operand, *valuable, field).mayRead())
         return false;
     const bool isRead = valuable ? m_accesses.read(*valuable) : m_accesses.readAll(element);
-    if (m_state.settings.dryRun)
+    // Of what has no value at all there is no table.
+    const auto hasValue = [](const VMValuable *one) { return one->readable && !one->readError; };
+    if (m_state.settings.dryRun || m_state.isInterrupted ||
+        (!isRead && !valuable && std::ranges::none_of(valuablesIn(element), hasValue)))
         return isRead;
     const ValueTexts values(m_state.settings);
     QString text;

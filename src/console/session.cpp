@@ -17,9 +17,8 @@ ConsoleSession::~ConsoleSession() = default;
 
 bool ConsoleSession::open(const QStringList &words)
 {
-    m_state->targetWords = words;
     Interpreter interpreter(*m_state);
-    return openTargetOf(interpreter);
+    return openTargetOf(interpreter, words);
 }
 
 void ConsoleSession::use(std::unique_ptr<Target> target)
