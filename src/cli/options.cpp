@@ -50,6 +50,9 @@ struct Arguments {
     bool single = false;
     bool accepted = false;
     bool exact = false;
+    std::vector<std::string> targets;
+    std::vector<std::string> lines;
+    bool keepsGoing = false;
     std::optional<std::string> imageFile;
     std::string imageAddress;
     std::optional<std::string> threads;
@@ -87,6 +90,11 @@ Options optionsOf(const Arguments &arguments)
     options.single = arguments.single;
     options.accepted = arguments.accepted;
     options.exact = arguments.exact;
+    for (const std::string &target : arguments.targets)
+        options.targets += QString::fromStdString(target);
+    for (const std::string &line : arguments.lines)
+        options.lines += QString::fromStdString(line);
+    options.keepsGoing = arguments.keepsGoing;
     return options;
 }
 
@@ -380,6 +388,33 @@ Command addWrite(CLI::App &app, Arguments &arguments)
     return {command, write, true, {u"assignment PATH=VALUE"_s, kAnyNumber}};
 }
 
+/// The targets whose memory and registers a command accesses.
+CLI::Option *addTargets(CLI::App &command, Arguments &arguments)
+{
+    return command.add_option("--target", arguments.targets, "what is accessed, as KIND:DETAILS; several are one")
+        ->type_name("TARGET")
+        ->allow_extra_args(false);
+}
+
+Command addConsole(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *command = app.add_subcommand("console", "Read and write registers of a live chip by name");
+    addRoots(*command, arguments);
+    addTargets(*command, arguments);
+    command->add_option("-c,--command", arguments.lines, "run this line; may be given several times")
+        ->type_name("LINE")
+        ->allow_extra_args(false);
+    command->add_option("FILE", arguments.source, "run the lines of this file; - is the standard input")->type_name("");
+    command->add_flag("--keep-going", arguments.keepsGoing, "go on behind a line that fails");
+    command->footer("On a terminal it asks for lines; 'help' there tells of them. Without, it reads them from the\n"
+                    "standard input. A script ends with status 1 at the first line that fails.\n\n"
+                    "Examples:\n"
+                    "  veldmap console --chip soc.xml --target gdb:localhost:1234\n"
+                    "  veldmap console --chip soc.xml --target sim -c 'UART0.ctrl.speed = fast' -c UART0.ctrl\n"
+                    "  veldmap console --chip soc.xml --target image:dump.bin@0x40000000 bring-up.txt");
+    return {command, console, true};
+}
+
 Command addComplete(CLI::App &app, Arguments &arguments)
 {
     CLI::App *command = app.add_subcommand("complete", "List what may stand behind the last dot of a path");
@@ -593,6 +628,7 @@ int runCommandLine(int argc, char **argv, Session &session)
         addShow(app, arguments),     //
         addFind(app, arguments),     //
         addWrite(app, arguments),    //
+        addConsole(app, arguments),  //
         addComplete(app, arguments), //
         addEval(app, arguments),     //
         addRules(app, arguments),    //

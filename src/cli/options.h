@@ -49,9 +49,12 @@ struct Options {
     OutputSettings output;
     int threads = 1; ///< how many make the text of files
     std::optional<ImageOption> image;
-    QStringList words;   ///< what the command is about: expressions, paths, assignments or a text
-    QString source;      ///< of an encrypted container
-    QString destination; ///< of an encrypted container or a new description
+    QStringList words;       ///< what the command is about: expressions, paths, assignments or a text
+    QStringList targets;     ///< whose memory and registers are accessed
+    QStringList lines;       ///< for the console
+    bool keepsGoing = false; ///< behind a line that fails
+    QString source;          ///< of an encrypted container, or the console's lines
+    QString destination;     ///< of an encrypted container or a new description
 
     bool readsInput() const { return chip == QLatin1StringView("-") || soft == QLatin1StringView("-"); }
     bool hasRoot() const { return !chip.isEmpty() || !soft.isEmpty(); }

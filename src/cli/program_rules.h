@@ -67,6 +67,8 @@ inline constexpr Rule kNothingFound = {
     u"Nothing is called '%1', and no comment has the word; '*' in a name stands for any letters."};
 inline constexpr Rule kOutput = {"output-unwritable"_L1, Severity::Error, u"The standard output can't be written: %1"};
 inline constexpr Rule kThereAlready = {"there-already"_L1, Severity::Error, u"%1 is there already and stays as it is."};
+inline constexpr Rule kScriptUnreadable = {"script-unreadable"_L1, Severity::Error, u"%1 can't be read: %2"};
+inline constexpr Rule kHint = {"hint"_L1, Severity::Note, u"%1"};
 inline constexpr Rule kNewUnwritable = {"new-unwritable"_L1, Severity::Error, u"%1 can't be written: %2"};
 inline constexpr Rule kDevelopmentKey = {
     "development-key"_L1, Severity::Warning,

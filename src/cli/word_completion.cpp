@@ -212,15 +212,21 @@ bool takesPaths(const CommandLine &line)
     return std::ranges::find(kOfPaths, line.commandName()) != std::end(kOfPaths);
 }
 
+/// Loads what the command line names and offers the paths in it.
+void offerPathsOf(const CommandLine &line, Session &session, Candidates &candidates)
+{
+    Options options;
+    options.chip = line.valueOf(u"--chip"_s);
+    options.soft = line.valueOf(u"--soft"_s);
+    if (options.hasRoot() && loadDescriptions(options, session))
+        offerPaths(session.map, candidates);
+}
+
 /// What a word may be that no option stands in front of.
 void offerWords(const CommandLine &line, Session &session, Candidates &candidates)
 {
     if (takesPaths(line)) {
-        Options options;
-        options.chip = line.valueOf(u"--chip"_s);
-        options.soft = line.valueOf(u"--soft"_s);
-        if (options.hasRoot() && loadDescriptions(options, session))
-            offerPaths(session.map, candidates);
+        offerPathsOf(line, session, candidates);
         if (line.commandName() == "write"_L1 && candidates.words().size() == 1)
             candidates.offer(candidates.words().first() + u'=', {});
         return;
@@ -241,7 +247,10 @@ void offerAny(const CLI::App &app, const CommandLine &line, Session &session, Ca
 {
     const QString begun = candidates.begun();
     const qsizetype equals = begun.indexOf(u'=');
-    if (const CLI::Option *option = line.optionOfLast())
+    const CLI::Option *option = line.optionOfLast();
+    if (option && option->check_lname("command")) // a line of the console
+        offerPathsOf(line, session, candidates);
+    else if (option)
         offerValues(*option, {}, candidates);
     else if (begun.startsWith("-W"_L1) && line.findOption(u"-W"_s))
         offerChoices(u"-W"_s, candidates);
