@@ -15,6 +15,7 @@ ExitStatus vhdl(const Options &options, Session &session);
 ExitStatus build(const Options &options, Session &session);
 ExitStatus tree(const Options &options, Session &session);
 ExitStatus show(const Options &options, Session &session);
+ExitStatus regs(const Options &options, Session &session);
 ExitStatus write(const Options &options, Session &session);
 ExitStatus complete(const Options &options, Session &session);
 ExitStatus eval(const Options &options, Session &session);

@@ -55,6 +55,8 @@ struct Arguments {
     bool keepsGoing = false;
     std::optional<std::string> imageFile;
     std::string imageAddress;
+    std::optional<std::string> timeout;
+    bool skipsVerifying = false;
     std::optional<std::string> threads;
     LintArguments lint;
     OutputArguments output;
@@ -90,6 +92,7 @@ Options optionsOf(const Arguments &arguments)
     options.single = arguments.single;
     options.accepted = arguments.accepted;
     options.exact = arguments.exact;
+    options.verifies = !arguments.skipsVerifying;
     for (const std::string &target : arguments.targets)
         options.targets += QString::fromStdString(target);
     for (const std::string &line : arguments.lines)
@@ -114,6 +117,22 @@ bool takeImage(const Arguments &arguments, Options &options, Messages &messages)
         return false;
     }
     options.image = {QString::fromStdString(*arguments.imageFile), *number};
+    return true;
+}
+
+/// Reads how long a target may take for an answer into \a options; false, with an error told, when it is no time.
+bool takeTimeout(const Arguments &arguments, Options &options, Messages &messages)
+{
+    if (!arguments.timeout)
+        return true;
+    const QString text = QString::fromStdString(*arguments.timeout);
+    bool isNumber = false;
+    const double seconds = text.toDouble(&isNumber);
+    if (!isNumber || !(seconds >= 0.001 && seconds <= 3600)) {
+        messages.tell(rules::kNoTimeout, {text});
+        return false;
+    }
+    options.timeout = std::chrono::milliseconds(static_cast<int>(seconds * 1000));
     return true;
 }
 
@@ -332,13 +351,27 @@ Command addTree(CLI::App &app, Arguments &arguments)
     return {command, tree, true};
 }
 
-/// The options of an image of the target's memory; neither goes without the other.
-void addImage(CLI::App &command, Arguments &arguments, bool isRequired)
+CLI::Option *addTargetWord(CLI::App &command, Arguments &arguments)
 {
+    return command
+        .add_option("--target", arguments.targets,
+                    "where values are: image:FILE@ADDRESS, gdb:HOST:PORT, mem:PATH, sim or exec:COMMAND; several are "
+                    "one")
+        ->type_name("TARGET")
+        ->allow_extra_args(false);
+}
+
+/// The options that say where values are: a target, or an image of the target's memory with its address.
+void addTarget(CLI::App &command, Arguments &arguments)
+{
+    CLI::Option *target = addTargetWord(command, arguments);
+    command.add_option("--timeout", arguments.timeout, "how long the target may take for an answer, 2 if not given")
+        ->type_name("SECONDS")
+        ->needs(target);
     CLI::Option *image =
         command.add_option("--image", arguments.imageFile, "file with the bytes of the target's memory")
             ->type_name("FILE")
-            ->required(isRequired);
+            ->excludes(target);
     CLI::Option *address = command.add_option("--at", arguments.imageAddress, "address of the first byte of the image")
                                ->type_name("ADDRESS")
                                ->needs(image);
@@ -349,7 +382,7 @@ Command addShow(CLI::App &app, Arguments &arguments)
 {
     CLI::App *command = app.add_subcommand("show", "Show what paths name: place, type, access, fields, values");
     addRoots(*command, arguments);
-    addImage(*command, arguments, false);
+    addTarget(*command, arguments);
     CLI::Option *json = command->add_flag("--json", arguments.json, "as a JSON list with one object a path");
     command->add_flag("--recursive", arguments.recursive, "all that lies inside, not only the next level")
         ->excludes(json);
@@ -357,7 +390,8 @@ Command addShow(CLI::App &app, Arguments &arguments)
                     "Examples:\n"
                     "  veldmap show --chip soc.xml '$UART0.ctrl' '$UART0.ctrl.speed'\n"
                     "  veldmap show --chip soc.xml 0x40000000\n"
-                    "  veldmap show --chip soc.xml '$UART0' --image dump.bin --at 0x40000000");
+                    "  veldmap show --chip soc.xml '$UART0' --image dump.bin --at 0x40000000\n"
+                    "  veldmap show --chip soc.xml '$UART0.ctrl' --target gdb:localhost:1234");
     return {command, show, true, {u"path"_s, kAnyNumber}};
 }
 
@@ -376,31 +410,25 @@ Command addFind(CLI::App &app, Arguments &arguments)
 
 Command addWrite(CLI::App &app, Arguments &arguments)
 {
-    CLI::App *command = app.add_subcommand("write", "Set registers, integers and fields in an image: PATH=VALUE");
+    CLI::App *command = app.add_subcommand("write", "Set registers, integers and fields of a target: PATH=VALUE");
     addRoots(*command, arguments);
-    addImage(*command, arguments, true);
+    addTarget(*command, arguments);
+    command->add_flag("--no-verify", arguments.skipsVerifying, "do not read back what was written to a target");
     command->add_flag("--force", arguments.force, "write what is not writable too");
     command->footer("A value is a number, for a field also the name of an option. A field is changed in its register,\n"
                     "in which set and clear fields become 0 first; they themselves take 1. Nothing is written unless\n"
-                    "all can be.\n\n"
-                    "Example:\n"
-                    "  veldmap write --chip soc.xml '$UART0.ctrl.speed=3' --image dump.bin --at 0x40000000");
+                    "all makes sense; to an image, unless all could be. What a target takes is read back.\n\n"
+                    "Examples:\n"
+                    "  veldmap write --chip soc.xml '$UART0.ctrl.speed=3' --image dump.bin --at 0x40000000\n"
+                    "  veldmap write --chip soc.xml '$UART0.ctrl.speed=fast' --target gdb:localhost:1234");
     return {command, write, true, {u"assignment PATH=VALUE"_s, kAnyNumber}};
-}
-
-/// The targets whose memory and registers a command accesses.
-CLI::Option *addTargets(CLI::App &command, Arguments &arguments)
-{
-    return command.add_option("--target", arguments.targets, "what is accessed, as KIND:DETAILS; several are one")
-        ->type_name("TARGET")
-        ->allow_extra_args(false);
 }
 
 Command addConsole(CLI::App &app, Arguments &arguments)
 {
     CLI::App *command = app.add_subcommand("console", "Read and write registers of a live chip by name");
     addRoots(*command, arguments);
-    addTargets(*command, arguments);
+    addTargetWord(*command, arguments);
     command->add_option("-c,--command", arguments.lines, "run this line; may be given several times")
         ->type_name("LINE")
         ->allow_extra_args(false);
@@ -413,6 +441,20 @@ Command addConsole(CLI::App &app, Arguments &arguments)
                     "  veldmap console --chip soc.xml --target sim -c 'UART0.ctrl.speed = fast' -c UART0.ctrl\n"
                     "  veldmap console --chip soc.xml --target image:dump.bin@0x40000000 bring-up.txt");
     return {command, console, true};
+}
+
+Command addRegs(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *command = app.add_subcommand("regs", "Read registers of a target: path, address, value, fields");
+    addRoots(*command, arguments);
+    addTarget(*command, arguments);
+    command->add_flag("--json", arguments.json, "as a JSON list with one object a register");
+    command->footer("A line for each register or integer in what the paths name. One that can't be read shows '?'.\n\n"
+                    "Examples:\n"
+                    "  veldmap regs --chip soc.xml '$UART0' --target gdb:localhost:1234\n"
+                    "  veldmap regs --chip soc.xml '$UART0' '$GPIO.out' --target sim\n"
+                    "  veldmap regs --json --chip soc.xml '$UART0' --target mem:/dev/mem");
+    return {command, regs, true, {u"path"_s, kAnyNumber}};
 }
 
 Command addComplete(CLI::App &app, Arguments &arguments)
@@ -570,7 +612,8 @@ ExitStatus runCommand(const std::vector<Command> &commands, const Arguments &arg
             continue;
         Options options = optionsOf(arguments);
         if (!takeWords(command, words, options, messages) || !takeImage(arguments, options, messages) ||
-            !takeThreads(arguments, options, messages) || !takeLintOptions(arguments.lint, options.lint, messages) ||
+            !takeTimeout(arguments, options, messages) || !takeThreads(arguments, options, messages) ||
+            !takeLintOptions(arguments.lint, options.lint, messages) ||
             !takeOutputOptions(arguments.output, options.output, messages))
             return kWrongUsage;
         if (command.needsRoot && !options.hasRoot()) {
@@ -627,6 +670,7 @@ int runCommandLine(int argc, char **argv, Session &session)
         addTree(app, arguments),     //
         addShow(app, arguments),     //
         addFind(app, arguments),     //
+        addRegs(app, arguments),     //
         addWrite(app, arguments),    //
         addConsole(app, arguments),  //
         addComplete(app, arguments), //

@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <chrono>
 #include <optional>
 
 namespace veldmap::cli {
@@ -49,14 +50,18 @@ struct Options {
     OutputSettings output;
     int threads = 1; ///< how many make the text of files
     std::optional<ImageOption> image;
+    QStringList targets; ///< as openTarget() takes them
+    std::optional<std::chrono::milliseconds> timeout;
+    bool verifies = true;
     QStringList words;       ///< what the command is about: expressions, paths, assignments or a text
-    QStringList targets;     ///< whose memory and registers are accessed
     QStringList lines;       ///< for the console
     bool keepsGoing = false; ///< behind a line that fails
     QString source;          ///< of an encrypted container, or the console's lines
     QString destination;     ///< of an encrypted container or a new description
 
     bool readsInput() const { return chip == QLatin1StringView("-") || soft == QLatin1StringView("-"); }
+    /// Whether values are read from somewhere, or written to.
+    bool namesTarget() const { return image || !targets.isEmpty(); }
     bool hasRoot() const { return !chip.isEmpty() || !soft.isEmpty(); }
     bool hasBothRoots() const { return !chip.isEmpty() && !soft.isEmpty(); }
 };

@@ -37,6 +37,11 @@ inline constexpr Rule kNoImageName = {"image-without-name"_L1, Severity::Error,
                                       u"The image has no name: --image takes a file."};
 inline constexpr Rule kNoAddress = {"no-address"_L1, Severity::Error,
                                     u"'%1' is no address: --at takes a number of 32 bits."};
+inline constexpr Rule kNoTargetGiven = {
+    "no-target-given"_L1, Severity::Error,
+    u"No target is given: name one with --target KIND:..., or a file with --image FILE --at ADDRESS."};
+inline constexpr Rule kNoTimeout = {"no-timeout"_L1, Severity::Error,
+                                    u"'%1' is no time: --timeout takes seconds, from 0.001 to 3600."};
 inline constexpr Rule kNoThreads = {"no-threads"_L1, Severity::Error,
                                     u"'%1' is no number of threads: -j takes one from 1 on."};
 inline constexpr Rule kNoBase = {"no-base-directory"_L1, Severity::Error,

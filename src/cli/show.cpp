@@ -1,14 +1,12 @@
 #include "access/field_values.h"
-#include "access/path_hint.h"
-#include "access/search.h"
 #include "cli/commands.h"
 #include "cli/description.h"
-#include "cli/program_rules.h"
+#include "cli/elements.h"
 #include "cli/session.h"
+#include "cli/value_source.h"
 #include "export/tree_json.h"
 #include "export/tree_text.h"
 #include "model/valuable.h"
-#include "target/image.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -20,7 +18,7 @@ namespace veldmap::cli {
 
 namespace {
 
-/// The values of elements, which have been read from an image.
+/// The values of elements, which have been read.
 struct ValueNotes final : ElementNotes {
     QString ofElement(const VMXMLElement &element) const override
     {
@@ -45,7 +43,7 @@ QString textOf(const VMXMLElement &element, const QString &path, const Options &
 {
     const ValueNotes values;
     const OptionNotes names;
-    const ElementNotes &notes = options.image.has_value() ? static_cast<const ElementNotes &>(values) : names;
+    const ElementNotes &notes = options.namesTarget() ? static_cast<const ElementNotes &>(values) : names;
     QString text;
     if (const auto *field = elementCast<VMBitField>(&element))
         appendFieldAlone(text, *field, notes);
@@ -55,27 +53,12 @@ QString textOf(const VMXMLElement &element, const QString &path, const Options &
     return text;
 }
 
-/// What \a word names: one element by its path, or all that lie at an address. An error is told when there is none.
-QList<VMXMLElement *> elementsOf(Session &session, const QString &word)
-{
-    if (const std::optional<quint32> address = addressOf(word)) {
-        const QList<VMXMLElement *> elements = elementsAt(session.map, *address);
-        if (elements.isEmpty())
-            session.messages.tell(rules::kNothingAt, {word});
-        return elements;
-    }
-    VMXMLElement *element = findElement(session.map, word, session.messages);
-    return element ? QList{element} : QList<VMXMLElement *>();
-}
-
 } // namespace
 
 ExitStatus show(const Options &options, Session &session)
 {
-    if (!loadDescriptions(options, session))
-        return kFailed;
-    std::optional<TargetImage> image;
-    if (options.image && !(image = TargetImage::open(options.image->file, options.image->address, session.messages)))
+    ValueSource source;
+    if (!loadDescriptions(options, session) || !source.open(options, session))
         return kFailed;
     QString text;
     QJsonArray objects;
@@ -87,14 +70,13 @@ ExitStatus show(const Options &options, Session &session)
             objects.append(QJsonObject{{u"path"_s, word}, {u"error"_s, u"no such element"_s}});
         }
         for (VMXMLElement *element : elements) {
-            if (image)
-                image->readAll(*element);
+            isComplete = source.read(*element, word, session) && isComplete;
             if (!options.json) {
                 text += textOf(*element, word, options);
                 continue;
             }
             QJsonObject object = elementJson(*element);
-            if (image)
+            if (source.isGiven())
                 object[u"value"_s] = valueJson(*element);
             objects.append(object);
         }

@@ -4,6 +4,7 @@
 #include "cli/description.h"
 #include "cli/session.h"
 #include "model/aggregates.h"
+#include "target/target.h"
 
 #include <CLI/CLI.hpp>
 
@@ -17,7 +18,7 @@ namespace veldmap::cli {
 namespace {
 
 /// The commands whose words are paths, or begin with one.
-constexpr QLatin1StringView kOfPaths[] = {"show"_L1, "write"_L1, "complete"_L1};
+constexpr QLatin1StringView kOfPaths[] = {"show"_L1, "regs"_L1, "write"_L1, "complete"_L1};
 
 /// The candidates for one word.
 class Candidates {
@@ -149,6 +150,9 @@ void offerValues(const CLI::Option &option, const QString &front, Candidates &ca
         candidates.leaveTo("file"_L1);
     } else if (type == "DIR"_L1) {
         candidates.leaveTo("directory"_L1);
+    } else if (type == "TARGET"_L1) {
+        for (const QString &kind : targetKinds())
+            candidates.offer(front + kind, {});
     } else if (option.check_sname("W")) {
         offerChoices(front, candidates);
     } else if (option.check_lname("no-warn")) {

@@ -1,0 +1,44 @@
+#include "cli/value_source.h"
+
+#include "access/access_rules.h"
+#include "access/target_values.h"
+#include "cli/options.h"
+#include "cli/session.h"
+#include "model/bitfield.h"
+
+namespace veldmap::cli {
+
+std::unique_ptr<Target> openTarget(const Options &options, Session &session)
+{
+    TargetSettings settings;
+    settings.timeout = options.timeout.value_or(settings.timeout);
+    return veldmap::openTarget(options.targets, session.map, settings, session.messages);
+}
+
+bool ValueSource::open(const Options &options, Session &session)
+{
+    if (options.image)
+        m_image = TargetImage::open(options.image->file, options.image->address, session.messages);
+    else if (!options.targets.isEmpty())
+        m_target = openTarget(options, session);
+    return isGiven() || !options.namesTarget();
+}
+
+bool ValueSource::read(VMXMLElement &element, const QString &path, Session &session)
+{
+    if (m_image)
+        m_image->readAll(element);
+    if (!m_target)
+        return true;
+    if (m_isSilent) {
+        (elementCast<VMBitField>(&element) ? *element.parent : element).setReadError(true);
+        return false;
+    }
+    const TargetAnswer answer = readValues(*m_target, element);
+    m_isSilent = answer.outcome == TargetAnswer::NoAnswer;
+    if (!answer)
+        session.messages.tell(access_rules::kNotRead, {path, answer.reason});
+    return bool(answer);
+}
+
+} // namespace veldmap::cli
