@@ -6,11 +6,37 @@
 #include "cli/session.h"
 #include "model/bitfield.h"
 
+#include <csignal>
+
 namespace veldmap::cli {
+
+namespace {
+
+std::atomic_bool isInterrupted = false;
+
+/// The first request to end lets a target be left in order; another one ends the process.
+void interrupt(int signal)
+{
+    isInterrupted = true;
+    std::signal(signal, SIG_DFL);
+}
+
+void takeInterruptions()
+{
+    for (const int signal : {SIGINT, SIGTERM}) {
+        struct sigaction present = {};
+        if (::sigaction(signal, nullptr, &present) == 0 && present.sa_handler != SIG_IGN)
+            std::signal(signal, interrupt);
+    }
+}
+
+} // namespace
 
 std::unique_ptr<Target> openTarget(const Options &options, Session &session)
 {
+    takeInterruptions();
     TargetSettings settings;
+    settings.interrupted = &isInterrupted;
     settings.timeout = options.timeout.value_or(settings.timeout);
     return veldmap::openTarget(options.targets, session.map, settings, session.messages);
 }

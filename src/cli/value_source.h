@@ -10,7 +10,8 @@ namespace veldmap::cli {
 struct Options;
 struct Session;
 
-/// The targets that \a options name, as one; null, with an error told, when they can't be reached.
+/// The targets that \a options name, as one; null, with an error told, when they can't be reached. From now on a
+/// request to end, as Ctrl-C makes it, ends the access that is going on.
 std::unique_ptr<Target> openTarget(const Options &options, Session &session);
 
 /// Where the values of elements come from: the image or the target that the command line names, if it does.

@@ -3,6 +3,7 @@
 import json
 import re
 import shutil
+import signal
 import struct
 import subprocess
 import sys
@@ -103,6 +104,17 @@ class Targets(support.Case):
             told = self.ask(target, "regs", "$P")
             self.assertEqual((told.status, told.out), (1, ""), target)
             self.assertRegex(told.err, r"^error: .+\.\n$")
+
+    def test_an_interruption_ends_in_order(self):
+        ended = self.folder / "ended"
+        program = f"read line; echo began >&2; read line; echo ended >{ended}"
+        process = subprocess.Popen([support.options.veldmap, "regs", "--chip", self.chip, "$P", "--target",
+                                    f"exec:{program}", "--timeout", "60"], stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
+        self.assertEqual(process.stderr.readline(), "began\n")
+        process.send_signal(signal.SIGINT)
+        self.assertEqual((process.communicate(timeout=20)[1], process.returncode),
+                         (f"error: $P can't be read: the program '{program}': interrupted.\n", 1))
+        self.assertEqual(ended.read_text(), "ended\n", "its input ended, and it was waited for")
 
     def test_completion_knows_the_kinds(self):
         self.assertEqual(run("complete", "--words", "regs", "--target", "").out.split(),

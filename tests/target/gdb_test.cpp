@@ -139,7 +139,7 @@ TEST_F(Gdb, HostileServers)
         const char *name;
         QByteArray features;
         GdbServer::Reply reply; // to a request for memory
-        QString answer;
+        QString answer;         // a flood ends with its size or its time, whichever is first: empty
     };
     const QString silent = u"no answer: it: no answer within 0.3 s"_s;
     const Row rows[] = {
@@ -159,19 +159,10 @@ TEST_F(Gdb, HostileServers)
          kFeatures,
          {good.first(4), GdbServer::Reply::Closes},
          u"no answer: it: the connection was closed"_s},
-        {"flood of noise",
-         kFeatures,
-         {QByteArray(65536, 'x'), GdbServer::Reply::Floods},
-         u"no answer: it: it sends and sends, but no answer"_s},
-        {"flood of acknowledgements",
-         kFeatures,
-         {QByteArray(65536, '+'), GdbServer::Reply::Floods},
-         u"no answer: it: it sends and sends, but no answer"_s},
+        {"flood of noise", kFeatures, {QByteArray(65536, 'x'), GdbServer::Reply::Floods}, {}},
+        {"flood of acknowledgements", kFeatures, {QByteArray(65536, '+'), GdbServer::Reply::Floods}, {}},
         {"flood of stops", kFeatures, {GdbServer::packet("T05").repeated(5000), GdbServer::Reply::Floods}, {}},
-        {"packet without end",
-         kFeatures,
-         {'$' + QByteArray(65536, 'a'), GdbServer::Reply::Floods},
-         u"no answer: it: it sends and sends, but no answer"_s},
+        {"packet without end", kFeatures, {'$' + QByteArray(65536, 'a'), GdbServer::Reply::Floods}, {}},
         {"error", kFeatures, {GdbServer::packet("E14")}, u"not here: it answers E14"_s},
         {"error in words", kFeatures, {GdbServer::packet("E.no bus")}, u"not here: it answers E.no bus"_s},
         {"nothing", kFeatures, {GdbServer::packet("")}, u"not here: it does not let memory be read"_s},

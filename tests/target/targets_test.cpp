@@ -150,6 +150,19 @@ TEST_F(Targets, MemoryIsMapped)
     EXPECT_EQ(told, QStringList(u"/none/x can't be reached: No such file or directory."_s));
 }
 
+TEST_F(Targets, ABusErrorIsNoEnd)
+{
+    QFile file(image(u"memory"_s, QByteArray(4096, '\x11')));
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    // By this name it counts as a device, of which nobody knows where it ends.
+    const auto target = open({u"mem:/dev/fd/%1"_s.arg(file.handle())}, *soc.map, told);
+    expect(target.get(), {{u"r 0x0 4"_s, u"11111111"_s},
+                          {u"r 0x2000 4"_s, u"not here: the bus refuses 0x00002000"_s},
+                          {u"w 0x2004 2 1"_s, u"not here: the bus refuses 0x00002004"_s},
+                          {u"w 0x4 4 1"_s, u"ok"_s},
+                          {u"r 0x0 4 8"_s, u"11111111 00000001"_s}});
+}
+
 TEST_F(Targets, MapsOfDevices)
 {
     const auto lay = [&](const QString &name, const QByteArray &text) {
