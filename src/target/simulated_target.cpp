@@ -234,13 +234,13 @@ private:
     SimulatedRegister *findRegister(quint32 address, int width, bool VMValuable::*isAble)
     {
         SimulatedRegister *found = nullptr;
-        for (SimulatedRegister &candidate :
-             std::ranges::equal_range(m_registers, address, {}, &SimulatedRegister::address)) {
-            if (candidate.valuable->sizeOf() != width)
+        auto candidate = std::ranges::lower_bound(m_registers, address, {}, &SimulatedRegister::address);
+        for (; candidate != m_registers.end() && candidate->address == address; ++candidate) {
+            if (candidate->valuable->sizeOf() != width)
                 continue;
-            if (candidate.valuable->*isAble)
-                return &candidate;
-            found = found ? found : &candidate;
+            if (candidate->valuable->*isAble)
+                return &*candidate;
+            found = found ? found : &*candidate;
         }
         return found;
     }

@@ -108,8 +108,9 @@ class Targets(support.Case):
     def test_an_interruption_ends_in_order(self):
         ended = self.folder / "ended"
         program = f"read line; echo began >&2; read line; echo ended >{ended}"
-        process = subprocess.Popen([support.options.veldmap, "regs", "--chip", self.chip, "$P", "--target",
-                                    f"exec:{program}", "--timeout", "60"], stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
+        command = [support.options.veldmap, "regs", "--chip", self.chip, "$P", "--target", f"exec:{program}",
+                   "--timeout", "60"]
+        process = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
         self.assertEqual(process.stderr.readline(), "began\n")
         process.send_signal(signal.SIGINT)
         self.assertEqual((process.communicate(timeout=20)[1], process.returncode),
