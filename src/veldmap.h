@@ -3,6 +3,7 @@
 /// All of the library.
 
 #include <veldmap/access/completion.h>
+#include <veldmap/console/session.h>
 #include <veldmap/container/aes.h>
 #include <veldmap/container/container.h>
 #include <veldmap/container/md5.h>
@@ -34,6 +35,7 @@
 #include <veldmap/model/variables.h>
 #include <veldmap/model/visit.h>
 #include <veldmap/outputs/outputs.h>
+#include <veldmap/target/target.h>
 #include <veldmap/text/columns.h>
 #include <veldmap/text/literals.h>
 #include <veldmap/text/names.h>

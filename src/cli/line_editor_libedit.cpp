@@ -72,6 +72,7 @@ public:
         struct sigaction onResize = {};
         onResize.sa_handler = [](int) { isResized = 1; };
         sigaction(SIGWINCH, &onResize, &before);
+        el_set(m_editor, EL_PREP_TERM, 1); // before the prompt: what is typed behind it is a key, as Ctrl-D is
         int count = 0;
         const char *const bytes = el_gets(m_editor, &count);
         sigaction(SIGWINCH, &before, nullptr);

@@ -235,6 +235,7 @@ bool runRecord(Interpreter &interpreter, const QString &arguments)
     if (!file.open(QIODevice::WriteOnly | QIODevice::Append))
         return state.fail(console_rules::kFileUnwritable, {file.fileName(), file.errorString()});
     state.recordFile = file.fileName();
+    state.recordDepth = state.sourceDepth;
     return true;
 }
 

@@ -27,14 +27,15 @@ void record(ConsoleState &state, const QString &line)
 
 bool runLine(ConsoleState &state, const QString &line, const Place &place)
 {
-    const bool isTyped = state.sourceDepth == 0;
-    if (isTyped)
+    if (state.sourceDepth == 0)
         state.isInterrupted = false;
     const Place before = std::exchange(state.place, place);
     const QString recordFile = state.recordFile;
     const bool isDone = Interpreter(state).run(line);
-    // The command that begins a record is no part of it, nor is the one that ends it.
-    if (isDone && isTyped && !recordFile.isEmpty() && state.recordFile == recordFile && !line.trimmed().isEmpty())
+    // The command that begins a record is no part of it, nor is the one that ends it, and of a file that is run it has
+    // the command that does so.
+    const bool isRecorded = state.sourceDepth == state.recordDepth;
+    if (isDone && isRecorded && !recordFile.isEmpty() && state.recordFile == recordFile && !line.trimmed().isEmpty())
         record(state, line);
     state.place = before;
     return isDone;

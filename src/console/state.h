@@ -60,6 +60,7 @@ public:
     QMap<QString, variant::Variant> kept; ///< values by the names that lines gave them
     Place place;                          ///< of the line that runs
     QString recordFile;                   ///< that lines are written to, empty for none
+    int recordDepth = 0;                  ///< the depth of the line that has asked for that
     int sourceDepth = 0;                  ///< how many files run one another
     bool isOver = false;
 
