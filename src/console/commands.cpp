@@ -29,7 +29,8 @@ constexpr ConsoleCommand kCommands[] = {
     {"doc"_L1, "PATH"_L1, "show what the description tells of an element and of what it holds"_L1, ""_L1,
      CommandWords::Paths, runDoc},
     {"dump"_L1, "ADDRESS|PATH [SIZE [WIDTH]]"_L1, "show bytes of the target"_L1,
-     "Reads words of WIDTH bytes: 1, 2 or 4, by itself the greatest that address and size are multiples of.\n"
+     "Shows words of 4 bytes, or of 2 or 1 where address and size ask for that, and reads narrower registers in their\n"
+     "own width. With WIDTH, which is 1, 2 or 4, words and accesses have that.\n"
      "What the description says is not readable is left out, as --; what can't be read there shows as ??.\n"
      "SIZE can be left out behind a path.\n"_L1,
      CommandWords::Paths, runDump},

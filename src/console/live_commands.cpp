@@ -33,49 +33,68 @@ constexpr qint64 kAddressSpace = Q_INT64_C(1) << 32;
 struct Range {
     qint64 begin = 0;
     qint64 size = 0;
-    int width = 0; ///< of accesses
+    int width = 0;        ///< of words
+    bool isExact = false; ///< all accesses have that width, whatever lies there
 
     qint64 end() const { return begin + size; }
 };
 
-/// What became of the words of a range.
-enum class WordState : char { Unread, Read, MustNot, NotThere };
+/// What became of a byte.
+enum class ByteState : char { Unread, Read, MustNot, NotThere };
 
-/// Marks the words of a range that hold a part of something that the description says is not readable.
-class Protection {
+/// How each byte of a range is read.
+struct ByteAccess {
+    ByteState state = ByteState::Unread;
+    quint8 width = 1; ///< of the access
+};
+
+/// Finds what the description tells of a range: which bytes are not readable, and which lie in registers that are
+/// narrower than the words of the range.
+class RangeReader {
 public:
-    Protection(const Range &range, std::vector<WordState> &states) : m_range(range), m_states(states) {}
+    RangeReader(const Range &range, std::vector<ByteAccess> &bytes) : m_range(range), m_bytes(bytes) {}
 
-    void mark(VMXMLElement &element)
+    void look(VMXMLElement &element)
     {
         const qint64 begin = element.getBaseAddress();
-        if (begin >= m_range.end() || begin + element.sizeOf() <= m_range.begin)
-            return;
-        visit(element, *this);
+        if (begin < m_range.end() && begin + element.sizeOf() > m_range.begin)
+            visit(element, *this);
     }
-    void operator()(VMStruct &structure) { markMembers(structure.memberList); }
-    void operator()(VMArray &array) { markMembers(array.memberList); }
+    void operator()(VMStruct &structure) { lookAtMembers(structure.memberList); }
+    void operator()(VMArray &array) { lookAtMembers(array.memberList); }
     void operator()(VMValuable &valuable)
     {
-        if (valuable.readable)
-            return;
-        const qint64 begin = qMax<qint64>(valuable.getBaseAddress(), m_range.begin);
-        const qint64 end = qMin<qint64>(qint64(valuable.getBaseAddress()) + valuable.sizeOf(), m_range.end());
-        for (qint64 at = begin; at < end; ++at)
-            m_states[static_cast<std::size_t>((at - m_range.begin) / m_range.width)] = WordState::MustNot;
+        const qint64 begin = valuable.getBaseAddress() - m_range.begin;
+        const qint64 end = begin + valuable.sizeOf();
+        const qint64 firstWord = qMax<qint64>(begin, 0) / m_range.width * m_range.width;
+        const qint64 lastWord = qMin<qint64>((end + m_range.width - 1) / m_range.width * m_range.width, m_range.size);
+        const bool isNarrow = !m_range.isExact && valuable.sizeOf() < m_range.width;
+        for (qint64 at = firstWord; isNarrow && at < lastWord; ++at) {
+            const bool isInside = at >= begin && at < end;
+            const bool isAligned = valuable.getBaseAddress() % static_cast<unsigned>(valuable.sizeOf()) == 0;
+            quint8 &width = byteAt(at).width;
+            if (isInside || width == m_range.width)
+                width = isInside && isAligned ? static_cast<quint8>(valuable.sizeOf()) : quint8(1);
+        }
+        for (qint64 at = firstWord; !valuable.readable && at < lastWord; ++at) {
+            if (!isNarrow || (at >= begin && at < end))
+                byteAt(at).state = ByteState::MustNot;
+        }
     }
     void operator()(VMXMLElement &) {}
 
 private:
     template <typename Members>
-    void markMembers(Members &members)
+    void lookAtMembers(Members &members)
     {
         for (auto &member : members)
-            mark(*member);
+            look(*member);
     }
 
+    ByteAccess &byteAt(qint64 at) { return m_bytes[static_cast<std::size_t>(at)]; }
+
     const Range &m_range;
-    std::vector<WordState> &m_states;
+    std::vector<ByteAccess> &m_bytes;
 };
 
 /// Reads and shows one range.
@@ -84,12 +103,12 @@ public:
     Dump(Interpreter &interpreter, const Range &range)
         : m_interpreter(interpreter), m_state(interpreter.state()), m_range(range),
           m_bytes(static_cast<std::size_t>(range.size)),
-          m_states(static_cast<std::size_t>(range.size / range.width), WordState::Unread)
+          m_accesses(static_cast<std::size_t>(range.size), {ByteState::Unread, static_cast<quint8>(range.width)})
     {
-        Protection protection(m_range, m_states);
+        RangeReader reader(m_range, m_accesses);
         for (const VMRootArchive *root : {m_state.map.chipRootArchive, m_state.map.softRootArchive}) {
-            for (std::size_t at = 0; root && !m_state.settings.force && at < root->instances.size(); ++at)
-                protection.mark(*root->instances[at]);
+            for (std::size_t at = 0; root && at < root->instances.size(); ++at)
+                reader.look(*root->instances[at]);
         }
     }
 
@@ -106,35 +125,53 @@ public:
     }
 
 private:
+    bool isWanted(qint64 at)
+    {
+        const ByteState state = accessAt(at).state;
+        return state == ByteState::Unread || (state == ByteState::MustNot && m_state.settings.force);
+    }
+
+    /// The width of the access that reads what begins at \a at, 0 for none. Registers may overlap: bytes that do not go
+    /// together are read by themselves.
+    int widthAt(qint64 at, qint64 end)
+    {
+        const int width = accessAt(at).width;
+        bool isOne = (m_range.begin + at) % width == 0 && at + width <= end;
+        for (qint64 byte = at; isOne && byte < at + width; ++byte)
+            isOne = accessAt(byte).width == width && isWanted(byte);
+        return isOne ? width : isWanted(at) && !m_range.isExact ? 1 : 0;
+    }
+
     /// Reads the bytes from \a begin to \a end of the range in as few blocks as possible.
     bool readPart(qint64 begin, qint64 end)
     {
         for (qint64 at = begin; at < end;) {
+            const int width = widthAt(at, end);
             qint64 last = at;
-            while (last < end && stateAt(last) == WordState::Unread)
-                last += m_range.width;
-            if (last > at && !readBlock(at, last))
+            while (width > 0 && last < end && widthAt(last, end) == width)
+                last += width;
+            if (last > at && !readBlock(at, last, width))
                 return false;
-            at = qMax(last, at + m_range.width);
+            at = qMax(last, at + 1);
         }
         return true;
     }
 
     /// Where a part of a block is not there, its halves are read by themselves.
-    bool readBlock(qint64 begin, qint64 end)
+    bool readBlock(qint64 begin, qint64 end, int width)
     {
         const auto address = static_cast<quint32>(m_range.begin + begin);
         const auto size = static_cast<std::size_t>(end - begin);
-        const TargetAnswer answer = m_state.target->read(
-            address, std::span(m_bytes).subspan(static_cast<std::size_t>(begin), size), m_range.width);
+        const TargetAnswer answer =
+            m_state.target->read(address, std::span(m_bytes).subspan(static_cast<std::size_t>(begin), size), width);
         if (answer.outcome == TargetAnswer::NoAnswer)
             return m_interpreter.accesses().fail(console_rules::kCantRead, "0x"_L1 + hex8(address), answer);
-        if (!answer && end - begin > m_range.width) {
-            const qint64 middle = begin + (end - begin) / m_range.width / 2 * m_range.width;
-            return m_state.goesOn() && readBlock(begin, middle) && readBlock(middle, end);
+        if (!answer && end - begin > width) {
+            const qint64 middle = begin + (end - begin) / width / 2 * width;
+            return m_state.goesOn() && readBlock(begin, middle, width) && readBlock(middle, end, width);
         }
-        for (qint64 at = begin; at < end; at += m_range.width)
-            stateAt(at) = answer ? WordState::Read : WordState::NotThere;
+        for (qint64 at = begin; at < end; ++at)
+            accessAt(at).state = answer ? ByteState::Read : ByteState::NotThere;
         return true;
     }
 
@@ -155,26 +192,26 @@ private:
 
     void appendWord(qint64 at, QString &words, QString &letters)
     {
-        const WordState state = stateAt(at);
         QString digits;
         for (qint64 byte = at; byte < at + m_range.width; ++byte) {
+            const ByteState state = accessAt(byte).state;
             const auto value = static_cast<unsigned char>(m_bytes[static_cast<std::size_t>(byte)]);
-            const bool isLetter = state == WordState::Read && value >= 0x20 && value < 0x7F;
-            digits.prepend(state == WordState::Read      ? hex8(value).right(2)
-                           : state == WordState::MustNot ? u"--"_s
+            const bool isLetter = state == ByteState::Read && value >= 0x20 && value < 0x7F;
+            digits.prepend(state == ByteState::Read      ? hex8(value).right(2)
+                           : state == ByteState::MustNot ? u"--"_s
                                                          : u"??"_s);
             letters += isLetter ? QChar(char16_t(value)) : QChar(u'.');
         }
         words += u' ' + digits;
     }
 
-    WordState &stateAt(qint64 at) { return m_states[static_cast<std::size_t>(at / m_range.width)]; }
+    ByteAccess &accessAt(qint64 at) { return m_accesses[static_cast<std::size_t>(at)]; }
 
     Interpreter &m_interpreter;
     ConsoleState &m_state;
     const Range m_range;
     std::vector<std::byte> m_bytes;
-    std::vector<WordState> m_states; // of words
+    std::vector<ByteAccess> m_accesses; // one for each byte
 };
 
 /// The range that \a words ask for; nothing, told, when they don't say one.
@@ -199,7 +236,7 @@ std::optional<Range> rangeOf(Interpreter &interpreter, const QStringList &words)
     const std::optional<quint32> width = words.size() > 2 ? interpreter.number(words[2]) : 0;
     if (!begin || !size || !width)
         return std::nullopt;
-    range = {*begin, *size, static_cast<int>(*width)};
+    range = {*begin, *size, static_cast<int>(*width), words.size() > 2};
     if (*size == 0 || *size > kMostBytes || range.end() > kAddressSpace) {
         interpreter.state().fail(console_rules::kDumpRange,
                                  {QString::number(*size), "0x"_L1 + hex8(*begin), QString::number(kMostBytes)});

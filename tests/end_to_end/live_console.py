@@ -62,7 +62,7 @@ restore before.txt
 restore before.txt --yes
 diff before.txt
 dump UART 36
-dump 0x4000001C 4 1
+dump 0x4000001C 4
 wait UART.ctrl.speed == slow within 1
 wait UART.ctrl.speed == fast within 0
 watch UART.table[1] 0
