@@ -143,7 +143,7 @@ bool Interpreter::tellUnknown(const PreparedValue &prepared, const QString &name
             nearest.offer(option.name);
         options = ", no option of "_L1 + prepared.field->getPath();
     }
-    if (prepared.text == m_line) {
+    if (prepared.text == m_line && m_line.startsWith(name)) {
         for (const ConsoleCommand &command : consoleCommands())
             nearest.offer(command.name);
     }
@@ -175,7 +175,7 @@ std::optional<PreparedValue> Interpreter::prepare(const QString &text, const VMB
         if (isPathBegin) {
             const qsizetype nameEnd = qMax(endOfPath(prepared.text, at), at + 1);
             const QString name = prepared.text.sliced(at, nameEnd - at);
-            const bool isName = LineContext::optionOf(field, name) || m_state.kept.contains(name);
+            const bool isName = LineContext::optionOf(prepared.field, name) || m_state.kept.contains(name);
             // Marks directly behind a name would be a part of it.
             const bool isApart = prepared.masked.isEmpty() || !isNamePart(prepared.masked.back());
             if (!isName && isApart && isOfInstance(QStringView(prepared.text).sliced(at))) {
@@ -186,6 +186,8 @@ std::optional<PreparedValue> Interpreter::prepare(const QString &text, const VMB
                     m_state.fail(console_rules::kBehindPath, {prepared.text.sliced(end), operand->text()});
                     return std::nullopt;
                 }
+                if (!prepared.field) // as in UART0.ctrl.speed == fast
+                    prepared.field = elementCast<VMBitField>(operand->element);
                 prepared.operands.push_back(*std::move(operand));
                 prepared.masked += QString(end - at, kMark);
                 at = end;

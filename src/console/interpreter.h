@@ -31,7 +31,7 @@ struct PreparedValue {
     QString text;                  ///< as written
     QString masked;                ///< with a run of marks in the place of each operand
     std::vector<Operand> operands; ///< in their order in the text
-    const VMBitField *field;       ///< whose options are names in it, null for none
+    const VMBitField *field;       ///< whose options are names in it: the receiver of the value, or the first in it
 
     /// Whether it is no more than an operand.
     bool isOperandAlone() const;
