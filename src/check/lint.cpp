@@ -112,9 +112,14 @@ std::unique_ptr<DocumentStudy> Lint::study(const TagDocument &document) const
 
 void Lint::onDocument(const TagDocument &document, const QString &file, const DocumentStudy *study)
 {
-    if (m_files.contains(file)) // chip and software may include the same
+    // Chip and software may include the same. Several documents that were made of one file begin at different places.
+    const Tag root = document.root();
+    const std::pair<int, int> begin = {root.lineNumber(), root.columnNumber()};
+    if (m_documents.contains({file, begin}))
         return;
-    m_files.insert(file, m_files.size());
+    m_documents.insert({file, begin});
+    if (!m_files.contains(file))
+        m_files.insert(file, m_files.size());
     const std::unique_ptr<DocumentStudy> own = study ? nullptr : this->study(document);
     const auto &findings = *static_cast<const DocumentFindings *>(study ? study : own.get());
     for (Finding finding : findings.found.findings) {

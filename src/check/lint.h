@@ -10,9 +10,11 @@
 #include <veldmap/veldmap_export.h>
 
 #include <QHash>
+#include <QSet>
 
 #include <functional>
 #include <span>
+#include <utility>
 
 class VMMemoryMap;
 
@@ -41,7 +43,8 @@ public:
     void report(const VMMemoryMap &map, Sink &sink, int threads = 1) const;
 
 private:
-    QHash<QString, qsizetype> m_files; ///< with their order, in which they were read
+    QHash<QString, qsizetype> m_files;                         ///< with their order, in which they were read
+    QSet<std::pair<QString, std::pair<int, int>>> m_documents; ///< that were seen: the file, and where the root stands
     ReadableFindings m_ofDocuments;
     Allowances m_allowances;
     bool m_looksForUnused;

@@ -23,6 +23,7 @@ ExitStatus console(const Options &options, Session &session);
 ExitStatus find(const Options &options, Session &session);
 ExitStatus listRules(const Options &options, Session &session);
 ExitStatus writeNew(const Options &options, Session &session);
+ExitStatus importFile(const Options &options, Session &session);
 ExitStatus encrypt(const Options &options, Session &session);
 
 } // namespace veldmap::cli

@@ -5,6 +5,7 @@
 #include "files/file_reader.h"
 #include "files/paths.h"
 #include "findings/limits.h"
+#include "import/import.h"
 #include "loading/load.h"
 #include "loading/rules.h"
 #include "model/root_archive.h"
@@ -15,6 +16,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -60,6 +62,16 @@ void takeInput(LoadOptions &options, Messages &messages)
         explanations->give(kInputName, *options.root);
 }
 
+/// The bytes of \a path when it is a file of another format that descriptions are made of, else nothing.
+std::optional<QByteArray> importableBytes(const QString &path)
+{
+    constexpr qint64 kHead = 64 * 1024; // with the licence in front of the first tag
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly) || !isImportable(file.peek(kHead)))
+        return std::nullopt;
+    return readAtMost(file, limits::kDocumentBytes);
+}
+
 VMRootArchive *loadOne(Session &session, const QString &given, bool chip, LoadOptions options)
 {
     const bool isInput = given == "-"_L1;
@@ -67,6 +79,17 @@ VMRootArchive *loadOne(Session &session, const QString &given, bool chip, LoadOp
     if (isInput)
         takeInput(options, session.messages);
     const int errorsBefore = session.messages.errorCount();
+    std::optional<QByteArray> foreign = isInput ? std::nullopt : importableBytes(path);
+    if (isInput && options.root && isImportable(*options.root))
+        foreign = std::exchange(options.root, std::nullopt);
+    MadeDescription made;
+    if (foreign) {
+        const std::optional<Import> import = importDescription(*foreign, path, session.messages);
+        if (!import)
+            return nullptr;
+        made = madeDescription(*import);
+        options.made = &made;
+    }
     OpeningSink sink(session.messages);
     VMRootArchive *root = loadRoot(session.map, path, chip, sink, options).release(); // the map will own it
     // A file that can't be opened is only a warning of the library, and -q hides it.

@@ -53,6 +53,7 @@ struct Arguments {
     std::vector<std::string> targets;
     std::vector<std::string> lines;
     bool keepsGoing = false;
+    bool update = false;
     std::optional<std::string> imageFile;
     std::string imageAddress;
     std::optional<std::string> timeout;
@@ -98,6 +99,7 @@ Options optionsOf(const Arguments &arguments)
     for (const std::string &line : arguments.lines)
         options.lines += QString::fromStdString(line);
     options.keepsGoing = arguments.keepsGoing;
+    options.update = arguments.update;
     return options;
 }
 
@@ -506,6 +508,26 @@ Command addNew(CLI::App &app, Arguments &arguments)
     return {command, writeNew, false};
 }
 
+Command addImport(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *command = app.add_subcommand("import", "Write a description of what a vendor's file says of a chip");
+    command->add_option("FILE", arguments.source, "a CMSIS-SVD file; - reads the standard input")
+        ->type_name("")
+        ->required();
+    addOutput(*command, arguments, "directory for the description, made if need be");
+    command->add_flag("--update", arguments.update, "keep comments and numbers that were added to an earlier import");
+    command
+        ->add_option("--max-messages", arguments.lint.most, "findings of a kind that are told, 1 if not given; 0: all")
+        ->type_name("N");
+    command->footer("DIR/soc.xml is the root, and DIR/IMPORT.md tells what was changed, approximated or left out.\n"
+                    "Other commands take such a file too, as --chip FILE.\n\n"
+                    "Examples:\n"
+                    "  veldmap import chip.svd -o chip\n"
+                    "  veldmap import chip-1.1.svd -o chip --update\n"
+                    "  veldmap headers --chip chip.svd -o include");
+    return {command, importFile, false};
+}
+
 Command addEncrypt(CLI::App &app, Arguments &arguments)
 {
     CLI::App *command = app.add_subcommand("encrypt", "Write a description as an encrypted container");
@@ -677,6 +699,7 @@ int runCommandLine(int argc, char **argv, Session &session)
         addEval(app, arguments),     //
         addRules(app, arguments),    //
         addNew(app, arguments),      //
+        addImport(app, arguments),   //
         addEncrypt(app, arguments),  //
     };
     for (const Command &command : commands) {

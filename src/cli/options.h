@@ -46,6 +46,7 @@ struct Options {
     bool single = false;
     bool exact = false;    ///< a container without digest
     bool accepted = false; ///< packages that VHDL takes
+    bool update = false;   ///< keeps what was added to an import
     LintOptions lint;
     OutputSettings output;
     int threads = 1; ///< how many make the text of files

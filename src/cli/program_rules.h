@@ -74,6 +74,9 @@ inline constexpr Rule kOutput = {"output-unwritable"_L1, Severity::Error, u"The 
 inline constexpr Rule kThereAlready = {"there-already"_L1, Severity::Error, u"%1 is there already and stays as it is."};
 inline constexpr Rule kScriptUnreadable = {"script-unreadable"_L1, Severity::Error, u"%1 can't be read: %2"};
 inline constexpr Rule kHint = {"hint"_L1, Severity::Note, u"%1"};
+inline constexpr Rule kImportThere = {"import-there"_L1, Severity::Error,
+                                      u"%1 is there already and differs; nothing is written.",
+                                      u"--update keeps what was added to an import, another directory leaves it alone"};
 inline constexpr Rule kNewUnwritable = {"new-unwritable"_L1, Severity::Error, u"%1 can't be written: %2"};
 inline constexpr Rule kDevelopmentKey = {
     "development-key"_L1, Severity::Warning,

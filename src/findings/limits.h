@@ -68,4 +68,14 @@ constexpr qsizetype kPositionCharacters = 512;
 /// Bitfields of one valuable. A word has 32 bits; views of it may overlap.
 constexpr std::size_t kBitFields = 256;
 
+/// Registers, fields and values of one vendor's file, with those that it derives and repeats. The largest chips have some
+/// 200,000; each takes about 300 bytes.
+constexpr qint64 kImportedParts = 2'000'000;
+
+/// Clusters in clusters of a vendor's file, and what is derived from what is derived. Real ones go about four deep.
+constexpr int kImportedDepth = 64;
+
+/// Characters of a text in a vendor's file that are taken over.
+constexpr qsizetype kImportedTextCharacters = 64 * 1024;
+
 } // namespace veldmap::limits

@@ -2,6 +2,8 @@
 
 #include "import/device.h"
 
+#include <veldmap/veldmap_export.h>
+
 #include <QByteArray>
 #include <QList>
 
@@ -20,6 +22,6 @@ struct WrittenFile {
 /// The description of \a device as a person would write it: the root "soc.xml" first, the files of peripherals in
 /// "periph", and what they share in "common". \a sink hears what was changed, approximated and left out, in the order
 /// of the source, with places in it. Equal devices give equal files.
-std::vector<WrittenFile> writeDescription(const chip::Device &device, Sink &sink);
+VELDMAP_EXPORT std::vector<WrittenFile> writeDescription(const chip::Device &device, Sink &sink);
 
 } // namespace veldmap

@@ -184,6 +184,10 @@ private:
     bool takeSharedComment(const Tag &child, QString &comment);
     QString sharedOnlyComment(const Tag &tag) { return m_builder.texts().of(readOnlyComment(tag)); }
 
+    /// The name of the description \a relativeFile below \a basePath in places.
+    SourceFile fileOf(const QString &basePath, const QString &relativeFile) const;
+    /// The place of \a tag for what is wrong with it.
+    Place placeOf(const Tag &tag, const VMXMLArchive &archive) const;
     /// The place of \a tag for what is made of it.
     SourcePlace sourceOf(const Tag &tag) const;
 
@@ -192,6 +196,7 @@ private:
     Sink &m_sink;
     DocumentListener *m_listener = nullptr;
     SourceFile m_file;     ///< that is being read
+    QString m_shownAs;     ///< the file that its places are in, empty for itself
     SourcePlace m_include; ///< the tag by which it is included, null for the root
     int m_includeDepth = 0;
     bool m_outlines = false;

@@ -65,6 +65,7 @@ VMXMLArchive *ArchiveReader::readFile(const FileName &name, bool isMandatory, XM
 VMXMLArchive *ArchiveReader::readDocument(const DescriptionFile &file, const FileName &name, XMDOpenError &status)
 {
     status = XMDOpenInvalid;
+    const QScopedValueRollback shown(m_shownAs, file.shownAs);
     if (const Refusal refused = countFile(file, name)) {
         tell(*refused.rule, {name.path}, refused.arguments);
         m_goesOn = false;
@@ -72,7 +73,7 @@ VMXMLArchive *ArchiveReader::readDocument(const DescriptionFile &file, const Fil
         return nullptr;
     }
     if (m_listener)
-        m_listener->onDocument(file.document, sourceFileOf(name.basePath, name.relativeFile).name(), file.study.get());
+        m_listener->onDocument(file.document, fileOf(name.basePath, name.relativeFile).name(), file.study.get());
     const Tag tag = file.document.root();
     if (tag.name() == "bigarchive"_L1)
         return readBigArchive(tag, name, status);
@@ -122,7 +123,7 @@ VMXMLArchive *ArchiveReader::readBigArchive(const Tag &tag, const FileName &name
 VMXMLArchive *ArchiveReader::readBareModule(const Tag &tag, const FileName &name, XMDOpenError &status)
 {
     tell(rules::oldFormat, {name.path});
-    const QScopedValueRollback file(m_file, sourceFileOf(name.basePath, name.relativeFile));
+    const QScopedValueRollback file(m_file, fileOf(name.basePath, name.relativeFile));
     VMXMLArchive &archive = m_builder.addArchive(name.relativeFile, name.basePath);
     archive.source = sourceOf(tag);
     if (!readType(tag, archive)) {
@@ -136,7 +137,7 @@ VMXMLArchive *ArchiveReader::readBareModule(const Tag &tag, const FileName &name
 
 VMXMLArchive *ArchiveReader::readArchive(const Tag &tag, const QString &relativeFile, const QString &basePath)
 {
-    const QScopedValueRollback file(m_file, sourceFileOf(basePath, relativeFile));
+    const QScopedValueRollback file(m_file, fileOf(basePath, relativeFile));
     const QString relative = readText(tag, u"relative");
     VMXMLArchive &archive = m_builder.addArchive(relative.isEmpty() ? relativeFile : relative, basePath);
     archive.source = sourceOf(tag);
@@ -220,7 +221,7 @@ bool ArchiveReader::checkName(const Tag &tag, const VMXMLArchive &archive)
 bool ArchiveReader::fail(const Tag &tag, const VMXMLArchive &archive, const Rule &rule, const QStringList &arguments)
 {
     m_hasFailed = true;
-    tell(rule, {archive.getTotalPath(), tag.lineNumber(), tag.columnNumber()}, arguments);
+    tell(rule, placeOf(tag, archive), arguments);
     return false;
 }
 
@@ -236,7 +237,7 @@ bool ArchiveReader::failEvaluation(const Tag &tag, const VMXMLArchive &archive, 
     if (!result.wrong.unknownName.isEmpty() && follows(result.wrong.unknownName))
         return false;
     m_hasFailed = true;
-    Finding finding(rule, {archive.getTotalPath(), tag.lineNumber(), tag.columnNumber()}, arguments);
+    Finding finding(rule, placeOf(tag, archive), arguments);
     finding.note = result.reason;
     finding.expression = result.wrong;
     tell(finding);
@@ -322,6 +323,16 @@ bool ArchiveReader::takeSharedComment(const Tag &child, QString &comment)
         return false;
     comment = m_builder.texts().of(std::move(comment));
     return true;
+}
+
+SourceFile ArchiveReader::fileOf(const QString &basePath, const QString &relativeFile) const
+{
+    return m_shownAs.isEmpty() ? sourceFileOf(basePath, relativeFile) : SourceFile(m_shownAs);
+}
+
+Place ArchiveReader::placeOf(const Tag &tag, const VMXMLArchive &archive) const
+{
+    return {m_shownAs.isEmpty() ? archive.getTotalPath() : m_shownAs, tag.lineNumber(), tag.columnNumber()};
 }
 
 SourcePlace ArchiveReader::sourceOf(const Tag &tag) const

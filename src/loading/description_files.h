@@ -37,6 +37,7 @@ struct DescriptionFile {
     TagDocument document;                 ///< with status 0
     qint64 bytes = 0;                     ///< of the file
     FindingList told;                     ///< what reading it had to say
+    QString shownAs = {};                 ///< the file that the places of its tags are in, empty for itself
     std::unique_ptr<DocumentStudy> study; ///< of who listens, if it was read ahead
 };
 

@@ -3,6 +3,7 @@
 #include <veldmap/veldmap_export.h>
 
 #include <QByteArray>
+#include <QList>
 #include <QString>
 #include <QStringList>
 
@@ -23,11 +24,28 @@ struct ReadFiles {
     QStringList missing; ///< that could not be opened
 };
 
+/// A description that was made of a file of another format, whose places it has.
+struct MadeDescription {
+    /// Of a line, the line and column of what it was made of.
+    struct SourcePosition {
+        int line = 0;
+        int column = 0;
+    };
+    struct File {
+        QString path; ///< below the directory of the root
+        QByteArray text;
+        QList<SourcePosition> lines; ///< for each line of the text
+    };
+
+    QList<File> files; ///< the root first
+};
+
 /// What a load is asked for beside its root.
 struct LoadOptions {
     int threads = 1;                       ///< with more than one, the others read files ahead
     DocumentListener *documents = nullptr; ///< sees each document before its tags are read; not owned
     std::optional<QByteArray> root = {};   ///< what the root file holds, if it is not to be read from its path
+    const MadeDescription *made = nullptr; ///< loaded in place of what the root file holds; not owned
     bool outlinesInstances = false;        ///< instances of structures are VMStruct::outlineOf() their types, which is
                                            ///< all that lint, headers and packages ask of them
     bool goesOn = false;        ///< tells of all faults, not of the first alone; it loads nothing all the same

@@ -12,6 +12,7 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -39,6 +40,45 @@ private:
     std::unique_ptr<DescriptionFiles> m_others;
 };
 
+/// The files of a description that was made of the file at a path; there are no others.
+class MadeFiles final : public DescriptionFiles {
+public:
+    MadeFiles(const QString &source, const MadeDescription &made, ReadFiles *noted)
+        : m_source(source), m_directory(QFileInfo(source).absolutePath()), m_made(made)
+    {
+        if (noted)
+            noted->read += source;
+    }
+
+    std::unique_ptr<DescriptionFile> read(const FileName &name) override
+    {
+        const auto isMeant = [&](const MadeDescription::File &file) {
+            return QDir::cleanPath(m_directory + u'/' + file.path) == name.path;
+        };
+        const auto isRoot = name.path == m_source;
+        const auto found = isRoot ? m_made.files.begin() : std::ranges::find_if(m_made.files, isMeant);
+        if (found == m_made.files.end()) {
+            auto missing = std::make_unique<DescriptionFile>();
+            missing->status = XMDOpenUnreadable;
+            return missing;
+        }
+        std::unique_ptr<DescriptionFile> file = readDescription(m_source, found->text);
+        if (!isRoot)
+            file->told = {};
+        file->shownAs = m_source;
+        file->document.movePlaces([&](int line) -> std::pair<int, int> {
+            const MadeDescription::SourcePosition position = found->lines.value(line - 1);
+            return {position.line, position.column};
+        });
+        return file;
+    }
+
+private:
+    QString m_source;
+    QString m_directory;
+    const MadeDescription &m_made;
+};
+
 /// Notes what a load reads.
 class NotedFiles final : public DescriptionFiles {
 public:
@@ -58,6 +98,8 @@ private:
 
 std::unique_ptr<DescriptionFiles> filesFor(const QString &path, const LoadOptions &options)
 {
+    if (options.made)
+        return std::make_unique<MadeFiles>(path, *options.made, options.files);
     std::unique_ptr<DescriptionFiles> files = options.threads > 1
                                                   ? std::make_unique<ReadAhead>(options.threads - 1, options.documents)
                                                   : std::make_unique<DescriptionFiles>();

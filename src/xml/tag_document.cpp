@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <tuple>
 
 using namespace Qt::StringLiterals;
 
@@ -61,6 +62,14 @@ TagDocument::Error TagDocument::read(const QByteArray &bytes)
 Tag TagDocument::root() const
 {
     return {*this, m_nodes.empty() ? kNone : 0};
+}
+
+void TagDocument::movePlaces(const std::function<std::pair<int, int>(int line)> &placeOf)
+{
+    for (Node &node : m_nodes) {
+        if (node.kind == Kind::Element)
+            std::tie(node.line, node.column) = placeOf(node.line);
+    }
 }
 
 int TagDocument::appendNode(Kind kind, QStringView name, QStringView text)
@@ -184,6 +193,27 @@ QStringView Tag::plainText() const
     const bool isPlain = only && only->kind == TagDocument::Kind::Text && only->nextSibling == TagDocument::kNone &&
                          node().attributeCount == 0;
     return isPlain ? only->text : QStringView();
+}
+
+QString Tag::allText() const
+{
+    const QStringView plain = plainText();
+    if (!plain.isNull())
+        return plain.toString();
+    QString text;
+    appendTextBelow(m_node, text);
+    return text;
+}
+
+void Tag::appendTextBelow(int index, QString &text) const
+{
+    using Kind = TagDocument::Kind;
+    for (const TagDocument::Node *item = nodeAt(nodeAt(index)->firstChild); item; item = nodeAt(item->nextSibling)) {
+        if (item->kind == Kind::Text || item->kind == Kind::CData)
+            text += item->text;
+        else if (item->kind == Kind::Element)
+            appendTextBelow(static_cast<int>(item - nodeAt(0)), text);
+    }
 }
 
 // The serialised form of an element: a line feed stands behind each start or end tag that no text follows.

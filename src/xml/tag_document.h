@@ -6,8 +6,10 @@
 #include <QByteArray>
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <span>
+#include <utility>
 #include <vector>
 
 class QDomElement;
@@ -54,6 +56,9 @@ public:
 
     /// The document element.
     Tag root() const;
+
+    /// Gives each tag the place that \a placeOf has, line and column, for the line in which it stands.
+    void movePlaces(const std::function<std::pair<int, int>(int line)> &placeOf);
 
     struct Attribute {
         QStringView name;
@@ -148,6 +153,8 @@ public:
     bool isAll(bool (*isFine)(QStringView text)) const { return isAllBelow(m_node, isFine); }
     /// The text of a tag that holds one run of text and has no attributes; null for any other.
     QStringView plainText() const;
+    /// All text in the tag and below it as it is meant, without tags and notes.
+    QString allText() const;
     /// What stands between the start and the end tag as serialized() has it, on one line: blanks and line ends in a row
     /// are one blank, those at the ends none. A tag "<br/>" is "<br>". Null for a tag with attributes, or with anything
     /// but texts and such tags inside.
@@ -166,6 +173,7 @@ private:
     bool isAllBelow(int index, bool (*isFine)(QStringView text)) const;
     void appendSerialized(int index, QString &text) const;
     void appendElement(const TagDocument::Node &element, QString &text) const;
+    void appendTextBelow(int index, QString &text) const;
 
     const TagDocument *m_document;
     int m_node;
