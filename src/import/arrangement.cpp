@@ -278,6 +278,8 @@ public:
         Members settled = settle(std::move(members));
         Arrangement arrangement;
         arrangement.views = viewsOf(std::move(settled));
+        for (Members &view : arrangement.views)
+            nameApart(view);
         for (const Member &member : arrangement.views.front()) {
             arrangement.bytes = std::max(arrangement.bytes, extentOf(member));
             arrangement.alignment = std::max(arrangement.alignment, member.alignment);
@@ -534,6 +536,21 @@ private:
             one.offset += member.offset;
             one.isAlternate = member.isAlternate;
             to.push_back(std::move(one));
+        }
+    }
+
+    /// Gives the structures that were made other names than those that were there.
+    static void nameApart(Members &members)
+    {
+        const auto isMade = [](const Member &member) { return member.prefix == "%"_L1; };
+        UsedNames names;
+        for (const Member &member : members) {
+            if (!isMade(member))
+                names.unique(member.name);
+        }
+        for (Member &member : members) {
+            if (isMade(member))
+                member.name = names.unique(names.contains(member.name) ? member.name + "_SET"_L1 : member.name);
         }
     }
 

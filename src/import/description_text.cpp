@@ -41,15 +41,18 @@ QString tagOf(const Member &member)
 /// How a value of a field is written: as a person counts bits where it is more than a few.
 QString valueText(quint64 value)
 {
-    return QString::number(value);
+    constexpr quint64 kDecimal = 0x7FFFFFFF; // that expressions read
+    return value > kDecimal ? "0x"_L1 + QString::number(value, 16).toUpper() : QString::number(value);
 }
 
 } // namespace
 
-DescriptionText::DescriptionText(const QString &path)
+DescriptionText::DescriptionText(const QString &path, const QString &allowed)
 {
     m_file.path = path;
     line(0, u"<?xml version=\"1.0\" encoding=\"UTF-8\"?>"_s);
+    if (!allowed.isEmpty())
+        allow(0, allowed);
     line(0, u"<archive>"_s);
 }
 
@@ -61,14 +64,38 @@ void DescriptionText::line(int level, const QString &text, const chip::At &at)
 
 void DescriptionText::comment(int level, const QString &markup, const chip::At &at)
 {
-    if (!markup.isEmpty())
-        line(level, "<comment>"_L1 + markup + "</comment>"_L1, at);
+    if (markup.isEmpty())
+        return;
+    // A long one is broken between words, which makes no difference to what it says.
+    constexpr qsizetype kEnd = 10; // of "</comment>"
+    QString text = u"<comment>"_s;
+    bool isFirst = true;
+    for (const QStringView word : QStringView(markup).split(u' ')) {
+        if (!isFirst && 2 * level + text.size() + 1 + word.size() + kEnd > kColumns) {
+            line(level, text, at);
+            text = u"  "_s + word.toString();
+        } else {
+            if (!isFirst)
+                text += u' ';
+            text += word;
+        }
+        isFirst = false;
+    }
+    line(level, text + "</comment>"_L1, at);
+}
+
+void DescriptionText::allow(int level, const QString &rules)
+{
+    line(level, "<!-- veldmap: allow "_L1 + rules + " -->"_L1);
 }
 
 void DescriptionText::includes(const QStringList &files)
 {
-    for (const QString &file : files)
+    for (const QString &file : files) {
+        if (file == kInterruptsFile)
+            allow(1, u"unused-file"_s);
         line(1, "<include"_L1 + attribute("file"_L1, file) + "/>"_L1);
+    }
 }
 
 void DescriptionText::tag(int level, const QString &name, const QString &attributes, const QString &markup,
@@ -118,23 +145,36 @@ void DescriptionText::module(const Type &type, const QHash<quint32, QString> &co
 void DescriptionText::members(const std::vector<Member> &members, int level, const QHash<quint32, QString> &counts,
                               quint64 end)
 {
+    int alignment = 1;
+    quint64 last = end;
+    for (const Member &one : members) {
+        alignment = std::max(alignment, one.alignment);
+        last = std::max(last, one.end());
+    }
+    // In C a hole of words is one of words, which may ask for more than the members do.
+    const int unit = level > 2 || last % 4 != 0 ? alignment : 4;
     quint64 at = 0;
     for (const Member &one : members) {
         // What the language leaves out by itself needs no hole.
         if (roundedUp(at, one.alignment) != one.offset)
-            hole(one.offset - at, level);
+            hole(one.offset - at, at, unit, level);
         member(one, level, counts);
         at = one.offset + (one.count > 0 ? one.count * one.step : one.bytes);
     }
-    int alignment = 1;
-    for (const Member &one : members)
-        alignment = std::max(alignment, one.alignment);
     if (end > roundedUp(at, alignment))
-        hole(end - at, level);
+        hole(end - at, at, unit, level);
 }
 
-void DescriptionText::hole(quint64 bytes, int level)
+void DescriptionText::hole(quint64 bytes, quint64 at, int unit, int level)
 {
+    for (const int larger : {4, 2}) {
+        if (larger <= unit || bytes % quint64(larger) != 0 || at % quint64(larger) != 0)
+            continue;
+        if (bytes > quint64(unit))
+            hole(bytes - quint64(unit), at, unit, level);
+        bytes = quint64(unit);
+        break;
+    }
     constexpr quint64 kMost = quint64(std::numeric_limits<int>::max()) / 32 * 4; // whole words
     for (; bytes > 0; bytes -= std::min(bytes, kMost)) {
         const quint64 one = std::min(bytes, kMost);
@@ -177,7 +217,7 @@ void DescriptionText::field(const Field &field, int level)
     if (!field.reset.isEmpty())
         attributes += attribute("rst"_L1, field.reset);
     if (field.cut > 0) {
-        attributes += attribute("cut"_L1, QString::number(field.cut)) + attribute("cutprefix"_L1, field.name);
+        attributes += attribute("cut"_L1, QString::number(field.cut)) + attribute("cutprefix"_L1, field.cutPrefix);
         if (field.cutStart > 0)
             attributes += attribute("cutstart"_L1, QString::number(field.cutStart));
     }

@@ -22,7 +22,6 @@ using namespace plan;
 namespace {
 
 const QString kEnumsFile = u"common/enums.xml"_s;
-const QString kInterruptsFile = u"common/interrupts.xml"_s;
 
 QString withoutNumber(QString name)
 {
@@ -249,7 +248,7 @@ private:
             entry.name = names.unique(entry.name);
             numbers.entries.push_back(entry);
         }
-        DescriptionText text(kInterruptsFile);
+        DescriptionText text(kInterruptsFile, u"unused-enum"_s);
         text.comment(1, u"Numbers of the interrupts"_s);
         text.enumeration(numbers);
         return text.finish();
@@ -275,18 +274,19 @@ private:
             text.enumeration(shared);
         std::vector<std::pair<quint32, QString>> arrays;
         collectArrays(type.members, arrays);
+        constexpr qsizetype kMostNamed = 5;
+        QHash<quint32, QStringList> named; // as many as are shown, and one more
+        for (const auto &[count, name] : arrays) {
+            if (QStringList &names = named[count]; names.size() <= kMostNamed && !names.contains(name))
+                names += name;
+        }
         QHash<quint32, QString> counts;
         for (const auto &[count, name] : arrays) {
-            QStringList of;
-            for (const auto &[other, otherName] : arrays) {
-                if (other == count && !of.contains(otherName))
-                    of += otherName;
-            }
+            const QStringList of = named.value(count);
             if (counts.contains(count) || of.size() < 2)
                 continue;
             const QString variable = m_variables.unique(type.name.toUpper() + "_NB_"_L1 + name.toUpper());
             counts.insert(count, variable);
-            constexpr qsizetype kMostNamed = 5;
             const QString more = of.size() > kMostNamed ? u" and others"_s : QString();
             text.variable(variable, QString::number(count),
                           "number of "_L1 + of.mid(0, kMostNamed).join(", "_L1) + more, type.at);

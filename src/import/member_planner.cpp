@@ -145,7 +145,11 @@ private:
 
     void add(Member member, const QString &name, UsedNames &names, Members &members)
     {
-        member.name = names.unique(cleanName(name));
+        member.name = cleanName(name);
+        // Headers call the address of an instance so.
+        if (member.name == "BASE"_L1 || member.name == "BASE_HI"_L1 || member.name == "BASE_LO"_L1)
+            member.name += "_REG"_L1;
+        member.name = names.unique(member.name);
         if (member.name != name)
             m_told(rules::importName, member.at, {member.path, member.name});
         const bool isHalves = member.kind == Member::Kind::Structure && member.prefix == "64"_L1;
@@ -467,6 +471,9 @@ private:
             return fields;
         const bool isDown = fields.front().lowest > fields.back().lowest;
         std::vector<Field> result;
+        UsedNames taken;
+        for (const Field &field : fields)
+            taken.unique(field.name);
         for (std::size_t at = 0; at < fields.size();) {
             const std::size_t count = piecesAt(fields, at, isDown);
             if (count < kFewest) {
@@ -477,20 +484,21 @@ private:
             Field whole = fields[first];
             const NumberedName name = *numberedName(whole.name, true);
             NumberedText comment(whole.comment, name.number);
-            for (std::size_t piece = 0; piece < count; ++piece)
+            for (std::size_t piece = 1; piece < count; ++piece)
                 comment.accepts(fields[isDown ? first - piece : first + piece].comment, uint(name.number + piece));
             whole.name = cleanName(name.prefix);
             whole.comment = comment.general(u"n");
             whole.cut = whole.width;
             whole.cutStart = name.number;
             whole.width *= int(count);
-            const auto hasName = [&](const Field &other) {
-                return other.name.compare(whole.name, Qt::CaseInsensitive) == 0;
-            };
-            if (std::ranges::any_of(fields, hasName)) {
-                for (std::size_t piece = 0; piece < count; ++piece)
-                    result.push_back(fields[at + piece]);
+            whole.cutPrefix = whole.name;
+            // Rows of pieces that go on elsewhere have one prefix.
+            if (taken.contains(whole.name))
+                whole.name += "_FROM_"_L1 + QString::number(name.number);
+            if (taken.contains(whole.name)) {
+                result.insert(result.end(), fields.begin() + qsizetype(at), fields.begin() + qsizetype(at + count));
             } else {
+                taken.unique(whole.name);
                 m_told(rules::importCut, whole.at, {whole.path, QString::number(count - 1), whole.name});
                 result.push_back(std::move(whole));
             }
@@ -559,7 +567,7 @@ private:
             return view.members.size() == 1 && view.members[0].kind == Member::Kind::Structure &&
                    view.members[0].count == 0;
         };
-        const bool areClusters = std::ranges::all_of(views, isCluster);
+        const bool areClusters = isCluster(views[0]) && isCluster(views[1]);
         const QString over = views[0].members[0].path;
         UsedNames names;
         for (std::size_t at = 0; at < views.size(); ++at) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <veldmap/veldmap_export.h>
+
 #include <QSet>
 #include <QString>
 #include <QStringList>
@@ -11,11 +13,11 @@ namespace veldmap {
 
 /// \a name as an identifier: other characters are underscores, of which none stand at its ends or in a row. Never
 /// empty.
-QString cleanName(const QString &name);
+VELDMAP_EXPORT QString cleanName(const QString &name);
 
 /// \a text on one line, with its first letter in upper case; "\n\n" in it is "<br/>", and a text of several sentences
 /// ends like one. The result is markup.
-QString cleanComment(const QString &text);
+VELDMAP_EXPORT QString cleanComment(const QString &text);
 
 /// Names that were given, as headers and packages tell them apart: in upper case.
 class UsedNames {
@@ -38,7 +40,7 @@ struct NumberedName {
 std::optional<NumberedName> numberedName(const QString &name, bool isLast);
 
 /// Texts that are the same but for the number of what they tell of: "Enables channel 3".
-class NumberedText {
+class VELDMAP_EXPORT NumberedText {
 public:
     /// Begins with the text of the one with number \a number.
     NumberedText(const QString &text, uint number);

@@ -34,7 +34,8 @@ struct Field {
     QString linkedEnum; ///< that gives the options, once it is decided
     int cut = 0;        ///< bits of a piece, 0 for a whole field
     uint cutStart = 0;
-    QString path; ///< in the source
+    QString cutPrefix; ///< of the names of pieces
+    QString path;      ///< in the source
     chip::At at;
 };
 

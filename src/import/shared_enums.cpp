@@ -123,7 +123,9 @@ private:
         QString name;
         if (isSame(&Field::enumSource)) {
             name = first.enumSource;
-        } else if (isSame(&Field::name)) {
+            if (name.compare(first.name + "Select"_L1, Qt::CaseInsensitive) == 0)
+                name = first.name; // as some tools call the values of a field
+        } else if (isSame(&Field::name) || first.options.front().name.front().isDigit()) {
             name = first.name;
         } else {
             constexpr std::size_t kMostInName = 3;
@@ -131,11 +133,26 @@ private:
                 name += (at > 0 ? "_"_L1 : ""_L1) + first.options[at].name;
         }
         name = cleanName(name).toLower();
+        const QString type = typeOf(list);
+        if (type.isEmpty() && isCommon && !m_used.contains(name))
+            return name;
         // Entries are names of C, where the macros of fields begin with their module.
-        const QString type = m_types[list.types.front()].name.toLower();
-        if (!isCommon && !name.startsWith(type + u'_'))
-            name = type + u'_' + name;
-        return isCommon || name.endsWith("_e"_L1) ? name : name + "_e"_L1;
+        const QString owner = type.isEmpty() ? m_types[list.types.front()].name.toLower() : type;
+        if (!name.startsWith(owner + u'_'))
+            name = owner + u'_' + name;
+        return name.endsWith("_e"_L1) ? name : name + "_e"_L1;
+    }
+
+    /// What the names of all types of \a list begin with, such as that of a peripheral with several views.
+    QString typeOf(const List &list) const
+    {
+        QString common = m_types[list.types.front()].name.toLower();
+        for (const std::size_t type : list.types) {
+            const QString name = m_types[type].name.toLower();
+            while (!common.isEmpty() && name != common && !name.startsWith(common + u'_'))
+                common = common.contains(u'_') ? common.section(u'_', 0, -2) : QString();
+        }
+        return common;
     }
 
     std::vector<Type> &m_types;
