@@ -61,7 +61,7 @@ _veldmap()
         local files=("${COMPREPLY[@]}") file
         COMPREPLY=()
         for file in "${files[@]}"; do
-            if [[ -d $file || $file == *.xml || $file == *.xmd ]]; then
+            if [[ -d $file || $file == *.xml || $file == *.xmd || $file == *.svd ]]; then
                 COMPREPLY+=("$file")
             fi
         done

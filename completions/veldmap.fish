@@ -13,7 +13,7 @@ function __veldmap_complete
         case :directory
             printf '%s\n' $front(__fish_complete_directories "$rest")
         case :description
-            printf '%s\n' $front(__fish_complete_path "$rest" | string match -r '.*(?:/|\.xml|\.xmd)(?:\t.*)?$')
+            printf '%s\n' $front(__fish_complete_path "$rest" | string match -r '.*(?:/|\.xml|\.xmd|\.svd)(?:\t.*)?$')
         case '*'
             printf '%s\n' $lines
     end

@@ -14,6 +14,7 @@
 #include <QFileInfo>
 #include <QHash>
 
+#include <cerrno>
 #include <filesystem>
 #include <system_error>
 
@@ -23,15 +24,17 @@ namespace veldmap::cli {
 
 namespace {
 
-const QString kReportFile = u"IMPORT.md"_s;
-
 /// The bytes of \a path, "-" for the standard input; nothing, with an error told, when they can't be read.
 std::optional<QByteArray> readSource(const QString &path, Messages &messages)
 {
     QFile file(path);
-    const bool isOpen = path == "-"_L1 ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
-    if (!isOpen || (path != "-"_L1 && QFileInfo(path).isDir())) {
-        messages.tell(rules::kNotLoaded, {path, isOpen ? systemText(EISDIR) : file.errorString()});
+    const bool isInput = path == "-"_L1;
+    if (!isInput && QFileInfo(path).isDir()) {
+        messages.tell(rules::kNotLoaded, {path, systemText(EISDIR)});
+        return std::nullopt;
+    }
+    if (!(isInput ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly))) {
+        messages.tell(rules::kNotLoaded, {path, file.errorString()});
         return std::nullopt;
     }
     QByteArray bytes = readAtMost(file, limits::kDocumentBytes);
@@ -70,12 +73,13 @@ public:
     bool write(Import &import)
     {
         const QString &directory = m_options.outputDirectory;
+        const QByteArray report = importReport(import).toUtf8();
         if (m_options.update)
             keepAdditions(directory, import, m_messages);
         std::vector<std::pair<QString, QByteArray>> files;
         for (const WrittenFile &file : import.files)
             files.emplace_back(directory + u'/' + file.path, file.text);
-        files.emplace_back(directory + u'/' + kReportFile, importReport(import).toUtf8());
+        files.emplace_back(directory + u'/' + kImportReport, report);
         if (!m_options.update && !isFree(files))
             return false;
         for (const auto &[path, content] : files)

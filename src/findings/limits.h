@@ -70,7 +70,7 @@ constexpr std::size_t kBitFields = 256;
 
 /// Registers, fields and values of one vendor's file, with those that it derives and repeats. The largest chips have some
 /// 200,000; each takes about 300 bytes.
-constexpr qint64 kImportedParts = 2'000'000;
+constexpr qint64 kImportedParts = 1'000'000;
 
 /// Clusters in clusters of a vendor's file, and what is derived from what is derived. Real ones go about four deep.
 constexpr int kImportedDepth = 64;

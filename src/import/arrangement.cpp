@@ -522,7 +522,10 @@ private:
                 Member one = member;
                 one.count = 0;
                 one.step = 0;
-                one.name += u'_' + QString::number(at);
+                const QString number = QString::number(at);
+                one.name =
+                    one.prefix.isEmpty() ? one.name + u'_' + number : cleanName(one.prefix + number + one.suffix);
+                one.prefix.clear();
                 one.offset += at * member.step;
                 to.push_back(std::move(one));
             }

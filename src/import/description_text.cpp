@@ -136,10 +136,11 @@ void DescriptionText::enumeration(const SharedEnum &shared)
 void DescriptionText::module(const Type &type, const QHash<quint32, QString> &counts)
 {
     const QString category = type.category.isEmpty() ? QString() : attribute("category"_L1, type.category);
-    line(1, "<module"_L1 + attribute("name"_L1, type.name) + category + u'>', type.at);
+    const QString tag = type.isMemory ? u"typedef"_s : u"module"_s;
+    line(1, u'<' + tag + attribute("name"_L1, type.name) + category + u'>', type.at);
     comment(2, type.comment, type.at);
     members(type.members, 2, counts, 0);
-    line(1, u"</module>"_s, type.at);
+    line(1, "</"_L1 + tag + u'>', type.at);
 }
 
 void DescriptionText::members(const std::vector<Member> &members, int level, const QHash<quint32, QString> &counts,

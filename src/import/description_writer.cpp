@@ -91,7 +91,7 @@ private:
         for (Kind &kind : m_kinds) {
             DescriptionText text({});
             for (const PlannedRegisters::View &view : kind.registers.views)
-                text.module(Type{view.name, {}, {}, view.members, {}, {}}, {});
+                text.module(Type{view.name, {}, {}, false, view.members, {}, {}}, {});
             const QByteArray key = QCryptographicHash::hash(text.finish().text, QCryptographicHash::Sha256);
             const auto known = texts.constFind(key);
             if (kind.registers.views.empty() || known == texts.constEnd()) {
@@ -209,6 +209,7 @@ private:
         type.name = m_typeNames.unique(cleanName(peripheral.name).toLower());
         type.comment = cleanComment(peripheral.comment);
         type.at = peripheral.at;
+        type.isMemory = true;
         type.members = {bytes};
         type.instances = {{cleanName(peripheral.name), (peripheral.address + block->offset) & 0xFFFFFFFF,
                            peripheral.name, peripheral.at}};

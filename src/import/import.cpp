@@ -1,6 +1,7 @@
 #include "import/import.h"
 
 #include "findings/finding.h"
+#include "import/kept_additions.h"
 #include "import/source_format.h"
 
 #include <algorithm>
@@ -83,6 +84,7 @@ std::optional<Import> importDescription(const QByteArray &bytes, const QString &
 
 MadeDescription madeDescription(const Import &import)
 {
+    constexpr qsizetype kHeadLines = 3; // the declaration, perhaps a note, and the archive
     MadeDescription made;
     for (const WrittenFile &file : import.files) {
         MadeDescription::File &to = made.files.emplace_back();
@@ -93,10 +95,12 @@ MadeDescription madeDescription(const Import &import)
         const auto first = std::ranges::find_if(file.sources, [](const chip::At &at) { return at.line > 0; });
         if (first != file.sources.end())
             last = *first;
-        for (const chip::At &at : file.sources) {
-            if (at.line > 0)
-                last = at;
-            to.lines.append({last.line, last.column});
+        for (qsizetype at = 0; at < file.sources.size(); ++at) {
+            if (file.sources[at].line > 0)
+                last = file.sources[at];
+            // Archives that tell of the same place are told apart, since one tag can't be two archives.
+            const bool isArchive = at > 0 && at < kHeadLines;
+            to.lines.append({last.line, last.column + (isArchive ? int(made.files.size()) - 1 : 0)});
         }
     }
     return made;
@@ -117,7 +121,7 @@ QString importReport(const Import &import)
     QString page = u"# Import of "_s + pageText(import.device.name) + u"\n\n"_s;
     const std::vector<Group> groups = groupsOf(import.findings);
     if (groups.empty())
-        return page + u"All that the source says is in this description.\n"_s;
+        return page + u"All that the source says is in this description.\n\n"_s + madeTags(import);
     page += u"What was changed, approximated or left out.\n\n| | | |\n|---:|---|---|\n"_s;
     for (const Group &group : groups)
         page += u"| %1 | [%2](#%2) | %3 |\n"_s.arg(QString::number(group.findings.size()), QString(group.rule->id),
@@ -127,7 +131,7 @@ QString importReport(const Import &import)
         for (const Finding *finding : group.findings)
             page += u"- "_s + pageText(finding->text()) + u'\n';
     }
-    return page;
+    return page + u'\n' + madeTags(import);
 }
 
 } // namespace veldmap

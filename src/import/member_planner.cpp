@@ -112,7 +112,8 @@ private:
         UsedNames names;
         for (const chip::Part &part : parts) {
             const QString path = outer + u'.' + part.name;
-            if (part.repeat.indices.isEmpty()) {
+            const bool isCounted = isArray(part, names);
+            if (part.repeat.indices.isEmpty() || isCounted) {
                 Member member;
                 if (!spend(part, path) || !makeMember(part, path, member))
                     continue;
@@ -120,7 +121,12 @@ private:
                     member.count = part.repeat.count;
                     member.step = part.repeat.step;
                 }
-                add(std::move(member), part.name, names, members);
+                add(std::move(member), isCounted ? cleanName(QString(part.name).remove("%s"_L1)) : part.name, names,
+                    members);
+                if (isCounted) {
+                    members.back().prefix = part.name.section("%s"_L1, 0, 0);
+                    members.back().suffix = part.name.section("%s"_L1, 1);
+                }
                 continue;
             }
             for (qsizetype at = 0; at < part.repeat.indices.size(); ++at) {
@@ -132,6 +138,20 @@ private:
             }
         }
         return members;
+    }
+
+    /// Whether \a part, whose name has an index, is numbered from 0 and may lose it.
+    static bool isArray(const chip::Part &part, const UsedNames &names)
+    {
+        const QStringList &indices = part.repeat.indices;
+        if (indices.size() < 2 || part.name.count("%s"_L1) != 1 || part.repeat.step == 0 ||
+            names.contains(cleanName(QString(part.name).remove("%s"_L1))))
+            return false;
+        for (qsizetype at = 0; at < indices.size(); ++at) {
+            if (indices[at] != QString::number(at))
+                return false;
+        }
+        return true;
     }
 
     bool spend(const chip::Part &part, const QString &path)
@@ -439,9 +459,9 @@ private:
         const QString path = field.path + u'.' + source.name;
         if (source.isDefault) {
             m_told(rules::importDefault, source.at, {path});
-            const QString what = cleanComment(source.comment);
-            field.comment += (field.comment.isEmpty() ? ""_L1 : "<br/>"_L1) + u"Any other value: "_s +
-                             cleanName(source.name) + (what.isEmpty() ? QString() : ", "_L1 + what);
+            const QString what = source.comment.isEmpty() ? QString() : ", "_L1 + source.comment;
+            field.comment += (field.comment.isEmpty() ? ""_L1 : "<br/>"_L1) +
+                             cleanComment(u"Any other value: "_s + cleanName(source.name) + what);
             return;
         }
         if (source.value > onesOf(field.width)) {
@@ -550,8 +570,14 @@ private:
             if (prefix.size() < kShortest || !std::ranges::all_of(members, loses))
                 continue;
             m_told(rules::importPrefix, members.front().at, {path, members.front().name.first(prefix.size())});
-            for (Member &member : members)
-                member.name = member.name.sliced(prefix.size());
+            for (Member &member : members) {
+                const QString rest = member.name.sliced(prefix.size());
+                for (Field &field : member.fields) {
+                    if (field.name == member.name) // over all its bits
+                        field.name = rest;
+                }
+                member.name = rest;
+            }
             return;
         }
     }

@@ -77,6 +77,7 @@ struct Type {
     QString name;
     QString comment;
     QString category;
+    bool isMemory = false; ///< a region of memory and no registers
     std::vector<Member> members;
     std::vector<Instance> instances;
     chip::At at;

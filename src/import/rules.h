@@ -90,4 +90,7 @@ inline constexpr Rule importTwice = {"import-twice"_L1, Severity::Warning,
 inline constexpr Rule importLostAddition = {"import-lost-addition"_L1, Severity::Warning,
                                             u"What stood at '%1' has no place any more: %2"};
 
+inline constexpr Rule importLostFile = {"import-lost-file"_L1, Severity::Warning,
+                                        u"'%1' is no part of the description any more."};
+
 } // namespace veldmap::rules

@@ -2,6 +2,7 @@
 
 #include "findings/limits.h"
 #include "import/import.h"
+#include "import/kept_additions.h"
 #include "import/names.h"
 #include "import/svd_reader.h"
 #include "model/memory_map.h"
@@ -9,10 +10,14 @@
 
 #include "support/loaded.h"
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 using namespace veldmap;
@@ -134,10 +139,10 @@ TEST(Import, TellsWhatItCannotRead)
           "(CMSIS-SVD)."_s}},
         {"<device><name>D</name></device>", {u"chip.svd:1:8:D: it has no peripherals, so nothing is made of it."_s}},
         {deviceWith("<register>" + name + "zero</addressOffset></register>"),
-         {u"chip.svd:2:40:P.R: addressOffset is 'zero', which is no number."_s}},
+         {u"chip.svd:2:39:P.R: addressOffset is 'zero', which is no number."_s}},
         {deviceWith("<register>" + name +
                     "0</addressOffset><dim>1000000000</dim><dimIncrement>4</dimIncrement></register>"),
-         {u"chip.svd:2:62:P.R: dim is 1000000000, and may be 262144 at most."_s}},
+         {u"chip.svd:2:61:P.R: dim is 1000000000, and may be 262144 at most."_s}},
         {deviceWith("<register derivedFrom='S'>" + name +
                     "0</addressOffset></register>\n"
                     "<register derivedFrom='R'><name>S</name><addressOffset>4</addressOffset></register>"),
@@ -145,9 +150,9 @@ TEST(Import, TellsWhatItCannotRead)
           u"chip.svd:2:26:P.S: it is derived from 'S', which is derived from it."_s}},
         {deviceWith("<cluster><name>C</name><addressOffset>0</addressOffset><cluster derivedFrom='P.C'><name>D</name>"
                     "<addressOffset>0</addressOffset></cluster></cluster>"),
-         {u"chip.svd:2:83:P.C.D: it is derived from 'P.C', which is derived from it."_s}},
+         {u"chip.svd:2:82:P.C.D: it is derived from 'P.C', which is derived from it."_s}},
         {deviceWith("<register>" + name + "0</addressOffset><fields><field><name>F</name></field></fields></register>"),
-         {u"chip.svd:2:69:P.R.F: it has no position: bitOffset, lsb or bitRange."_s}},
+         {u"chip.svd:2:71:P.R.F: it has no position: bitOffset, lsb or bitRange."_s}},
     };
     for (const auto &row : rows) {
         const Outcome outcome = outcomeOf(row.bytes);
@@ -175,6 +180,50 @@ TEST(Import, RefusesWhatGrowsBeyondTheLimits)
     EXPECT_FALSE(outcome.import);
     ASSERT_EQ(outcome.refused.findings.size(), 1);
     EXPECT_EQ(outcome.refused.findings.front().rule->id, "import-too-many"_L1);
+}
+
+/// Comments, waivers and numbers of a person stay where they can.
+TEST(Import, KeepsWhatWasAdded)
+{
+    const QTemporaryDir directory;
+    Import import = *outcomeOf(contentOf(kGolden + u"small.svd"_s)).import;
+    const auto write = [&](const QString &name, const QByteArray &content) {
+        const QString path = directory.filePath(name);
+        QDir().mkpath(QFileInfo(path).path());
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(content);
+    };
+    const auto fileOf = [](Import &of, const QString &path) -> WrittenFile & {
+        return *std::ranges::find(of.files, path, &WrittenFile::path);
+    };
+    for (const WrittenFile &file : import.files)
+        write(file.path, file.text);
+    write(u"IMPORT.md"_s, importReport(import).toUtf8());
+    QByteArray edited = fileOf(import, u"periph/uart.xml"_s).text;
+    edited.replace("    <reg8 name=\"DATA\" protect=\"rw\"/>\n",
+                   "    <!-- the one that matters -->\n"
+                   "    <reg8 name=\"DATA\" protect=\"rw\"><comment>What comes in</comment></reg8>\n");
+    edited.replace("      <bits name=\"HALF\"",
+                   "      <!-- veldmap: allow field-no-access -->\n      <bits name=\"HALF\"");
+    edited.replace("  <module ", "  <var name=\"UART_FIFO\" value=\"16\"><comment>mine</comment></var>\n  <module ");
+    write(u"periph/uart.xml"_s, edited);
+
+    FindingList told;
+    Import again = *outcomeOf(contentOf(kGolden + u"small.svd"_s)).import;
+    keepAdditions(directory.path(), again, told);
+    EXPECT_EQ(fileOf(again, u"periph/uart.xml"_s).text.toStdString(), edited.toStdString());
+    EXPECT_EQ(fileOf(again, u"soc.xml"_s).text, fileOf(import, u"soc.xml"_s).text);
+    EXPECT_EQ(textsOf(told), QStringList());
+
+    QByteArray changed = contentOf(kGolden + u"small.svd"_s);
+    changed.replace("<name>HALF</name>", "<name>WHOLE</name>");
+    again = *outcomeOf(changed).import;
+    keepAdditions(directory.path(), again, told);
+    EXPECT_EQ(textsOf(told),
+              QStringList{directory.filePath(u"periph/uart.xml"_s) +
+                          u":23:45:What stood at 'module uart/reg32 CTRL/bits HALF' has no place any more: veldmap: "
+                          "allow field-no-access"_s});
 }
 
 /// Cut and damaged files are refused, or make a description that loads.
