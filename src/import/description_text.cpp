@@ -17,7 +17,14 @@ constexpr int kColumns = 120;
 
 QString attribute(QLatin1StringView name, const QString &value)
 {
-    return u' ' + name + "=\""_L1 + encodedText(value, true) + u'"';
+    QString text;
+    text.reserve(name.size() + value.size() + 4);
+    text += u' ';
+    text += name;
+    text += "=\""_L1;
+    text += encodedText(value, true);
+    text += u'"';
+    return text;
 }
 
 quint64 roundedUp(quint64 bytes, int alignment)
@@ -58,7 +65,9 @@ DescriptionText::DescriptionText(const QString &path, const QString &allowed)
 
 void DescriptionText::line(int level, const QString &text, const chip::At &at)
 {
-    m_file.text += QByteArray(2 * level, ' ') + text.toUtf8() + '\n';
+    m_file.text.append(2 * level, ' ');
+    m_file.text += text.toUtf8();
+    m_file.text += '\n';
     m_file.sources.append(at);
 }
 
@@ -66,6 +75,11 @@ void DescriptionText::comment(int level, const QString &markup, const chip::At &
 {
     if (markup.isEmpty())
         return;
+    constexpr qsizetype kTags = 19; // "<comment>" and "</comment>"
+    if (2 * level + markup.size() + kTags <= kColumns) {
+        line(level, "<comment>"_L1 + markup + "</comment>"_L1, at);
+        return;
+    }
     // A long one is broken between words, which makes no difference to what it says.
     constexpr qsizetype kEnd = 10; // of "</comment>"
     QString text = u"<comment>"_s;

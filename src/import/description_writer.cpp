@@ -83,12 +83,31 @@ private:
         mergeKinds();
     }
 
+    /// A number that is the same for kinds that are written the same.
+    static quint64 sizeOf(const Kind &kind)
+    {
+        quint64 size = kind.registers.views.size();
+        for (const PlannedRegisters::View &view : kind.registers.views) {
+            for (const Member &member : view.members)
+                size = size * 31 + member.end() * 7 + member.fields.size();
+        }
+        return size;
+    }
+
     /// Makes one of kinds whose registers are written the same.
     void mergeKinds()
     {
+        // Most can't be the same, since they hold more or less.
+        QHash<quint64, int> sizes;
+        for (const Kind &kind : m_kinds)
+            ++sizes[sizeOf(kind)];
         QHash<QByteArray, std::size_t> texts;
         std::vector<Kind> merged;
         for (Kind &kind : m_kinds) {
+            if (sizes.value(sizeOf(kind)) == 1) {
+                merged.push_back(std::move(kind));
+                continue;
+            }
             DescriptionText text({});
             for (const PlannedRegisters::View &view : kind.registers.views)
                 text.module(Type{view.name, {}, {}, false, view.members, {}, {}}, {});

@@ -41,7 +41,11 @@ public:
         int level = 0;
     };
 
-    explicit TagPaths(const TagDocument &document) { add(document.root(), {}, 0); }
+    /// Of tags no deeper than \a depth.
+    explicit TagPaths(const TagDocument &document, int depth = limits::kTagDepth) : m_depth(depth)
+    {
+        add(document.root(), {}, 0);
+    }
 
     const std::vector<Entry> &entries() const { return m_entries; }
     const Entry *find(const QString &path) const
@@ -69,11 +73,12 @@ private:
         for (const Tag &child : ChildTags(tag)) {
             if (child.name() == "comment"_L1)
                 m_entries[at].comment = readComment(child);
-            else
+            else if (level < m_depth)
                 add(child, path, level + 1);
         }
     }
 
+    int m_depth;
     std::vector<Entry> m_entries;
     QHash<QString, std::size_t> m_byPath;
     QHash<int, std::size_t> m_byNumber;
@@ -277,7 +282,7 @@ QString madeTags(const Import &import)
         TagDocument document;
         if (document.read(file.text))
             continue;
-        const TagPaths paths(document);
+        const TagPaths paths(document, 1);
         for (const TagPaths::Entry &entry : paths.entries()) {
             if (entry.level == 1)
                 text += file.path + u' ' + entry.path + u'\n';

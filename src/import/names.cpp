@@ -3,6 +3,8 @@
 #include "text/names.h"
 #include "xml/tag_document.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace veldmap {
@@ -17,42 +19,40 @@ bool isDigit(QChar c)
 /// Runs of digits and of other characters in turn; the first one is never a number.
 QStringList wordsOf(const QString &text)
 {
-    QStringList words = {QString()};
+    QStringList words;
+    qsizetype begin = 0;
     bool inNumber = false;
-    for (const QChar c : text) {
-        if (isDigit(c) != inNumber) {
-            words += QString();
-            inNumber = !inNumber;
-        }
-        words.last() += c;
+    for (qsizetype at = 0; at < text.size(); ++at) {
+        if (isDigit(text[at]) == inNumber)
+            continue;
+        words += text.sliced(begin, at - begin);
+        begin = at;
+        inNumber = !inNumber;
     }
-    return words;
+    return words += text.sliced(begin);
 }
 
-} // namespace
+/// What stands for the end of a paragraph until the text is markup.
+constexpr QChar kParagraph = QChar(0x1D);
 
-QString cleanName(const QString &name)
+/// Whether \a text stands on one line, without a blank too many or a character that is not for a comment.
+bool isTidy(QStringView text)
 {
-    QString clean;
-    for (const QChar c : name) {
-        const bool isFine = isNameCharacter(c) && c != u'_';
-        if (isFine)
-            clean += c;
-        else if (!clean.isEmpty() && !clean.endsWith(u'_'))
-            clean += u'_';
+    QChar last = u' ';
+    for (const QChar c : text) {
+        if (c < u' ' || c > u'~' || c == u'\\' || (c == u' ' && last == u' '))
+            return false;
+        last = c;
     }
-    while (clean.endsWith(u'_'))
-        clean.chop(1);
-    if (clean.isEmpty())
-        return u"unnamed"_s;
-    return isDigit(clean[0]) ? u'N' + clean : clean;
+    return text.isEmpty() || last != u' ';
 }
 
-QString cleanComment(const QString &text)
+/// \a text on one line.
+QString onOneLine(const QString &text)
 {
     // Tools for such files write "\n" where a line of the manual ends, and twice where a paragraph does.
-    static const QString kParagraph = QString(QChar(0x1D));
     QString line;
+    line.reserve(text.size() + 1);
     int breaks = 0;
     bool isParted = false;
     for (qsizetype at = 0; at < text.size(); ++at) {
@@ -74,6 +74,12 @@ QString cleanComment(const QString &text)
         isParted = false;
         line += c;
     }
+    return line;
+}
+
+/// \a line as a comment.
+QString markupOf(QString line)
+{
     for (const QString &made : {u"Description cluster"_s, u"Description collection"_s}) {
         if (!line.startsWith(made))
             continue;
@@ -93,6 +99,35 @@ QString cleanComment(const QString &text)
     if (hasSentences && !isEnded)
         line += u'.';
     return encodedText(line, false).replace(kParagraph, "<br/>"_L1);
+}
+
+} // namespace
+
+QString cleanName(const QString &name)
+{
+    const auto isFirstFine = [&] { return !name.isEmpty() && !isDigit(name.front()) && name.front() != u'_'; };
+    const auto isOneOf = [](QChar c) { return isNameCharacter(c); };
+    if (isFirstFine() && !name.endsWith(u'_') && !name.contains("__"_L1) && std::ranges::all_of(name, isOneOf))
+        return name;
+    QString clean;
+    for (const QChar c : name) {
+        const bool isFine = isNameCharacter(c) && c != u'_';
+        if (isFine)
+            clean += c;
+        else if (!clean.isEmpty() && !clean.endsWith(u'_'))
+            clean += u'_';
+    }
+    while (clean.endsWith(u'_'))
+        clean.chop(1);
+    if (clean.isEmpty())
+        return u"unnamed"_s;
+    return isDigit(clean[0]) ? u'N' + clean : clean;
+}
+
+QString cleanComment(const QString &text)
+{
+    const QString line = isTidy(text) ? text : onOneLine(text);
+    return markupOf(line);
 }
 
 QString UsedNames::unique(const QString &name)

@@ -14,7 +14,7 @@ namespace veldmap {
 namespace {
 
 constexpr SourceFormat kFormats[] = {
-    {"CMSIS-SVD"_L1, "device"_L1, readSvd},
+    {"CMSIS-SVD"_L1, "device"_L1, false, readSvd},
 };
 
 /// The name of the first tag in \a bytes without its prefix; empty when there is none. Passes over what may stand in
@@ -39,6 +39,20 @@ QByteArrayView rootNameOf(QByteArrayView bytes)
             break;
     }
     return {};
+}
+
+/// \a bytes without prefixes in the first tag, which the fast reader of documents leaves to the other one: underscores
+/// are in the place of colons. Only names are in question, so values may change too.
+QByteArray withoutPrefixes(QByteArray bytes)
+{
+    const QByteArrayView name = rootNameOf(bytes);
+    if (name.isEmpty())
+        return bytes;
+    for (qsizetype at = name.data() + name.size() - bytes.constData(); at < bytes.size() && bytes[at] != '>'; ++at) {
+        if (bytes[at] == ':')
+            bytes[at] = '_';
+    }
+    return bytes;
 }
 
 QString rootNames()
@@ -66,13 +80,14 @@ const SourceFormat *sourceFormatOf(const QByteArray &bytes)
 
 std::unique_ptr<chip::Device> readDevice(const QByteArray &bytes, const QString &file, Sink &sink)
 {
+    const SourceFormat *format = sourceFormatOf(bytes);
     TagDocument document;
-    if (const TagDocument::Error error = document.read(bytes)) {
+    if (const TagDocument::Error error =
+            document.read(format && !format->usesPrefixes ? withoutPrefixes(bytes) : bytes)) {
         sink.take(Finding(*error.refusal.rule, {file, error.line, error.column}, error.refusal.arguments));
         return nullptr;
     }
     const Tag root = document.root();
-    const SourceFormat *format = sourceFormatOf(bytes);
     if (!format) {
         sink.take(Finding(rules::importUnknownFormat, {file, root.lineNumber(), root.columnNumber()},
                           {root.nameAsWritten().toString(), rootNames()}));

@@ -16,6 +16,7 @@ class Tag;
 struct SourceFormat {
     QLatin1StringView name;     ///< as messages call it
     QLatin1StringView rootName; ///< of a document's root, without a prefix
+    bool usesPrefixes;          ///< of names, such as "spirit:name"; else those of the root's attributes mean nothing
     /// The device that \a root tells of, which messages call \a file. Null when it can't be read, with an error told.
     std::unique_ptr<chip::Device> (*read)(const Tag &root, const QString &file, Sink &sink);
 };

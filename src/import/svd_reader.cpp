@@ -252,6 +252,11 @@ public:
         inherit(chain, path, inherited);
         if (const std::optional<Tag> peripherals = child(chain, u"peripherals")) {
             for (const Tag &tag : ChildTags(*peripherals)) {
+                const std::optional<Tag> name = child({tag}, u"name");
+                if (name && tag.name() == "peripheral"_L1 && !m_peripherals.contains(name->plainText().trimmed()))
+                    m_peripherals.insert(name->plainText().trimmed(), tag);
+            }
+            for (const Tag &tag : ChildTags(*peripherals)) {
                 if (tag.name() == "peripheral"_L1 && !isOver())
                     readPeripheral(tag, inherited, *device);
             }
@@ -357,6 +362,18 @@ private:
             inherited.resetMask = *mask;
     }
 
+    /// What \a tag is derived from. Names of peripherals need no look at what is inside them.
+    std::optional<Tag> baseOf(const Tag &tag, QStringView name)
+    {
+        if (tag.name() == "peripheral"_L1) {
+            const auto known = m_peripherals.constFind(name);
+            return known == m_peripherals.constEnd() ? std::nullopt : std::optional(*known);
+        }
+        if (!m_named)
+            m_named = std::make_unique<NamedElements>(m_root);
+        return m_named->find(tag, name);
+    }
+
     /// \a tag and what it is derived from, as far as that can be told.
     Chain chainOf(const Tag &tag, const QString &path)
     {
@@ -365,9 +382,7 @@ private:
             const QStringView name = last.attribute(u"derivedFrom").trimmed();
             if (name.isEmpty())
                 return chain;
-            if (!m_named)
-                m_named = std::make_unique<NamedElements>(m_root);
-            const std::optional<Tag> base = m_named->find(last, name);
+            const std::optional<Tag> base = baseOf(last, name);
             if (!base) {
                 tell(rules::importNoBase, last, {path, name.toString()});
                 return chain;
@@ -808,6 +823,7 @@ private:
     Tag m_root;
     QString m_file;
     Sink &m_sink;
+    QHash<QStringView, Tag> m_peripherals;  // by name, the first of each
     std::unique_ptr<NamedElements> m_named; // made when something is derived
     QSet<int> m_open;                       // numbers of the clusters around
     QHash<int, std::shared_ptr<const Enumeration>> m_enumerations;

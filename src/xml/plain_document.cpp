@@ -372,7 +372,8 @@ private:
                 return {begin, m_at - last.size()};
             }
             const char16_t c = *m_at;
-            if (c < 128 ? kUses[c] == 0 : c >= 0xFFFE)
+            const bool isMarkup = c == u'<' || c == u'&'; // which stand for themselves here
+            if (c < 128 ? kUses[c] == 0 && !isMarkup : c >= 0xFFFE)
                 break;
         }
         return {};
