@@ -7,7 +7,8 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/docsite/pool/ DESTINATION ${share}/v
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/site/assets/ DESTINATION ${share}/veldmap/sitepool COMPONENT program)
 install(FILES ${PROJECT_SOURCE_DIR}/src/headers/types/veldmap/types.h DESTINATION ${share}/veldmap/include/veldmap
         COMPONENT program)
-install(FILES ${PROJECT_SOURCE_DIR}/schema/veldmap.xsd DESTINATION ${share}/veldmap COMPONENT program)
+install(FILES ${PROJECT_SOURCE_DIR}/schema/veldmap.xsd ${PROJECT_SOURCE_DIR}/schema/map.schema.json
+        DESTINATION ${share}/veldmap COMPONENT program)
 if(VELDMAP_BUILD_PROGRAM)
     configure_file(${PROJECT_SOURCE_DIR}/docs/veldmap.1 ${CMAKE_CURRENT_BINARY_DIR}/veldmap.1 @ONLY)
     install(FILES ${CMAKE_CURRENT_BINARY_DIR}/veldmap.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)

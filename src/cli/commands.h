@@ -20,6 +20,7 @@ ExitStatus write(const Options &options, Session &session);
 ExitStatus complete(const Options &options, Session &session);
 ExitStatus eval(const Options &options, Session &session);
 ExitStatus console(const Options &options, Session &session);
+ExitStatus exportMap(const Options &options, Session &session);
 ExitStatus find(const Options &options, Session &session);
 ExitStatus listRules(const Options &options, Session &session);
 ExitStatus writeNew(const Options &options, Session &session);

@@ -4,6 +4,7 @@
 #include "cli/program_rules.h"
 #include "cli/session.h"
 #include "cli/word_completion.h"
+#include "export/exports.h"
 #include "files/paths.h"
 #include "text/literals.h"
 #include "text/nearest_name.h"
@@ -38,6 +39,10 @@ struct Arguments {
     std::string source;
     std::string destination;
     std::string format = "text";
+    std::string exportFormat;
+    std::string outputFile = "-";
+    std::string mostOfAKind = "3";
+    bool list = false;
     std::optional<bool> explains;
     bool skipUpToDate = false;
     bool types = false;
@@ -82,6 +87,9 @@ Options optionsOf(const Arguments &arguments)
     options.source = QString::fromStdString(arguments.source);
     options.destination = QString::fromStdString(arguments.destination);
     options.format = QString::fromStdString(arguments.format);
+    options.exportFormat = QString::fromStdString(arguments.exportFormat);
+    options.outputFile = QString::fromStdString(arguments.outputFile);
+    options.list = arguments.list;
     options.skipUpToDate = arguments.skipUpToDate;
     options.types = arguments.types;
     options.accessors = arguments.accessors;
@@ -156,6 +164,19 @@ bool takeThreads(const Arguments &arguments, Options &options, Messages &message
     return true;
 }
 
+/// Reads how many findings of one rule are told into \a options; false, with an error told, when it is no number.
+bool takeMostOfAKind(const Arguments &arguments, Options &options, Messages &messages)
+{
+    const QString text = QString::fromStdString(arguments.mostOfAKind);
+    const std::optional<qint64> number = numberOf(text);
+    if (!number || *number < 0) {
+        messages.tell(rules::kNoFindingNumber, {text});
+        return false;
+    }
+    options.mostOfAKind = *number;
+    return true;
+}
+
 /// The words that a command takes beside its options.
 struct Words {
     QString noun;
@@ -183,13 +204,18 @@ void addOutput(CLI::App &command, Arguments &arguments, const std::string &help)
     command.add_option("-o,--output", arguments.outputDirectory, help)->type_name("DIR")->required();
 }
 
-/// How a command tells its findings.
+/// In which format a command tells its findings.
 void addFormat(CLI::App &command, Arguments &arguments)
 {
     command.add_option("--format", arguments.format, "how findings are told: text, json or sarif")
         ->type_name("FORMAT")
         ->check(CLI::IsMember({"text", "json", "sarif"}))
         ->group("Messages");
+}
+
+/// Whether a command shows where its findings are.
+void addExplain(CLI::App &command, Arguments &arguments)
+{
     const auto explain = [to = &arguments](bool isWanted) {
         return [to, isWanted](std::int64_t) { to->explains = isWanted; };
     };
@@ -408,6 +434,36 @@ Command addFind(CLI::App &app, Arguments &arguments)
                     "  veldmap find --chip soc.xml 0x40000004\n"
                     "  veldmap find --chip soc.xml parity");
     return {command, find, true, {u"text"_s, 1}};
+}
+
+Command addExport(CLI::App &app, Arguments &arguments)
+{
+    CLI::App *command = app.add_subcommand("export", "Write the registers of descriptions in a format of other tools");
+    addRoots(*command, arguments);
+    std::vector<std::string> names;
+    for (const ExportFormat &format : exportFormats())
+        names.emplace_back(format.name.data(), static_cast<std::size_t>(format.name.size()));
+    command->add_option("--format", arguments.exportFormat, "the format; --list tells which there are")
+        ->type_name("FORMAT")
+        ->check(CLI::IsMember(names));
+    command->add_option("-o,--output", arguments.outputFile, "the file, which replaces an earlier one; - prints it")
+        ->type_name("FILE")
+        ->capture_default_str();
+    command->add_flag("--list", arguments.list, "list the formats, one a line, and do nothing else");
+    command
+        ->add_option("--max-findings", arguments.mostOfAKind,
+                     "how many of one kind are told of what the format can't say, 0 for all")
+        ->type_name("N")
+        ->capture_default_str()
+        ->group("Messages");
+    addThreads(*command, arguments);
+    command->footer("What the format can't say is told with its place, and is no failure.\n\n"
+                    "Examples:\n"
+                    "  veldmap export --chip soc.xml --format svd -o soc.svd\n"
+                    "  veldmap export --chip soc.xml --format csv > fields.csv\n"
+                    "  veldmap export --chip soc.xml --format json | jq '.blocks[].registers[].path'\n"
+                    "  veldmap export --list");
+    return {command, exportMap, false};
 }
 
 Command addWrite(CLI::App &app, Arguments &arguments)
@@ -635,6 +691,7 @@ ExitStatus runCommand(const std::vector<Command> &commands, const Arguments &arg
         Options options = optionsOf(arguments);
         if (!takeWords(command, words, options, messages) || !takeImage(arguments, options, messages) ||
             !takeTimeout(arguments, options, messages) || !takeThreads(arguments, options, messages) ||
+            !takeMostOfAKind(arguments, options, messages) ||
             !takeLintOptions(arguments.lint, options.lint, messages) ||
             !takeOutputOptions(arguments.output, options.output, messages))
             return kWrongUsage;
@@ -693,6 +750,7 @@ int runCommandLine(int argc, char **argv, Session &session)
         addShow(app, arguments),     //
         addFind(app, arguments),     //
         addRegs(app, arguments),     //
+        addExport(app, arguments),   //
         addWrite(app, arguments),    //
         addConsole(app, arguments),  //
         addComplete(app, arguments), //
@@ -703,8 +761,11 @@ int runCommandLine(int argc, char **argv, Session &session)
         addEncrypt(app, arguments),  //
     };
     for (const Command &command : commands) {
-        if (command.run != listRules)
+        if (command.run == listRules)
+            continue;
+        if (command.run != exportMap) // which has another format
             addFormat(*command.app, arguments);
+        addExplain(*command.app, arguments);
     }
     app.footer("Examples:\n"
                "  veldmap check soc.xml\n"

@@ -34,7 +34,11 @@ struct Options {
     QString headersDirectory;
     QString vhdlDirectory;
     QString docsDirectory;
-    QString format; ///< of the findings: text, json or sarif
+    QString format;            ///< of the findings: text, json or sarif
+    QString exportFormat;      ///< of an export, empty for none
+    QString outputFile;        ///< of an export; "-" for the standard output
+    qsizetype mostOfAKind = 0; ///< how many findings of one rule an export tells, 0 for all
+    bool list = false;
     bool skipUpToDate = false;
     bool types = false;     ///< with the header of the words that headers use
     bool accessors = false; ///< with the headers of functions

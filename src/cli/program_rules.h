@@ -54,6 +54,10 @@ inline constexpr Rule kNoRuleButNear = {"misspelt-rule"_L1, Severity::Error,
                                         u"There is no rule '%1'; did you mean '%2'?"};
 inline constexpr Rule kNoMessageNumber = {"no-message-number"_L1, Severity::Error,
                                           u"'%1' is no number of messages: --max-messages takes one from 0 on."};
+inline constexpr Rule kNoFindingNumber = {"no-finding-number"_L1, Severity::Error,
+                                          u"'%1' is no number of findings: --max-findings takes one from 0 on."};
+inline constexpr Rule kNoExportFormat = {"no-export-format"_L1, Severity::Error,
+                                         u"No format is given: --format takes one of %1."};
 inline constexpr Rule kNoOptionFile = {"no-option-file"_L1, Severity::Error,
                                        u"The file of options %1 can't be read: %2"};
 
@@ -61,6 +65,9 @@ inline constexpr Rule kNoOptionFile = {"no-option-file"_L1, Severity::Error,
 inline constexpr Rule kMoreFindings = {"more-findings"_L1, Severity::Note,
                                        u"%1 more findings are not told; --max-messages=0 tells all."};
 inline constexpr Rule kNotLoaded = {"not-loaded"_L1, Severity::Error, u"%1 did not load: %2"};
+inline constexpr Rule kExportUnwritten = {"export-unwritable"_L1, Severity::Error, u"%1 can't be written: %2"};
+inline constexpr Rule kMoreOfAKind = {"more-of-a-kind"_L1, Severity::Note,
+                                      u"%1 more findings like these are not told; --max-findings=0 tells all."};
 inline constexpr Rule kNoDirectory = {"no-directory"_L1, Severity::Error, u"The directory %1 can't be made: %2"};
 inline constexpr Rule kUnwritten = {"list-unwritable"_L1, Severity::Error, u"%1 can't be written: %2"};
 inline constexpr Rule kWritten = {"files-written"_L1, Severity::Note, u"%1 files written, %2 unchanged, %3 failed."};

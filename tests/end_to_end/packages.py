@@ -9,8 +9,8 @@ import subprocess
 import support
 from support import options, run
 
-PROGRAM = {"usr/bin/veldmap", "usr/share/veldmap/veldmap.xsd", "usr/share/veldmap/docpool/style.css",
-           "usr/share/man/man1/veldmap.1.gz", "usr/share/bash-completion/completions/veldmap",
+PROGRAM = {"usr/bin/veldmap", "usr/share/veldmap/veldmap.xsd", "usr/share/veldmap/map.schema.json",
+           "usr/share/veldmap/docpool/style.css", "usr/share/man/man1/veldmap.1.gz", "usr/share/bash-completion/completions/veldmap",
            "usr/share/fish/vendor_completions.d/veldmap.fish"}
 DEVELOPMENT = {"include/veldmap/veldmap.h", "include/veldmap/model/element.h", "include/veldmap/veldmap_export.h",
                "libveldmap.so", "cmake/veldmap/veldmapConfig.cmake", "pkgconfig/veldmap.pc"}

@@ -29,7 +29,7 @@ SOFT = archive('<var name="OF_CHIP" value="ALL+1"/>', '<module name="task"><uint
 FILES = {"chip.xml": CHIP, "lib/regs.xml": REGS, "soft.xml": SOFT}
 HEADERS = {"chip.h", "chip_asm.h", "lib/regs.h", "lib/regs_asm.h"}
 
-COMMANDS = ("check", "headers", "vhdl", "docs", "site", "build", "tree", "show", "find", "regs", "write", "console",
+COMMANDS = ("check", "headers", "vhdl", "docs", "site", "build", "tree", "show", "find", "export", "regs", "write", "console",
             "complete", "eval", "rules", "new", "import", "encrypt")
 VALUES = [("1+2*3", "int", 7), ("0x10+0b11", "int", 19), ("0xFFFFFFFF", "dword", 4294967295), ("-2+3", "int", -5),
           ("7/2.0", "real", 3.5), ("1<2", "bool", True), ('"a"+1', "string", "a1"), ("exp2(4)", "int", 16)]
