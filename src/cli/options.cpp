@@ -567,7 +567,7 @@ Command addNew(CLI::App &app, Arguments &arguments)
 Command addImport(CLI::App &app, Arguments &arguments)
 {
     CLI::App *command = app.add_subcommand("import", "Write a description of what a vendor's file says of a chip");
-    command->add_option("FILE", arguments.source, "a CMSIS-SVD file; - reads the standard input")
+    command->add_option("FILE", arguments.source, "a CMSIS-SVD or IP-XACT file; - reads the standard input")
         ->type_name("")
         ->required();
     addOutput(*command, arguments, "directory for the description, made if need be");

@@ -85,6 +85,11 @@ inline constexpr Rule importBeyond = {"import-beyond"_L1, Severity::Warning, u"%
 inline constexpr Rule importTwice = {"import-twice"_L1, Severity::Warning,
                                      u"%1: another one of this name stands in front of it."};
 
+inline constexpr Rule importNotPresent = {"import-not-present"_L1, Severity::Note,
+                                          u"%1: its isPresent says that it is not there, so it is left out."};
+inline constexpr Rule importFlattened = {"import-flattened"_L1, Severity::Note,
+                                         u"%1: it is an array of arrays, whose members are counted as one row."};
+
 // What a person added
 
 inline constexpr Rule importLostAddition = {"import-lost-addition"_L1, Severity::Warning,

@@ -1,6 +1,7 @@
 #include "import/source_format.h"
 
 #include "findings/finding.h"
+#include "import/ipxact_reader.h"
 #include "import/rules.h"
 #include "import/svd_reader.h"
 #include "xml/tag_document.h"
@@ -15,6 +16,7 @@ namespace {
 
 constexpr SourceFormat kFormats[] = {
     {"CMSIS-SVD"_L1, "device"_L1, false, readSvd},
+    {"IP-XACT"_L1, "component"_L1, true, readIpxact},
 };
 
 /// The name of the first tag in \a bytes without its prefix; empty when there is none. Passes over what may stand in

@@ -136,7 +136,7 @@ TEST(Import, TellsWhatItCannotRead)
         {"", {u"chip.svd:1:0:unexpected end of file"_s}},
         {"<archive/>",
          {u"chip.svd:1:10:'archive' is no format that descriptions are made of: the root is to be <device> "
-          "(CMSIS-SVD)."_s}},
+          "(CMSIS-SVD) or <component> (IP-XACT)."_s}},
         {"<device><name>D</name></device>", {u"chip.svd:1:8:D: it has no peripherals, so nothing is made of it."_s}},
         {deviceWith("<register>" + name + "zero</addressOffset></register>"),
          {u"chip.svd:2:39:P.R: addressOffset is 'zero', which is no number."_s}},
