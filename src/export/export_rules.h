@@ -32,6 +32,10 @@ inline constexpr Rule exportValuesOnly = {
     "export-values-only"_L1, Severity::Note,
     u"%1 has no place for %2; what they make of registers and fields is written."};
 
+inline constexpr Rule exportInterrupt = {
+    "export-interrupt"_L1, Severity::Warning,
+    u"The interrupt '%1' begins with no instance's name; in %2 it is one of '%3'."};
+
 // of members
 inline constexpr Rule exportMemoryInside = {"export-memory-inside"_L1, Severity::Warning,
                                             u"The memory '%1' lies inside a block, where %2 has no place for it; it is "

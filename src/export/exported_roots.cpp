@@ -8,6 +8,8 @@
 #include "model/memory_map.h"
 #include "model/root_archive.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
 #include <iterator>
 
@@ -34,6 +36,15 @@ QStringList onlyHere(const VMRootArchive &root)
     any([](const VMXMLArchive *archive) { return !archive->variables->enums.empty(); }, u"enums"_s);
     any([](const VMXMLArchive *archive) { return !archive->cJoker.isEmpty(); }, u"C text"_s);
     return words;
+}
+
+/// The name of the chip in a comment such as "RP2040: two cores": one that is no plain word of a language. Empty when
+/// there is none.
+QString nameInFront(const QString &comment)
+{
+    // "A1: b" and "A1", but not "Note: b".
+    static const QRegularExpression pattern(u"^([A-Za-z]\\w*[A-Z0-9_]\\w*)(:\\s|:?$)"_s);
+    return pattern.match(comment).captured(1);
 }
 
 } // namespace
@@ -83,17 +94,24 @@ void ExportedRoots::findOverlaps(const BlockRules &rules, ExportFindings &findin
     }
 }
 
+QString ExportedRoots::comment() const
+{
+    const bool isAny = !m_roots.empty() && !m_roots.front()->xmlArchives.isEmpty();
+    return isAny ? plainCommentText(m_roots.front()->xmlArchives.first()->archiveComment) : QString();
+}
+
 QString ExportedRoots::name() const
 {
+    if (const QString named = nameInFront(comment()); !named.isEmpty())
+        return named;
     return m_roots.empty() ? u"unnamed"_s : legalName(m_roots.front()->getName());
 }
 
 QString ExportedRoots::description() const
 {
-    if (m_roots.empty() || m_roots.front()->xmlArchives.isEmpty())
-        return name();
-    const QString comment = plainCommentText(m_roots.front()->xmlArchives.first()->archiveComment);
-    return comment.isEmpty() ? name() : comment;
+    const QString text = comment();
+    const QString named = nameInFront(text);
+    return named.isEmpty() ? text : text.sliced(named.size()).remove(0, 1).trimmed();
 }
 
 std::optional<TypeKey> typeOf(const VMXMLElement &block)

@@ -32,12 +32,14 @@ public:
     /// The block that \a block shares addresses with, null if none or if that is no matter. It is not itself such a
     /// one.
     const VMXMLElement *blockUnder(const VMXMLElement &block) const { return m_under.value(&block); }
-    /// The name of the whole: that of the first root, as C takes it.
+    /// The name of the whole: the one that the comment of the first root begins with, as "RP2040: two cores", or that
+    /// of the root's file as C takes it.
     QString name() const;
-    /// What the first root says of itself, else its name.
+    /// What the first root says of itself behind such a name.
     QString description() const;
 
 private:
+    QString comment() const;
     void takeBlocks(const VMRootArchive &root, QLatin1StringView format, bool needsRoom, ExportFindings &findings);
     void findOverlaps(const BlockRules &rules, ExportFindings &findings);
 

@@ -105,7 +105,7 @@ bool CsvExport::beginBlock(const MapPlace &block)
 void CsvExport::takePlace(const MapPlace &place, const QString &width, const QString &type, const QString &access)
 {
     takeAll({m_block, place.element.getPath(), hex(place.address), width, kindWordOf(place.element.getType()), type,
-             access, plainCommentText(place.declared.getComment())});
+             access, plainCommentText(commentOf(place))});
 }
 
 void CsvExport::takeField(const MapField &field, const QString &groups)

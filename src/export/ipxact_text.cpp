@@ -41,6 +41,13 @@ QLatin1StringView accessWord(const MapAccess &access)
     return "write-only"_L1;
 }
 
+/// A comment with its line breaks as empty lines, since single ones only fold long lines of a file.
+template <typename Commented>
+QString descriptionOf(const Commented &commented)
+{
+    return plainCommentText(commented).replace(u'\n', "\n\n"_L1);
+}
+
 /// \a number as SystemVerilog writes it, which IP-XACT's expressions are.
 QString hex(quint32 number)
 {
@@ -109,7 +116,7 @@ QByteArray IpxactExport::text()
     m_xml.leaf("addressUnitBits"_L1, 8);
     m_xml.close();
     m_xml.close();
-    m_xml.leaf("description"_L1, roots.description());
+    m_xml.leafIfAny("description"_L1, descriptionOf(roots.description()));
     m_xml.close();
     return m_xml.takeText();
 }
@@ -130,7 +137,7 @@ bool IpxactExport::beginBlock(const MapPlace &block)
 {
     m_memory = onlyMemoryOf(block.element);
     m_xml.open("addressBlock"_L1);
-    writeName(nameOf(block), plainCommentText(block.element.getComment()));
+    writeName(nameOf(block), descriptionOf(block.element.getComment()));
     m_xml.leaf("baseAddress"_L1, hex(block.address));
     writeType(block.element);
     m_xml.leaf("range"_L1, hex(block.size));
@@ -156,7 +163,7 @@ void IpxactExport::takeMemory(const MapPlace &place)
 void IpxactExport::openGroup(const MapPlace &group, const QString &name)
 {
     m_xml.open("registerFile"_L1);
-    writeName(name, plainCommentText(group.declared.getComment()));
+    writeName(name, descriptionOf(commentOf(group)));
     if (group.count)
         m_xml.leaf("dim"_L1, *group.count);
     m_xml.leaf("addressOffset"_L1, hex(group.offset));
@@ -168,7 +175,7 @@ void IpxactExport::writeRegister(const MapPlace &place, const QString &name, con
                                  const MapAccess &access, const std::vector<MapField> &fields)
 {
     m_xml.open("register"_L1);
-    writeName(name, plainCommentText(place.declared.getComment()));
+    writeName(name, descriptionOf(commentOf(place)));
     if (place.count)
         m_xml.leaf("dim"_L1, *place.count);
     m_xml.leaf("addressOffset"_L1, hex(place.offset));
@@ -208,7 +215,7 @@ void IpxactExport::writeField(const MapField &field, const MapAccess &ofRegister
 {
     const MapAccess access = accessOf(field.field);
     m_xml.open("field"_L1);
-    writeName(names.take(field.field.getName(), field.field.source), plainCommentText(field.field));
+    writeName(names.take(field.field.getName(), field.field.source), descriptionOf(field.field));
     m_xml.leaf("bitOffset"_L1, field.lowest);
     if (field.reset) {
         m_xml.open("resets"_L1);
@@ -233,7 +240,7 @@ void IpxactExport::writeOptions(const MapField &field)
     NameScope names = newScope();
     for (const MapOption &option : field.options) {
         m_xml.open("enumeratedValue"_L1);
-        writeName(names.take(option.option.name, option.option.source), plainCommentText(option.option.comment));
+        writeName(names.take(option.option.name, option.option.source), descriptionOf(option.option.comment));
         m_xml.leaf("value"_L1, hex(option.value));
         m_xml.close();
     }

@@ -115,7 +115,7 @@ QJsonObject JsonExport::placeJson(const MapPlace &place) const
         {u"path"_s, place.element.getPath()},
         {u"address"_s, number(place.address)},
         {u"offset"_s, number(place.address - m_blockAddress)},
-        {u"comment"_s, plainCommentText(place.declared.getComment())},
+        {u"comment"_s, plainCommentText(commentOf(place))},
     };
 }
 

@@ -186,6 +186,12 @@ void walkBlock(const VMXMLElement &block, MapArrays arrays, MapListener &listene
     MapWalk(arrays, listener, findings).walkBlock(block);
 }
 
+const QString &commentOf(const MapPlace &place)
+{
+    const QString &ofArray = place.declared.getComment();
+    return ofArray.isEmpty() ? place.element.getComment() : ofArray;
+}
+
 int bitsOf(const VMValuable &valuable)
 {
     return 8 * valuable.sizeOf();

@@ -29,6 +29,9 @@ struct MapPlace {
     std::optional<int> count = {}; ///< of members, which follow one another; none for what is no array
 };
 
+/// The comment of what stands at \a place, or of the array of it.
+const QString &commentOf(const MapPlace &place);
+
 /// A named value of a field.
 struct MapOption {
     const VMBitFieldOption &option;

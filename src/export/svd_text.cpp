@@ -10,6 +10,9 @@
 #include "model/pointer.h"
 #include "model/root_archive.h"
 
+#include <algorithm>
+#include <iterator>
+
 using namespace Qt::StringLiterals;
 
 // A peripheral of a chip. The schema demands this order.
@@ -49,6 +52,36 @@ QLatin1StringView accessWord(const MapAccess &access)
     return "write-only"_L1;
 }
 
+/// A comment with line breaks as such files have them: "\\n", twice since one only ends a line of the source.
+template <typename Commented>
+QString descriptionOf(const Commented &commented)
+{
+    return plainCommentText(commented).replace(u'\n', "\\n\\n"_L1);
+}
+
+/// The fields of \a valuable in the order of a register whose fields all go up or all go down. Pieces of a cut field go
+/// up always, which readers that put pieces together would take for a break.
+std::vector<MapField> inOneDirection(std::vector<MapField> fields, const VMValuable &valuable)
+{
+    if (fields.empty() || fields.front().lowest <= fields.back().lowest)
+        return fields;
+    QHash<const VMBitField *, const VMBitGroup *> groups;
+    for (const auto &group : valuable.bitGroups) {
+        for (const VMBitField *field : *group)
+            groups.insert(field, group.get());
+    }
+    std::vector<MapField> result;
+    for (auto begin = fields.begin(); begin != fields.end();) {
+        const VMBitGroup *const group = groups.value(&begin->field);
+        auto end = begin + 1;
+        while (group && end != fields.end() && groups.value(&end->field) == group && end->lowest > (end - 1)->lowest)
+            ++end;
+        std::reverse_copy(begin, end, std::back_inserter(result));
+        begin = end;
+    }
+    return result;
+}
+
 /// The C type that a debugger shows \a valuable as; empty for a plain register.
 QString dataTypeOf(const VMValuable &valuable)
 {
@@ -84,6 +117,10 @@ protected:
 
 private:
     void writeDim(const MapPlace &place, const QString &name);
+    void findInterrupts(const ExportedRoots &roots);
+    const VMXMLElement *ownerOf(const VMIntVar &entry, const QHash<QString, const VMXMLElement *> &blocks,
+                                const ExportedRoots &roots);
+    void writeInterrupts(const VMXMLElement &block);
     void writeAddressBlocks(const MapPlace &block);
     void writeAddressBlock(quint32 offset, quint32 size, QLatin1StringView usage);
     void writeField(const MapField &field, const MapAccess &ofRegister, NameScope &names);
@@ -95,8 +132,9 @@ private:
     XmlText m_xml;
     EnumsOfFields m_enums;
     const ExportedRoots *m_roots = nullptr;
-    QHash<TypeKey, QString> m_firstOfTypes;       // the peripheral that is written of each type
-    QHash<const VMXMLElement *, QString> m_names; // of blocks
+    QHash<TypeKey, QString> m_firstOfTypes;                            // the peripheral that is written of each type
+    QHash<const VMXMLElement *, QString> m_names;                      // of blocks
+    QHash<const VMXMLElement *, QList<const VMIntVar *>> m_interrupts; // of blocks
     bool m_areRegistersOpen = false;
 };
 
@@ -112,13 +150,15 @@ QByteArray SvdExport::text()
     m_xml.open("device"_L1, {{"schemaVersion"_L1, u"1.3"}});
     m_xml.leaf("name"_L1, roots.name());
     m_xml.leaf("version"_L1, "1.0"_L1);
-    m_xml.leaf("description"_L1, roots.description());
+    const QString description = descriptionOf(roots.description());
+    m_xml.leaf("description"_L1, description.isEmpty() ? u" "_s : description); // it has to hold a character
     m_xml.leaf("addressUnitBits"_L1, 8);
     m_xml.leaf("width"_L1, 32);
     m_xml.leaf("size"_L1, 32);
     m_xml.leaf("access"_L1, "read-write"_L1);
     m_xml.leaf("resetValue"_L1, 0);
     m_xml.leaf("resetMask"_L1, 0);
+    findInterrupts(roots);
     m_xml.open("peripherals"_L1);
     beginScope();
     for (const VMXMLElement *block : roots.blocks())
@@ -154,7 +194,7 @@ bool SvdExport::beginBlock(const MapPlace &block)
     }
     m_xml.leaf("name"_L1, name);
     if (first.isEmpty())
-        m_xml.leafIfAny("description"_L1, plainCommentText(block.element.getComment()));
+        m_xml.leafIfAny("description"_L1, descriptionOf(block.element.getComment()));
     if (const VMXMLElement *under = m_roots->blockUnder(block.element))
         m_xml.leaf("alternatePeripheral"_L1,
                    m_names.contains(under) ? m_names.value(under) : legalName(under->getName()));
@@ -165,6 +205,7 @@ bool SvdExport::beginBlock(const MapPlace &block)
     beginScope();
     if (first.isEmpty())
         writeAddressBlocks(block);
+    writeInterrupts(block.element);
     return first.isEmpty();
 }
 
@@ -175,6 +216,49 @@ void SvdExport::endBlock(const MapPlace &)
     m_areRegistersOpen = false;
     endScope();
     m_xml.close();
+}
+
+/// An enum called "interrupt" numbers the interrupts. Each belongs to the instance whose name its own begins with, the
+/// longest of them, or else to the first.
+void SvdExport::findInterrupts(const ExportedRoots &roots)
+{
+    QHash<QString, const VMXMLElement *> blocks;
+    for (const VMXMLElement *block : roots.blocks())
+        blocks.insert(block->getName().toUpper(), block);
+    for (const VMRootArchive *root : roots.roots()) {
+        for (const VMXMLArchive *archive : root->xmlArchives) {
+            for (const auto &each : archive->variables->enums) {
+                if (each->name.compare("interrupt"_L1, Qt::CaseInsensitive) != 0 || roots.blocks().empty())
+                    continue;
+                for (const VMIntVar &entry : *each)
+                    m_interrupts[ownerOf(entry, blocks, roots)].append(&entry);
+            }
+        }
+    }
+}
+
+const VMXMLElement *SvdExport::ownerOf(const VMIntVar &entry, const QHash<QString, const VMXMLElement *> &blocks,
+                                       const ExportedRoots &roots)
+{
+    QString name = entry.name.toUpper();
+    for (qsizetype end = name.size(); end > 0; end = name.lastIndexOf(u'_')) {
+        name.truncate(end);
+        if (const VMXMLElement *block = blocks.value(name))
+            return block;
+    }
+    tell(rules::exportInterrupt, entry.source, {entry.name, kFormat, roots.blocks().front()->getName()});
+    return roots.blocks().front();
+}
+
+void SvdExport::writeInterrupts(const VMXMLElement &block)
+{
+    for (const VMIntVar *entry : m_interrupts.value(&block)) {
+        m_xml.open("interrupt"_L1);
+        m_xml.leaf("name"_L1, entry->name);
+        m_xml.leafIfAny("description"_L1, descriptionOf(entry->comment));
+        m_xml.leaf("value"_L1, entry->leftValue);
+        m_xml.close();
+    }
 }
 
 /// Writes where the registers and the memories of a block lie: each run of members that are of one kind.
@@ -236,8 +320,7 @@ void SvdExport::openGroup(const MapPlace &group, const QString &name)
     openRegisters();
     m_xml.open("cluster"_L1);
     writeDim(group, name);
-    const QString comment = plainCommentText(group.declared.getComment());
-    m_xml.leaf("description"_L1, comment.isEmpty() ? name : comment); // a cluster must have one
+    m_xml.leaf("description"_L1, descriptionOf(commentOf(group))); // which a cluster must have, be it empty
     if (!group.element.typedefName.isEmpty())
         m_xml.leaf("headerStructName"_L1, legalName(group.element.typedefName));
     m_xml.hexLeaf("addressOffset"_L1, group.offset);
@@ -256,7 +339,7 @@ void SvdExport::writeRegister(const MapPlace &place, const QString &name, const 
     openRegisters();
     m_xml.open("register"_L1);
     writeDim(place, name);
-    m_xml.leafIfAny("description"_L1, plainCommentText(place.declared.getComment()));
+    m_xml.leafIfAny("description"_L1, descriptionOf(commentOf(place)));
     m_xml.hexLeaf("addressOffset"_L1, place.offset);
     m_xml.leaf("size"_L1, bitsOf(valuable));
     m_xml.leaf("access"_L1, accessWord(access));
@@ -267,7 +350,7 @@ void SvdExport::writeRegister(const MapPlace &place, const QString &name, const 
     m_xml.leafIfAny("dataType"_L1, dataTypeOf(valuable));
     NameScope names = newScope();
     bool isOpen = false;
-    for (const MapField &field : fields) {
+    for (const MapField &field : inOneDirection(fields, valuable)) {
         const MapAccess own = accessOf(field.field);
         if (!own.isReadable && !own.isWritable()) {
             tell(rules::exportNoAccess, field.field.source, {kFormat, field.field.getName()});
@@ -287,7 +370,7 @@ void SvdExport::writeField(const MapField &field, const MapAccess &ofRegister, N
     const MapAccess access = accessOf(field.field);
     m_xml.open("field"_L1);
     m_xml.leaf("name"_L1, names.take(field.field.getName(), field.field.source));
-    m_xml.leafIfAny("description"_L1, plainCommentText(field.field));
+    m_xml.leafIfAny("description"_L1, descriptionOf(field.field));
     m_xml.leaf("bitOffset"_L1, field.lowest);
     m_xml.leaf("bitWidth"_L1, field.width);
     if (accessWord(access) != accessWord(ofRegister))
@@ -308,7 +391,7 @@ void SvdExport::writeOptions(const MapField &field)
     for (const MapOption &option : field.options) {
         m_xml.open("enumeratedValue"_L1);
         m_xml.leaf("name"_L1, names.take(option.option.name, option.option.source, true));
-        m_xml.leafIfAny("description"_L1, plainCommentText(option.option.comment));
+        m_xml.leafIfAny("description"_L1, descriptionOf(option.option.comment));
         m_xml.leaf("value"_L1, qint64(option.value));
         m_xml.close();
     }

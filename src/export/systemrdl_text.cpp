@@ -300,7 +300,7 @@ void SystemRdlExport::takeMemory(const MapPlace &place)
 void SystemRdlExport::openGroup(const MapPlace &group, const QString &name)
 {
     open(u"regfile {"_s);
-    writeComment(plainCommentText(group.declared.getComment()));
+    writeComment(plainCommentText(commentOf(group)));
     const QString count =
         group.count ? u'[' + QString::number(*group.count) + "] @"_L1 + hex(group.offset) + " += "_L1 + hex(group.size)
                     : " @"_L1 + hex(group.offset);
@@ -318,7 +318,7 @@ void SystemRdlExport::writeRegister(const MapPlace &place, const QString &name, 
                                     const MapAccess &access, const std::vector<MapField> &fields)
 {
     open(u"reg {"_s);
-    writeComment(plainCommentText(place.declared.getComment()));
+    writeComment(plainCommentText(commentOf(place)));
     line("regwidth = "_L1 + QString::number(bitsOf(valuable)) + u';');
     NameScope names = newScope();
     bool isAny = false;

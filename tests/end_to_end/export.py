@@ -4,6 +4,7 @@ import json
 import re
 import unittest
 import xml.etree.ElementTree as ElementTree
+from pathlib import Path
 
 import register_files
 import support
@@ -122,6 +123,44 @@ class Export(support.Case):
                         for register in expected]
         self.assertEqual(len(found), len(expected))
         self.assertEqual(list(set(found) ^ set(expected))[:4], [])
+
+    def test_what_is_imported_again(self):
+        """Registers, fields, resets and values of options are those that were exported, by way of SVD and of IP-XACT."""
+        roots = [*(chip / "soc.xml" for chip in support.chips()), support.EXAMPLES / "soc.xml"]
+        for number, root in enumerate(roots):
+            wanted = self.facts_of(root)
+            for form in ("svd", "ipxact"):
+                with self.subTest(root=root, form=form):
+                    file, out = self.folder / f"{number}.{form}", self.folder / f"{number}{form}"
+                    self.expect(run("-q", "export", "--chip", root, "--format", form, "-o", file), 0)
+                    self.expect(run("-q", "import", file, "-o", out), 0, out=None, err=None)
+                    found = self.facts_of(out / "soc.xml")
+                    self.assertEqual(list(set(wanted) ^ set(found))[:3], [])
+                    self.assertEqual(len(wanted), len(found))
+
+    @staticmethod
+    def facts_of(root):
+        """All of the registers but the names, which an import makes fit."""
+        registers = register_files.json_registers(json.loads(run("-q", "export", "--chip", root, "--format", "json").out))
+        return [register._replace(fields=frozenset(
+            (field.lowest, field.width, field.access, field.reset, tuple(sorted(value for _, value in field.options)))
+            for field in register.fields)) for register in registers]
+
+    def test_descriptions_of_vendors_files_come_back(self):
+        """A description made of a vendor's SVD file, written as SVD and imported again, is the same in each byte."""
+        folder = Path(support.options.descriptions).parent / "svd" if support.options.descriptions else None
+        if not folder or not folder.is_dir():
+            self.skipTest("the vendors' files of --descriptions are not there")
+        for source in sorted(folder.glob("*.svd")):
+            with self.subTest(source.name):
+                once, file, twice = (self.folder / f"{source.stem}{part}" for part in ("1", ".svd", "2"))
+                self.expect(run("-q", "import", source, "-o", once), 0, out=None, err=None)
+                self.expect(run("-q", "export", "--chip", once / "soc.xml", "--format", "svd", "-o", file), 0)
+                self.expect(run("-q", "import", file, "-o", twice), 0, out=None, err=None)
+                first, second = ({name: text for name, text in support.files_below(at).items() if name.endswith(".xml")}
+                                 for at in (once, twice))
+                self.assertEqual(first.keys(), second.keys())
+                self.assertEqual([name for name in first if first[name] != second[name]], [])
 
     @staticmethod
     def whole(register):

@@ -53,6 +53,7 @@ SVD = {
                    ("disableCondition", 0, 1), ("baseAddress", 1, 1), *PROPERTIES, ("addressBlock", 0, MANY),
                    ("interrupt", 0, MANY), ("registers", 0, 1)],
     "addressBlock": [("offset", 1, 1), ("size", 1, 1), ("usage", 1, 1), ("protection", 0, 1)],
+    "interrupt": [("name", 1, 1), ("description", 0, 1), ("value", 1, 1)],
     "registers": [(("cluster", "register"), 1, MANY)],
     "cluster": [*DIM, ("name", 1, 1), ("description", 1, 1), ("alternateCluster", 0, 1), ("headerStructName", 0, 1),
                 ("addressOffset", 1, 1), *PROPERTIES, (("cluster", "register"), 1, MANY)],
@@ -72,6 +73,7 @@ SVD_TEXTS = {
     "value": "[+]?(0[xX][0-9a-fA-F]+|[0-9]+|(#|0b)[01xX]+)",
     **dict.fromkeys(("dim", "dimIncrement", "baseAddress", "addressOffset", "offset", "size", "resetValue", "resetMask",
                      "bitOffset", "bitWidth", "addressUnitBits", "width"), NUMBER),
+    "cluster/description": r"[\s\S]*", "interrupt/name": ANY, "interrupt/value": "[0-9]+",
     "device/name": IDENTIFIER, "peripheral/name": DIMABLE, "cluster/name": DIMABLE, "register/name": DIMABLE,
     "field/name": DIMABLE, "enumeratedValues/name": IDENTIFIER, "enumeratedValue/name": IDENTIFIER,
 }
