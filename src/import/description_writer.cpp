@@ -343,6 +343,18 @@ private:
         return text.finish();
     }
 
+    /// The words, with "_" between them, that both names begin with.
+    static QString commonWords(const QString &one, const QString &other)
+    {
+        qsizetype size = 0;
+        while (size < one.size() && size < other.size() && one[size] == other[size])
+            ++size;
+        const auto endsWord = [&](const QString &name) { return size == name.size() || name[size] == u'_'; };
+        while (size > 0 && !(endsWord(one) && endsWord(other)))
+            --size;
+        return one.first(size);
+    }
+
     /// Instances in the order of the source; an address that several have is a variable.
     void writeInstances(DescriptionText &text)
     {
@@ -361,12 +373,22 @@ private:
         std::ranges::stable_sort(all, {}, [](const Placed &placed) {
             return std::pair(placed.instance->at.line, placed.instance->at.column);
         });
+        QHash<quint64, QString> commonNames;
+        for (const auto &[type, instance] : all) {
+            const auto known = commonNames.find(instance->address);
+            if (known == commonNames.end())
+                commonNames.insert(instance->address, instance->name);
+            else
+                *known = commonWords(*known, instance->name);
+        }
         QHash<quint64, QString> variables;
         for (const auto &[type, instance] : all) {
             const quint64 address = instance->address;
             if (uses[address] < 2 || variables.contains(address))
                 continue;
-            const QString variable = m_variables.unique(cleanName(instance->path).toUpper() + "_ADDRESS"_L1);
+            const QString common = commonNames.value(address);
+            const QString name = common.isEmpty() ? cleanName(instance->path) : common;
+            const QString variable = m_variables.unique(name.toUpper() + "_ADDRESS"_L1);
             variables.insert(address, variable);
             text.variable(variable, addressText(address), {}, instance->at);
         }

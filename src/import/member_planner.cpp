@@ -166,8 +166,9 @@ private:
     void add(Member member, const QString &name, UsedNames &names, Members &members)
     {
         member.name = cleanName(name);
-        // Headers call the address of an instance so.
-        if (member.name == "BASE"_L1 || member.name == "BASE_HI"_L1 || member.name == "BASE_LO"_L1)
+        // Headers call the address of an instance so; those of an array's members have a number.
+        if (member.count == 0 &&
+            (member.name == "BASE"_L1 || member.name == "BASE_HI"_L1 || member.name == "BASE_LO"_L1))
             member.name += "_REG"_L1;
         member.name = names.unique(member.name);
         if (member.name != name)
@@ -508,6 +509,13 @@ private:
                 comment.accepts(fields[isDown ? first - piece : first + piece].comment, uint(name.number + piece));
             whole.name = cleanName(name.prefix);
             whole.comment = comment.general(u"n");
+            for (std::size_t option = 0; option < whole.options.size(); ++option) {
+                NumberedText text(whole.options[option].comment, name.number);
+                for (std::size_t piece = 1; piece < count; ++piece)
+                    text.accepts(fields[isDown ? first - piece : first + piece].options[option].comment,
+                                 uint(name.number + piece));
+                whole.options[option].comment = text.general(u"n");
+            }
             whole.cut = whole.width;
             whole.cutStart = name.number;
             whole.width *= int(count);
@@ -535,6 +543,9 @@ private:
         if (!name || !name->suffix.isEmpty() || name->prefix.isEmpty())
             return 1;
         NumberedText comment(first.comment, name->number);
+        std::vector<NumberedText> options;
+        for (const Option &option : first.options)
+            options.emplace_back(option.comment, name->number);
         std::size_t count = 1;
         for (; at + count < fields.size(); ++count) {
             const Field &field = fields[at + count];
@@ -544,11 +555,25 @@ private:
             const int distance = int(count) * first.width;
             if (field.name != name->prefix + QString::number(number) ||
                 field.lowest != first.lowest + (isDown ? -distance : distance) || field.width != first.width ||
-                field.access != first.access || field.reset != first.reset || field.options != first.options ||
-                !comment.accepts(field.comment, number))
+                field.access != first.access || field.reset != first.reset || !comment.accepts(field.comment, number) ||
+                !areAlike(first.options, field.options, options, number))
                 break;
         }
         return count;
+    }
+
+    /// Whether options have the same names and values, and comments that differ in the number of their field at most.
+    static bool areAlike(const std::vector<Option> &first, const std::vector<Option> &other,
+                         std::vector<NumberedText> &comments, uint number)
+    {
+        if (first.size() != other.size())
+            return false;
+        for (std::size_t at = 0; at < first.size(); ++at) {
+            if (first[at].name != other[at].name || first[at].value != other[at].value ||
+                !comments[at].accepts(other[at].comment, number))
+                return false;
+        }
+        return true;
     }
 
     // Names
