@@ -38,8 +38,10 @@ public:
     /// What the first root says of itself behind such a name.
     QString description() const;
 
-private:
+    /// All that the first root says of itself.
     QString comment() const;
+
+private:
     void takeBlocks(const VMRootArchive &root, QLatin1StringView format, bool needsRoom, ExportFindings &findings);
     void findOverlaps(const BlockRules &rules, ExportFindings &findings);
 

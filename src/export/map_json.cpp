@@ -2,16 +2,13 @@
 
 #include "export/comment_text.h"
 #include "export/exported_roots.h"
+#include "export/json_text.h"
 #include "export/map_walk.h"
 #include "model/archive.h"
 #include "model/kinds.h"
 #include "model/memory_map.h"
 #include "model/pointer.h"
 #include "model/root_archive.h"
-
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 
 using namespace Qt::StringLiterals;
 
@@ -20,21 +17,6 @@ namespace veldmap {
 namespace {
 
 constexpr QLatin1StringView kFormat = "JSON"_L1;
-
-QJsonValue number(quint32 value)
-{
-    return static_cast<qint64>(value);
-}
-
-QJsonValue textOrNull(const QString &text)
-{
-    return text.isEmpty() ? QJsonValue() : QJsonValue(text);
-}
-
-QByteArray compact(const QJsonObject &object)
-{
-    return QJsonDocument(object).toJson(QJsonDocument::Compact);
-}
 
 class JsonExport final : public MapListener {
 public:
@@ -50,16 +32,16 @@ public:
     void takeMemory(const MapPlace &place) override;
 
 private:
-    QJsonObject placeJson(const MapPlace &place) const;
-    QJsonObject fieldJson(const MapField &field) const;
+    void writePlace(const MapPlace &place, JsonText &json) const;
+    void writeField(const MapField &field);
+    void writeGroups(const VMValuable &valuable);
 
     const VMMemoryMap &m_map;
     ExportFindings &m_findings;
     EnumsOfFields m_enums;
     HalfNames m_halves;
-    QByteArray m_text;
-    QByteArray m_separator;       // in front of the next register
-    QList<QByteArray> m_memories; // of the block at hand
+    JsonText m_json;
+    JsonText m_memories; // of the block at hand
     quint32 m_blockAddress = 0;
 };
 
@@ -70,75 +52,98 @@ QByteArray JsonExport::text()
         m_halves.take(*root);
         m_enums.take(*root);
     }
-    const QByteArray head = compact({{u"format"_s, u"veldmap-map"_s},
-                                     {u"version"_s, kMapJsonVersion},
-                                     {u"name"_s, roots.roots().empty() ? QString() : roots.roots().front()->getName()},
-                                     {u"comment"_s, roots.description()}});
-    m_text = head.chopped(1) + ",\"blocks\":[";
-    QByteArray separator = "\n";
+    m_json.open('{');
+    m_json.key("format"_L1).text(u"veldmap-map");
+    m_json.key("version"_L1).number(kMapJsonVersion);
+    m_json.key("name"_L1).text(roots.roots().empty() ? QString() : roots.roots().front()->getName());
+    m_json.key("comment"_L1).text(roots.comment());
+    m_json.key("blocks"_L1).open('[');
     for (const VMXMLElement *block : roots.blocks()) {
-        m_text += std::exchange(separator, ",\n");
+        m_json.breakLine();
         walkBlock(*block, MapArrays::EachMember, *this, m_findings);
     }
-    return m_text + "\n]}\n";
+    m_json.close(']');
+    m_json.close('}');
+    return m_json.takeText() + '\n';
 }
 
 bool JsonExport::beginBlock(const MapPlace &block)
 {
     m_blockAddress = block.address;
     const bool isChip = block.element.getRootArchive() == m_map.chipRootArchive;
-    const QJsonObject head = {
-        {u"name"_s, block.name},
-        {u"path"_s, block.element.getPath()},
-        {u"root"_s, isChip ? u"chip"_s : u"soft"_s},
-        {u"type"_s, textOrNull(block.element.typedefName)},
-        {u"category"_s, textOrNull(block.element.category)},
-        {u"comment"_s, plainCommentText(block.element.getComment())},
-        {u"address"_s, number(block.address)},
-        {u"size"_s, number(block.size)},
-    };
-    m_text += compact(head).chopped(1) + ",\"registers\":[";
-    m_separator = "\n";
+    m_json.open('{');
+    m_json.key("name"_L1).text(block.name);
+    m_json.key("path"_L1).text(block.element.getPath());
+    m_json.key("root"_L1).text(isChip ? u"chip" : u"soft");
+    m_json.key("type"_L1).textOrNull(block.element.typedefName);
+    m_json.key("category"_L1).textOrNull(block.element.category);
+    m_json.key("comment"_L1).text(plainCommentText(block.element.getComment()));
+    m_json.key("address"_L1).number(block.address);
+    m_json.key("size"_L1).number(block.size);
+    m_json.key("registers"_L1).open('[');
+    m_memories = JsonText();
+    m_memories.open('[');
     return true;
 }
 
 void JsonExport::endBlock(const MapPlace &)
 {
-    m_text += "],\"memories\":[" + m_memories.join(',') + "]}";
-    m_memories.clear();
+    m_json.close(']');
+    m_memories.close(']');
+    m_json.key("memories"_L1).raw(m_memories.takeText());
+    m_json.close('}');
 }
 
-QJsonObject JsonExport::placeJson(const MapPlace &place) const
+void JsonExport::writePlace(const MapPlace &place, JsonText &json) const
 {
-    return {
-        {u"name"_s, place.name},
-        {u"path"_s, place.element.getPath()},
-        {u"address"_s, number(place.address)},
-        {u"offset"_s, number(place.address - m_blockAddress)},
-        {u"comment"_s, plainCommentText(commentOf(place))},
-    };
+    json.key("name"_L1).text(place.name);
+    json.key("path"_L1).text(place.element.getPath());
+    json.key("address"_L1).number(place.address);
+    json.key("offset"_L1).number(place.address - m_blockAddress);
+    json.key("comment"_L1).text(plainCommentText(commentOf(place)));
 }
 
-QJsonObject JsonExport::fieldJson(const MapField &field) const
+void JsonExport::writeField(const MapField &field)
 {
-    QJsonArray options;
-    for (const MapOption &option : field.options)
-        options.append(QJsonObject{{u"name"_s, option.option.name},
-                                   {u"value"_s, number(option.value)},
-                                   {u"comment"_s, plainCommentText(option.option.comment)}});
+    m_json.open('{');
+    m_json.key("name"_L1).text(field.field.getName());
+    m_json.key("lsb"_L1).number(field.lowest);
+    m_json.key("msb"_L1).number(field.highest());
+    m_json.key("width"_L1).number(field.width);
+    m_json.key("mask"_L1).number(field.mask);
+    m_json.key("access"_L1).text(field.field.getAccessString());
+    if (field.reset)
+        m_json.key("reset"_L1).number(*field.reset);
+    else
+        m_json.key("reset"_L1).null();
     const VMEnum *named = m_enums.of(field.field);
-    return {
-        {u"name"_s, field.field.getName()},
-        {u"lsb"_s, field.lowest},
-        {u"msb"_s, field.highest()},
-        {u"width"_s, field.width},
-        {u"mask"_s, number(field.mask)},
-        {u"access"_s, field.field.getAccessString()},
-        {u"reset"_s, field.reset ? number(*field.reset) : QJsonValue()},
-        {u"enum"_s, named ? QJsonValue(named->name) : QJsonValue()},
-        {u"comment"_s, plainCommentText(field.field)},
-        {u"options"_s, options},
-    };
+    m_json.key("enum"_L1).textOrNull(named ? named->name : QString());
+    m_json.key("comment"_L1).text(plainCommentText(field.field));
+    m_json.key("options"_L1).open('[');
+    for (const MapOption &option : field.options) {
+        m_json.open('{');
+        m_json.key("name"_L1).text(option.option.name);
+        m_json.key("value"_L1).number(option.value);
+        m_json.key("comment"_L1).text(plainCommentText(option.option.comment));
+        m_json.close('}');
+    }
+    m_json.close(']');
+    m_json.close('}');
+}
+
+void JsonExport::writeGroups(const VMValuable &valuable)
+{
+    m_json.key("groups"_L1).open('[');
+    for (const auto &group : valuable.bitGroups) {
+        m_json.open('{');
+        m_json.key("name"_L1).text(group->name);
+        m_json.key("fields"_L1).open('[');
+        for (const VMBitField *field : *group)
+            m_json.text(field->getName());
+        m_json.close(']');
+        m_json.close('}');
+    }
+    m_json.close(']');
 }
 
 void JsonExport::takeRegister(const MapPlace &place, const VMValuable &valuable)
@@ -146,37 +151,33 @@ void JsonExport::takeRegister(const MapPlace &place, const VMValuable &valuable)
     const std::vector<MapField> fields = fieldsOf(valuable, m_findings);
     const MapReset reset = resetOf(fields);
     const HalfNames::Names halves = m_halves.of(valuable);
-    QJsonArray list;
-    for (const MapField &field : fields)
-        list.append(fieldJson(field));
-    QJsonArray groups;
-    for (const auto &group : valuable.bitGroups) {
-        QJsonArray names;
-        for (const VMBitField *field : *group)
-            names.append(field->getName());
-        groups.append(QJsonObject{{u"name"_s, group->name}, {u"fields"_s, names}});
-    }
     const auto *pointer = elementCast<VMPointer>(static_cast<const VMXMLElement *>(&valuable));
-    QJsonObject object = placeJson(place);
-    object[u"kind"_s] = QString(kindWordOf(valuable.getType()));
-    object[u"type"_s] = valuable.getTypeString();
-    object[u"width"_s] = bitsOf(valuable);
-    object[u"access"_s] = valuable.getProtectString();
-    object[u"reset"_s] = number(reset.value);
-    object[u"resetMask"_s] = number(reset.mask);
-    object[u"fields"_s] = list;
-    object[u"groups"_s] = groups;
-    object[u"lowHalf"_s] = textOrNull(halves.low);
-    object[u"highHalf"_s] = textOrNull(halves.high);
-    object[u"pointsTo"_s] = pointer ? QJsonValue(pointer->pointedType) : QJsonValue();
-    m_text += std::exchange(m_separator, ",\n") + compact(object);
+    m_json.breakLine();
+    m_json.open('{');
+    writePlace(place, m_json);
+    m_json.key("kind"_L1).text(QString(kindWordOf(valuable.getType())));
+    m_json.key("type"_L1).text(valuable.getTypeString());
+    m_json.key("width"_L1).number(bitsOf(valuable));
+    m_json.key("access"_L1).text(valuable.getProtectString());
+    m_json.key("reset"_L1).number(reset.value);
+    m_json.key("resetMask"_L1).number(reset.mask);
+    m_json.key("lowHalf"_L1).textOrNull(halves.low);
+    m_json.key("highHalf"_L1).textOrNull(halves.high);
+    m_json.key("pointsTo"_L1).textOrNull(pointer ? pointer->pointedType : QString());
+    writeGroups(valuable);
+    m_json.key("fields"_L1).open('[');
+    for (const MapField &field : fields)
+        writeField(field);
+    m_json.close(']');
+    m_json.close('}');
 }
 
 void JsonExport::takeMemory(const MapPlace &place)
 {
-    QJsonObject object = placeJson(place);
-    object[u"size"_s] = number(place.size);
-    m_memories += compact(object);
+    m_memories.open('{');
+    writePlace(place, m_memories);
+    m_memories.key("size"_L1).number(place.size);
+    m_memories.close('}');
 }
 
 } // namespace
