@@ -3,11 +3,15 @@
 #include "cli/session.h"
 #include "cli/writing.h"
 
+#include <algorithm>
+
 namespace veldmap::cli {
 
 ExitStatus build(const Options &options, Session &session)
 {
-    if (options.headersDirectory.isEmpty() && options.vhdlDirectory.isEmpty() && options.docsDirectory.isEmpty()) {
+    const QString *const directories[] = {&options.headersDirectory, &options.vhdlDirectory, &options.siteDirectory,
+                                          &options.docsDirectory};
+    if (std::ranges::all_of(directories, [](const QString *directory) { return directory->isEmpty(); })) {
         session.messages.tell(rules::kNothingAsked);
         return kWrongUsage;
     }
@@ -22,6 +26,8 @@ ExitStatus build(const Options &options, Session &session)
         wanted = wantedHeaders(options, options.headersDirectory);
     if (!options.vhdlDirectory.isEmpty())
         wanted.push_back({Output::Vhdl, options.vhdlDirectory});
+    if (!options.siteDirectory.isEmpty())
+        wanted.push_back({Output::Site, options.siteDirectory});
     if (!options.docsDirectory.isEmpty())
         wanted.push_back({Output::Docs, options.docsDirectory});
     return loadAndWrite(options, wanted, session);

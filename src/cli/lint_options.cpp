@@ -55,7 +55,7 @@ std::vector<std::string> wordsOfLine(const QByteArray &line)
 /// Whether \a words call a command that takes files of options. To the others "@" is a letter like any.
 bool takesOptionFiles(const std::vector<std::string> &words)
 {
-    static constexpr std::string_view kLinting[] = {"check", "headers", "vhdl", "docs", "build"};
+    static constexpr std::string_view kLinting[] = {"check", "headers", "vhdl", "docs", "site", "build"};
     const auto command = std::ranges::find_if(words, [](const std::string &word) { return word.rfind('-', 0) != 0; });
     return command != words.end() && std::ranges::find(kLinting, *command) != std::end(kLinting);
 }

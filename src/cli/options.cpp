@@ -36,6 +36,7 @@ struct Arguments {
     std::string headersDirectory;
     std::string vhdlDirectory;
     std::string docsDirectory;
+    std::string siteDirectory;
     std::string source;
     std::string destination;
     std::string format = "text";
@@ -84,6 +85,7 @@ Options optionsOf(const Arguments &arguments)
     options.headersDirectory = directoryOf(arguments.headersDirectory);
     options.vhdlDirectory = directoryOf(arguments.vhdlDirectory);
     options.docsDirectory = directoryOf(arguments.docsDirectory);
+    options.siteDirectory = directoryOf(arguments.siteDirectory);
     options.source = QString::fromStdString(arguments.source);
     options.destination = QString::fromStdString(arguments.destination);
     options.format = QString::fromStdString(arguments.format);
@@ -357,6 +359,7 @@ Command addBuild(CLI::App &app, Arguments &arguments)
     addExtraHeaders(*command, arguments, headersOption);
     CLI::Option *packages =
         command->add_option("--vhdl", arguments.vhdlDirectory, "directory for VHDL packages")->type_name("DIR");
+    command->add_option("--site", arguments.siteDirectory, "directory for the reference manual")->type_name("DIR");
     command->add_option("--docs", arguments.docsDirectory, "directory for the documentation site")->type_name("DIR");
     addAccepted(*command, arguments)->needs(packages);
     addSelfCheck(*command, arguments, "write files of assertions beside headers and packages too");
@@ -364,7 +367,7 @@ Command addBuild(CLI::App &app, Arguments &arguments)
     addOutputOptions(*command, arguments.output);
     addLintOptions(*command, arguments.lint);
     command->footer("Example:\n"
-                    "  veldmap build --chip soc.xml --headers include --vhdl rtl --docs site");
+                    "  veldmap build --chip soc.xml --headers include --vhdl rtl --site manual");
     return {command, build, true};
 }
 
@@ -647,7 +650,7 @@ void tellUnknownCommand(const std::vector<Command> &commands, const QString &wor
 /// Whether \a command tells what lint finds.
 bool isLinting(const Command &command)
 {
-    constexpr std::array kLinting = {check, headers, vhdl, docs, build};
+    constexpr std::array kLinting = {check, headers, vhdl, docs, site, build};
     return std::ranges::find(kLinting, command.run) != kLinting.end();
 }
 

@@ -34,6 +34,7 @@ struct Options {
     QString headersDirectory;
     QString vhdlDirectory;
     QString docsDirectory;
+    QString siteDirectory;
     QString format;            ///< of the findings: text, json or sarif
     QString exportFormat;      ///< of an export, empty for none
     QString outputFile;        ///< of an export; "-" for the standard output

@@ -29,7 +29,8 @@ inline constexpr Rule kNoRoot = {"no-description"_L1, Severity::Error,
 inline constexpr Rule kNoChip = {"no-chip"_L1, Severity::Error,
                                  u"VHDL packages are those of a chip: name its description with --chip FILE."};
 inline constexpr Rule kNothingAsked = {"nothing-asked"_L1, Severity::Error,
-                                       u"Nothing is asked for: name directories with --headers, --vhdl or --docs."};
+                                       u"Nothing is asked for: name directories with --headers, --vhdl, --site or "
+                                       "--docs."};
 inline constexpr Rule kNothingChecked = {"nothing-checked"_L1, Severity::Error,
                                          u"--self-check is for headers and packages: name a directory with --headers "
                                          "or --vhdl."};

@@ -77,7 +77,8 @@ class Lint(support.Case):
             self.expect(run(*command, "--chip", self.root), 0, out=None)
 
     def test_generating_commands_tell_and_write(self):
-        for command in (["headers", "-o"], ["vhdl", "-o"], ["docs", "-o"], ["build", "--headers"]):
+        for command in (["headers", "-o"], ["vhdl", "-o"], ["docs", "-o"], ["site", "-o"],
+                        ["build", "--site"]):
             out = self.folder / command[0]
             done = run(*command, out, "--chip", self.root)
             self.expect(done, 0, err=None)

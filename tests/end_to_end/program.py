@@ -62,10 +62,10 @@ class Program(support.Case):
 
     def test_build_writes_what_the_single_commands_write(self):
         one, each = self.folder / "one", self.folder / "each"
-        for command in ("headers", "vhdl", "docs"):
+        for command in ("headers", "vhdl", "docs", "site"):
             self.expect(run(command, *self.roots, "-o", each / command, "-j", 1), 0, err=None)
         self.expect(run("build", "-j", 3, *self.roots, "--headers", one / "headers", "--vhdl", one / "vhdl", "--docs",
-                        one / "docs"), 0, err=None)
+                        one / "docs", "--site", one / "site"), 0, err=None)
         self.assertEqual(support.files_below(one), support.files_below(each))
         # One that fails does not keep the others from being written.
         (self.folder / "file").write_text("")
