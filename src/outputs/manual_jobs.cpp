@@ -62,30 +62,36 @@ void addSearch(OutputJobs &jobs, const Plan &plan, const OutputOptions &options)
     const auto pathOf = [directory = options.directory](const QString &kind, qsizetype number) {
         return u"%1/search/%2-%3.js"_s.arg(directory, kind, QString::number(number));
     };
-    const auto add = [&](const QString &path, const auto &make) {
+    const auto add = [&](const QString &path, const QStringList &further, const auto &make) {
         OutputJob job;
         job.path = path;
+        job.further = further;
         job.name = path.section(u'/', -1);
         job.directory = u"search"_s;
         job.make = [plan, make](const QByteArray &) { return make(); };
         jobs.push_back(std::move(job));
     };
     const auto addPiece = [&](const QString &path, const auto &script) {
-        add(path, [path, script] {
+        add(path, {}, [path, script] {
             JobTexts texts;
             texts.files.push_back({path, script(), {}});
             return texts;
         });
     };
-    add(pathOf(u"texts"_s, 0), [index, pathOf] {
+    QStringList further;
+    for (qsizetype at = 1; at <= index->wordsPieces(); ++at)
+        further += pathOf(u"words"_s, at);
+    for (qsizetype at = 0; at < index->textsPieces(); ++at)
+        further += pathOf(u"texts"_s, at);
+    add(pathOf(u"words"_s, 0), further, [index, pathOf] {
         JobTexts texts;
         const auto take = [&](const QString &kind, const std::vector<QByteArray> &scripts) {
             for (qsizetype at = 0; const QByteArray &script : scripts)
                 texts.files.push_back({pathOf(kind, at++), script, {}});
         };
         const SearchIndex::Descriptions made = index->descriptions();
-        take(u"texts"_s, made.texts);
         take(u"words"_s, made.words);
+        take(u"texts"_s, made.texts);
         return texts;
     });
     addPiece(pathOf(u"main"_s, 0), [index] { return index->mainScript(); });

@@ -13,7 +13,7 @@ class SitePlan;
 
 /// How many instances stand in the table of one page, and how many enums or variables. A browser shows that many at
 /// once without delay.
-inline constexpr qsizetype kRowsOfPage = 1000;
+inline constexpr qsizetype kRowsOfPage = 500;
 
 /// The page of the instance at \a at of the plan.
 void appendInstancePage(HtmlText &text, const SitePlan &plan, qsizetype at);

@@ -29,8 +29,8 @@ namespace veldmap {
 namespace {
 
 constexpr qint64 kNamesLines = 16'000; // of one file; some 500 KB
-constexpr qint64 kTextsLines = 2'000;
-constexpr qsizetype kWordsBytes = 200'000;
+constexpr qint64 kTextsLines = 500;    // of one file; some 70 KB
+constexpr qint64 kWordsLines = 1'500;  // for which there is a file of words; some 60 KB
 
 qint64 linesInside(const VMXMLElement &element)
 {
@@ -51,13 +51,15 @@ qint64 linesOfType(const VMXMLElement &type)
     return type.isStruct() ? linesInside(type) - 1 : linesInside(type) + 1;
 }
 
-/// Appends \a text as it stands inside of a template literal.
+/// Appends \a text as it stands inside of a comment of a script.
 void appendQuoted(QByteArray &script, QByteArrayView text)
 {
+    char before = 0;
     for (const char c : text) {
-        if (c == '`' || c == '\\' || c == '$')
+        if (c == '\\' || (c == '/' && before == '*'))
             script += '\\';
         script += c;
+        before = c;
     }
 }
 
@@ -65,19 +67,19 @@ void openScript(QByteArray &script, QByteArrayView kind, qsizetype number)
 {
     script += "veldmapIndex(\"";
     script += kind;
-    script += "\"," + QByteArray::number(number) + ",`";
+    script += "\"," + QByteArray::number(number) + ",()=>{/*\n";
 }
 
 void closeScript(QByteArray &script)
 {
-    script += "`)\n";
+    script += "*/})\n";
 }
 
 /// A piece of an id in a line of names.
 void appendName(QByteArray &line, QByteArrayView name)
 {
     for (const char c : name) {
-        if (std::strchr(",{}#%\\`$*@", c))
+        if (std::strchr(",{}#%\\*@", c))
             line += '%' + QByteArray::number(static_cast<unsigned char>(c), 16).rightJustified(2, '0');
         else
             line += c;
@@ -298,29 +300,40 @@ public:
         }
     }
 
-    std::vector<QByteArray> scripts() const
+    /// A list of the others by their first words, then the words in \a count scripts. A word that stands in very many
+    /// lines goes on from one to the next.
+    std::vector<QByteArray> scripts(qsizetype count) const
     {
         std::vector<const QByteArray *> words;
         words.reserve(static_cast<std::size_t>(m_lines.size()));
         for (auto word = m_lines.keyBegin(); word != m_lines.keyEnd(); ++word)
             words.push_back(&*word);
         std::ranges::sort(words, [](const QByteArray *a, const QByteArray *b) { return *a < *b; });
+        qsizetype bytes = 0;
+        for (const QByteArray *word : words)
+            bytes += word->size() + m_lines.constFind(*word)->text.size();
+        bytes = bytes / count + 1; // of a script
         std::vector<QByteArray> scripts(1);
         openScript(scripts[0], "words", 0);
+        const auto startScript = [&](const QByteArray &word) {
+            if (scripts.size() > 1)
+                closeScript(scripts.back());
+            scripts[0] += word + '\n';
+            const auto number = static_cast<qsizetype>(scripts.size());
+            openScript(scripts.emplace_back(), "words", number);
+        };
+        const auto mayStart = [&] { return static_cast<qsizetype>(scripts.size()) <= count; };
         for (const QByteArray *word : words) {
-            if (scripts.size() == 1 || scripts.back().size() > kWordsBytes) {
-                if (scripts.size() > 1)
-                    closeScript(scripts.back());
-                appendQuoted(scripts[0], *word + '\n');
-                const auto number = static_cast<qsizetype>(scripts.size());
-                openScript(scripts.emplace_back(), "words", number);
+            for (const QByteArray &run : m_lines.constFind(*word)->text.split('\n')) {
+                if (scripts.size() == 1 || (scripts.back().size() > bytes && mayStart()))
+                    startScript(*word);
+                scripts.back() += *word + '\t' + run + '\n';
             }
-            appendQuoted(scripts.back(), *word);
-            scripts.back() += '\t' + m_lines.constFind(*word)->text + '\n';
         }
+        while (mayStart())
+            startScript({});
         closeScript(scripts[0]);
-        if (scripts.size() > 1)
-            closeScript(scripts.back());
+        closeScript(scripts.back());
         return scripts;
     }
 
@@ -328,9 +341,12 @@ private:
     static constexpr qsizetype kShortestWord = 2;
     static constexpr qsizetype kLongestWord = 40;
 
+    static constexpr qsizetype kRunBytes = 16'000;
+
     struct Lines {
         qint64 last = 0;
-        QByteArray text; ///< how far each lies behind the one before, in digits and letters
+        qsizetype run = 0; ///< where the last run begins
+        QByteArray text;   ///< runs: how far each lies behind the one before in its run, in digits and letters
     };
 
     /// Letters of other alphabets are bytes beyond ASCII.
@@ -347,8 +363,13 @@ private:
             lines = m_lines.insert(QByteArray(word, length), {});
         else if (lines->last == line)
             return;
-        if (!lines->text.isEmpty())
+        if (lines->text.size() - lines->run > kRunBytes) {
+            lines->text += '\n';
+            lines->run = lines->text.size();
+            lines->last = 0;
+        } else if (!lines->text.isEmpty()) {
             lines->text += ' ';
+        }
         lines->text += QByteArray::number(line - lines->last, 36);
         lines->last = line;
     }
@@ -375,6 +396,11 @@ SearchIndex::SearchIndex(const SitePlan &plan) : m_plan(plan)
     m_texts = piecesOf(kTextsLines);
 }
 
+qsizetype SearchIndex::wordsPieces() const
+{
+    return 1 + m_firstLines.back() / kWordsLines;
+}
+
 std::vector<SearchIndex::Piece> SearchIndex::piecesOf(qint64 lines) const
 {
     std::vector<Piece> pieces;
@@ -396,10 +422,17 @@ QByteArray SearchIndex::mainScript() const
         names += '[' + QByteArray::number(qint64(piece.firstType)) + ',' + QByteArray::number(piece.firstLine) + ']';
     for (const Piece &piece : m_texts)
         texts += QByteArray::number(piece.firstLine);
-    script += "{\"names\":" + jsonList(names) + ",\"texts\":" + jsonList(texts) +
-              ",\"lines\":" + QByteArray::number(m_firstLines.back()) + "}\n";
-    const auto lineOf = [&](char kind, const QByteArrayList &parts) {
-        script += kind;
+    const QList<Constant> constants = constantsOf(m_plan);
+    const auto pages = std::ranges::count_if(m_plan.types(), &SiteType::hasPage);
+    script += "{\"names\":" + jsonList(names) + ",\"texts\":" + jsonList(texts);
+    const std::pair<QByteArrayView, qint64> counts[] = {{"count", m_firstLines.back()},
+                                                        {"typeCount", qint64(m_plan.types().size())},
+                                                        {"instances", qint64(m_plan.instances().size())},
+                                                        {"types", qint64(pages)}};
+    for (const auto &[name, count] : counts)
+        script += ",\"" + name.toByteArray() + "\":" + QByteArray::number(count);
+    script += "}\n";
+    const auto addLine = [&](const QByteArrayList &parts) {
         appendQuoted(script, parts.join('\t'));
         script += '\n';
     };
@@ -410,15 +443,15 @@ QByteArray SearchIndex::mainScript() const
                                 instance.type < 0 ? QByteArray() : QByteArray::number(instance.type, 36)};
         if (const QByteArray file = instance.file.chopped(5).toUtf8(); file != parts[0])
             parts += file;
-        lineOf('i', parts);
+        addLine(parts);
     }
     for (qsizetype at = 0; const SiteType &type : m_plan.types()) {
         if (type.hasPage)
-            lineOf('t', {nameOf(type.element->typedefName), QByteArray::number(at, 36), type.file.chopped(5).toUtf8()});
+            addLine({nameOf(type.element->typedefName), QByteArray::number(at, 36), type.file.chopped(5).toUtf8()});
         ++at;
     }
-    for (const Constant &constant : constantsOf(m_plan))
-        lineOf('c', {nameOf(constant.name), constant.link});
+    for (const Constant &constant : constants)
+        addLine({nameOf(constant.name), constant.link});
     closeScript(script);
     return script;
 }
@@ -453,7 +486,7 @@ SearchIndex::Descriptions SearchIndex::descriptions() const
             forEachLineOfType(*m_plan.types()[type].element, write);
         closeScript(script);
     }
-    made.words = words.scripts();
+    made.words = words.scripts(wordsPieces());
     return made;
 }
 

@@ -8,6 +8,7 @@ import http.server
 import re
 import shutil
 import subprocess
+import sys
 import tempfile
 import threading
 import time
@@ -38,7 +39,7 @@ ODD = support.archive(
     '<reg8 name="constructor" protect="rw"/><reg8 name="-main" protect="rw"/><hole size="16"/>',
     '<struct name="bank" count="LINES"><reg32 name="ctrl" protect="rw"><bits name="speed" pos="31:1" rst="0x10"/>'
     '<bits name="enable" pos="0"/></reg32><reg16 name="data" protect="rw" count="2"/></struct>',
-    '<memory name="ram" size="0x100"><comment>Samples of the &amp; second &lt;converter&gt;</comment></memory>',
+    '<memory name="ram" size="0x100"><comment>Samples */ \\ of the &amp; second &lt;converter&gt;</comment></memory>',
     '</module>',
     '<typedef name="table"><uint8 name="big" count="2000"/><ptr name="next" type="void"/></typedef>',
     *(f'<instance name="{name}" type="wide" address="{0x1000 * (at + 1)}"/>' for at, name in enumerate(
@@ -122,6 +123,36 @@ class Files(support.Case):
                  for jobs in ("1", "5")]
         self.assertEqual(*sites)
         self.assertIn("search/names-0.js", sites[0])
+
+    def test_all_files_are_listed(self):
+        for more in ([], ["--single"]):
+            out = self.folder / f"out{len(more)}"
+            told = run("site", "--chip", CHIP, "--soft", SOFT, "-o", out, "--list", "-", *more)
+            self.expect(told, 0, out=None)
+            self.assertEqual(sorted(told.out.splitlines()), sorted(str(out / name) for name in support.files_below(out)))
+
+    def test_index_is_small(self):
+        """Names and places take at most 40 bytes a register, and no piece of descriptions is large."""
+        registers = 6000
+        subprocess.run([sys.executable, ROOT / "bench/generate_description.py", f"--registers={registers}", "--files=60",
+                        f"--out={self.folder / 'chip'}"], check=True, stdout=subprocess.DEVNULL)
+        search = site_of(self.folder / "out", "--chip", self.folder / "chip/soc.xml") / "search"
+        size = {kind: [path.stat().st_size for path in search.glob(f"{kind}-*.js")] for kind in ("main", "names", "words", "texts")}
+        self.assertLess(sum(size["main"] + size["names"]), 40 * registers)
+        self.assertGreater(sum(size["names"]), 20 * registers)
+        for kind in ("words", "texts"):
+            self.assertGreater(len(size[kind]), 5)
+            self.assertLess(max(size[kind]), 150_000)
+
+    def test_comments_of_the_index_end_where_they_should(self):
+        """Descriptions stand in comments of scripts, which theirs must not end."""
+        chip = self.lay_out({"hostile.xml": support.archive(
+            '<module name="m"><reg32 name="r"><comment>a */}) b \\ c \\*/ d */alert(1)/* e `${1}`</comment>',
+            '<bits name="f" pos="0"><comment>*/</comment></bits></reg32></module>',
+            '<instance name="x*/y" type="m" address="0"/>')}, "hostile.xml")
+        for path in (site_of(self.folder / "out", "--chip", chip) / "search").glob("*.js"):
+            text = path.read_text()
+            self.assertEqual((text.count("*/"), text[-5:]), (1, "*/})\n"), path)
 
     def test_large_arrays_are_small(self):
         chip = self.lay_out({"big.xml": support.archive(
@@ -317,7 +348,7 @@ class FromDisk(Opened):
         self.browser.type("Enter")
         self.wait_for("_Con.html#flags.flag_of_line_31")
         self.search("second converter", 1)
-        self.assertEqual(self.text("#-hits .says"), "Samples of the & second <converter>")
+        self.assertEqual(self.text("#-hits .says"), "Samples */ \\ of the & second <converter>")
         self.search("0xFFFFF7D1")
         self.assertEqual(self.hits()[0], "TABLE.next")
         self.search("0xFFFFF100")

@@ -1,6 +1,7 @@
 // The search of the reference manual. Its index lies in search/, as scripts that call veldmapIndex, and is loaded when a
 // search asks for it: the names when the box is entered, descriptions piece by piece as words of them are looked for.
-// A million registers are some 40 MB of names, so names stay the text that they are; only what is shown is taken apart.
+// A million registers are some 35 MB of names. So names stay the text that they are, only what is shown is taken apart,
+// and of what is loaded just so much is kept that searches in sites of 300,000 registers load nothing twice.
 "use strict";
 
 (() => {
@@ -8,61 +9,115 @@
 const LETTERS = "nmklpqrstuvwxyz";
 const MOST_HITS = 60;
 const MOST_INSTANCES = 20;              // shown of one line, of types with very many
-const MOST_LINES = 4000;                // looked at for words that stand in very many
+const MOST_LINES = 2000;                // looked at for words that stand in very many
+const MOST_PARSED = 8000;               // lines of types that stay taken apart
+const TOGETHER = 8;                     // lines of descriptions that are loaded side by side
 const SLICE = 12;                       // ms of work between two looks at the keyboard
 
 // Loading ------------------------------------------------------------------------------------------------------------------
 
-const loads = new Map();                // by kind and number: {promise, resolve}
+const KEPT = {main: Infinity, names: 12e6, words: 3e6, texts: 2e6};     // letters, of pieces that are not in use
+const loads = new Map();                // by file: {promise, resolve, kind, size}, what was used last at the end
 
 function load(kind, number) {
     const key = kind + "-" + number;
     let entry = loads.get(key);
-    if (!entry) {
-        entry = {};
-        entry.promise = new Promise((resolve, reject) => {
-            entry.resolve = resolve;
-            const script = document.createElement("script");
-            script.src = "search/" + key + ".js";
-            script.onerror = () => { loads.delete(key); reject(new Error(script.src + " is missing")); };
-            script.onload = () => script.remove();
-            document.head.append(script);
-        });
-        loads.set(key, entry);
+    if (entry) {
+        if (kind !== "names") loads.delete(key), loads.set(key, entry);
+        return entry.promise;
     }
+    entry = {kind, size: 0};
+    entry.promise = new Promise((resolve, reject) => {
+        entry.resolve = resolve;
+        const script = document.createElement("script");
+        script.src = "search/" + key + ".js";
+        script.onerror = () => { script.remove(); loads.delete(key); reject(new Error(script.src + " is missing")); };
+        script.onload = () => script.remove();
+        document.head.append(script);
+    });
+    loads.set(key, entry);
     return entry.promise;
 }
 
-const readers = {main: readMain, names: readNames, texts: text => text.split("\n"), words: text => "\n" + text};
-window.veldmapIndex = (kind, number, text) => loads.get(kind + "-" + number)?.resolve(readers[kind](text, number));
+/** Lets go of pieces beyond those to keep: of names, which every search reads from the first on, the newest, else the oldest. */
+function letGo(kind, current) {
+    const others = [...loads].filter(([, entry]) => entry.kind === kind && entry.size && entry !== current);
+    let size = others.reduce((sum, [, entry]) => sum + entry.size, current.size);
+    if (kind === "names") others.reverse();
+    for (const [key, entry] of others) {
+        if (size <= KEPT[kind]) return;
+        size -= entry.size;
+        loads.delete(key);
+    }
+}
+
+const readers = {main: readMain, names: readNames, texts: text => text, words: text => text};
+
+/** Takes a piece: its text is a comment in a function, so that it is in memory just once, as the source of its script. */
+window.veldmapIndex = (kind, number, holder) => {
+    const entry = loads.get(kind + "-" + number);
+    if (!entry) return;
+    const source = holder.toString();
+    const text = source.slice(source.indexOf("/*") + 2, source.lastIndexOf("*/"));      // begins with a line's end
+    entry.size = text.length;
+    letGo(kind, entry);
+    entry.resolve(readers[kind](text, number));
+};
+
+/** A text of its own, which keeps nothing of the piece that it stands in. */
+const copyOf = (encoder => decoder => text => decoder.decode(encoder.encode(text)))(new TextEncoder())(new TextDecoder());
+
+/** What stands in comments of scripts: "*" + "\/" is the end of one. */
+const plainText = text => text.includes("\\") ? text.replace(/\\(.)/g, "$1") : text;
+
+/** Where the lines of a text begin that ends with a line's end; behind the last, its length. */
+function linesOf(text, from) {
+    const begins = [];
+    for (let at = from; at < text.length; at = text.indexOf("\n", at) + 1) begins.push(at);
+    begins.push(text.length);
+    return Uint32Array.from(begins);
+}
+
+// The list of instances, types and constants ---------------------------------------------------------------------------------
 
 let main;                               // what readMain gave, once it is there
 
+/** Instances by address, then types that have pages, then constants: a line each, of which only places are kept. */
 function readMain(text) {
-    const [head, ...lines] = text.split("\n");
-    main = {...JSON.parse(head), instances: [], byType: new Map(), types: new Map(), constants: []};
-    for (const line of lines) {
-        const [name, second, third, fourth] = line.slice(1).split("\t");
-        if (line[0] === "i") {
-            const instance = {name, address: parseInt(second, 16), type: third ? parseInt(third, 36) : -1, file: fourth || name};
-            main.instances.push(instance);
-            if (!main.byType.has(instance.type)) main.byType.set(instance.type, []);
-            main.byType.get(instance.type).push(instance);
-        } else if (line[0] === "t") {
-            main.types.set(parseInt(second, 36), {name, file: third});
-        } else if (line[0] === "c") {
-            main.constants.push({name, link: second});
-        }
+    const end = text.indexOf("\n", 1) + 1;
+    main = {...JSON.parse(text.slice(1, end)), text, lines: linesOf(text, end)};
+    const {instances, types} = main;
+    main.addresses = new Uint32Array(instances);
+    main.typeOf = new Int32Array(instances);
+    main.pageOf = new Map();            // line by type
+    main.instancesOf = new Map();       // the first by type; nextOf leads on
+    main.nextOf = new Int32Array(instances).fill(-1);
+    for (let at = instances - 1; at >= 0; --at) {
+        const [, address, type] = cells(at);
+        main.addresses[at] = parseInt(address, 16);
+        const number = main.typeOf[at] = type ? parseInt(type, 36) : -1;
+        if (number < 0) continue;
+        main.nextOf[at] = main.instancesOf.get(number) ?? -1;
+        main.instancesOf.set(number, at);
     }
+    for (let at = instances; at < instances + types; ++at) main.pageOf.set(parseInt(cells(at)[1], 36), at);
     return main;
 }
 
-function readNames(text, number) {
-    text = "\n" + text;
-    const [firstType, firstLine] = main.names[number];
-    const blocks = [];                  // where each type begins
-    for (let at = text.indexOf("\n#"); at >= 0; at = text.indexOf("\n#", at + 1)) blocks.push(at + 1);
-    return {text, firstType, firstLine, blocks, lines: null};
+const cells = line => main.text.slice(main.lines[line], main.lines[line + 1] - 1).split("\t");
+
+/** The name of a listed thing and the file of its page, without its ending. */
+function listed(line) {
+    const parts = cells(line);
+    const name = plainText(parts[0]);
+    return {name, file: (line < main.instances ? parts[3] : parts[2]) || name};
+}
+
+/** The instances of a type, or the page of one that has none: lines of the list. */
+function placesOf(type) {
+    const places = [];
+    for (let at = main.instancesOf.get(type) ?? -1; at >= 0; at = main.nextOf[at]) places.push(at);
+    return places.length ? places : main.pageOf.has(type) ? [main.pageOf.get(type)] : [];
 }
 
 /** The last of sorted numbers that is not above a value. */
@@ -78,15 +133,28 @@ function lastNotAbove(list, value, of = item => item) {
 
 // A type, taken apart ------------------------------------------------------------------------------------------------------
 
+function readNames(text, number) {
+    const [firstType, firstLine] = main.names[number];
+    const blocks = [], lines = [];      // where each type begins
+    let line = firstLine;
+    for (let at = 0; at < text.length - 1; at = text.indexOf("\n", at + 1)) {
+        if (text.charCodeAt(at + 1) === 35) blocks.push(at + 1), lines.push(line);
+        ++line;
+    }
+    return {text, firstType, blocks: Uint32Array.from(blocks), lines: Uint32Array.from(lines)};
+}
+
 const plainName = name => name.includes("%") ? decodeURIComponent(name) : name;
+const NONE = Object.freeze([]);
 const parsed = new Map();               // by type
+let parsedLines = 0;
 
 /** The lines of a type: [{name, id, offset, size, repeats, fields, parent, children}]; null for a closing line. */
 function parseType(piece, type) {
     if (parsed.has(type)) return parsed.get(type);
-    if (parsed.size > 500) parsed.clear();
+    if (parsedLines > MOST_PARSED) parsed.clear(), parsedLines = 0;
     const at = type - piece.firstType;
-    const text = piece.text.slice(piece.blocks[at], piece.blocks[at + 1] ?? piece.text.length);
+    const text = copyOf(piece.text.slice(piece.blocks[at], piece.blocks[at + 1] ?? piece.text.length));
     const root = {name: "", id: "", offset: 0, size: 0, repeats: [], depth: 0, children: [], parent: null};
     const lines = [root];
     let open = root, place = 0;
@@ -104,14 +172,13 @@ function parseType(piece, type) {
         const [, kind, width, at, repeats] = /^([bhsm]?)([0-9a-f]*)(?:@([0-9a-f]+))?(.*)$/.exec(attribute);
         if (at !== undefined) place = parseInt(at, 16);
         const size = kind === "b" ? 1 : kind === "h" ? 2 : kind ? parseInt(width, 16) : isGroup ? 0 : 4;
-        const node = {name: plainName(word), offset: place, size, isGroup, isMemory: kind === "m", parent: open, children: [], depth: open.depth,
-                      fields: fields ? fields.split(",").map(plainName) : [], repeats: []};
-        for (const repeat of repeats.split("*").slice(1)) {
+        const node = {name: plainName(word), offset: place, size, isGroup, parent: open, children: isGroup ? [] : NONE, depth: open.depth,
+                      fields: fields ? fields.split(",").map(plainName) : NONE, repeats: NONE, id: "", ends: -1};
+        if (repeats) node.repeats = repeats.split("*").slice(1).map(repeat => {
             const [count, stride] = repeat.split(":");
-            const letter = LETTERS[node.depth++];
-            node.repeats.push({count: Number(count), stride: parseInt(stride, 16), letter});
-        }
-        const own = node.name + (node.name.includes("]~") ? "" : node.repeats.map(({letter}) => `[${letter}]`).join(""));
+            return {count: Number(count), stride: parseInt(stride, 16), letter: LETTERS[node.depth++]};
+        });
+        const own = !repeats || node.name.includes("]~") ? node.name : node.name + node.repeats.map(({letter}) => `[${letter}]`).join("");
         node.id = open.id ? open.id + "." + own : own;
         const first = node.repeats[0];
         const end = first ? place + first.count * first.stride : place + size;
@@ -125,6 +192,7 @@ function parseType(piece, type) {
         }
     }
     parsed.set(type, lines);
+    parsedLines += lines.length;
     return lines;
 }
 
@@ -138,11 +206,12 @@ function repeatsAround(node) {
 const hex8 = value => "0x" + (value >>> 0).toString(16).toUpperCase().padStart(8, "0");
 const fragmentOf = id => encodeURIComponent(id).replace(/%5B/g, "[").replace(/%5D/g, "]");
 
-/** Where a node or a field of it stands in an instance, or with null on the page of its type. */
-function hitOf(type, instance, node, field, indices = []) {
+/** Where a node or a field of it stands in an instance, or on the page of its type; place is a line of the list. */
+function hitOf(place, node, field, indices = []) {
     const repeats = node ? repeatsAround(node) : [];
+    const isInstance = place < main.instances;
     let id = node ? node.id : "";
-    let address = (instance ? instance.address : 0) + (node ? node.offset : 0);
+    let address = (isInstance ? main.addresses[place] : 0) + (node ? node.offset : 0);
     const isMember = indices.length === repeats.length;
     repeats.forEach(({letter, stride, count}, at) => {
         if (!isMember || indices[at] >= count) return;
@@ -150,15 +219,9 @@ function hitOf(type, instance, node, field, indices = []) {
         address += indices[at] * stride;
     });
     if (field) id += "." + field;
-    const page = instance || main.types.get(type);
-    return {path: page.name + (id ? "." + id : ""), link: encodeURIComponent(page.file) + ".html" + (id ? "#" + fragmentOf(id) : ""),
-            where: instance ? hex8(address) : "type"};
-}
-
-/** The places of a type: its instances, or its page if it has none. */
-function placesOf(type) {
-    const instances = main.byType.get(type) || [];
-    return instances.length ? instances : main.types.has(type) ? [null] : [];
+    const {name, file} = listed(place);
+    return {path: name + (id ? "." + id : ""), link: encodeURIComponent(file) + ".html" + (id ? "#" + fragmentOf(id) : ""),
+            where: isInstance ? hex8(address) : "type"};
 }
 
 const quote = text => text.replace(/[.*+?^${}()|[\]\\\/-]/g, "\\$&");
@@ -182,6 +245,62 @@ function holds(path, tokens) {
     return true;
 }
 
+/** Where a token stands in a text, large or small letters alike; makes nothing on the way. */
+class Matches {
+    constructor(text, token, from = 0) {
+        this.text = text;
+        this.expression = new RegExp(quote(token), "gi");
+        this.length = token.length;
+        this.goOn(from);
+    }
+
+    goOn(from) { this.expression.lastIndex = from; }
+
+    next() {
+        const isOne = this.expression.test(this.text);
+        this.behind = this.expression.lastIndex;
+        this.at = this.behind - this.length;
+        return isOne;
+    }
+}
+
+/** Lines of descriptions, a bit each. */
+class Lines {
+    constructor() {
+        this.bits = new Uint8Array((main.count >> 3) + 1);
+        this.size = 0;
+    }
+
+    has(line) { return (this.bits[line >> 3] >> (line & 7) & 1) === 1; }
+
+    add(line) {
+        if (this.has(line)) return;
+        this.bits[line >> 3] |= 1 << (line & 7);
+        ++this.size;
+    }
+
+    /** In rising order. */
+    *[Symbol.iterator]() {
+        for (let at = 0; at < this.bits.length; ++at) {
+            for (let rest = this.bits[at]; rest; rest &= rest - 1) yield at * 8 + 31 - Math.clz32(rest & -rest);
+        }
+    }
+}
+
+const channel = new MessageChannel();   // timers would wait 4 ms
+const turns = [];
+channel.port1.onmessage = () => { for (const resolve of turns.splice(0)) resolve(); };
+
+/** Lets keys and painting have their turn. */
+function turn() {
+    return new Promise(resolve => {
+        turns.push(resolve);
+        channel.port2.postMessage(0);
+    });
+}
+
+const noMatches = new Map();            // pieces of names that have none of a token, by tokens of the search before
+
 /** One search. What it finds is in best, sorted; found(search) is called when there is something new to show. */
 class Search {
     constructor(text, found) {
@@ -191,10 +310,12 @@ class Search {
         this.hits = [];
         this.links = new Set();
         this.more = false;
+        this.shown = 0;                 // hits when found was called last
         const plain = this.text.toLowerCase().replace(/^\$/, "");
         this.indices = [...plain.matchAll(/\[(\d+)\]/g)].map(match => Number(match[1]));
         this.tokens = plain.replace(/\[\w*\]/g, " ").split(/[\s.>]+/).filter(Boolean);
-        this.begin = performance.now();
+        this.started = this.begin = performance.now();
+        this.kept = new Uint32Array(8);         // hits by how well they match, registers and fields apart
     }
 
     add(hit, score) {
@@ -209,11 +330,19 @@ class Search {
         return this.hits.slice(0, MOST_HITS);
     }
 
+    /** Shows what is new. */
+    tell() {
+        if (this.isOver || this.shown === this.hits.length) return;
+        this.shown = this.hits.length;
+        this.found(this);
+    }
+
     /** Gives way to keys and painting now and then; true when this search is no longer wanted. */
     async pause() {
         if (performance.now() - this.begin < SLICE) return this.isOver;
-        if (!this.isOver) this.found(this);
-        await new Promise(resolve => setTimeout(resolve));
+        if (this.shown === 0 && !this.isOver && performance.now() - this.started > 150) this.found(this);
+        this.tell();
+        await turn();
         this.begin = performance.now();
         return this.isOver;
     }
@@ -222,13 +351,10 @@ class Search {
         if (!main) await load("main", 0);
         if (this.isOver || !this.tokens.length) return;
         await this.findAddress();
+        if (this.isOver) return;
         this.findListed();
-        for (let at = 0; at < main.names.length; ++at) {
-            const piece = await load("names", at);
-            if (this.isOver || await this.findNames(piece)) return;
-        }
-        this.found(this);
-        await this.findWords();
+        this.tell();
+        await Promise.all([this.findAllNames(), this.findWords()]);
         if (!this.isOver) this.found(this, true);
     }
 
@@ -239,21 +365,22 @@ class Search {
         if (!digits) return;
         const typed = (digits[1] || digits[2]).replace(/_/g, "");
         const address = parseInt(typed, 16);
-        let near = lastNotAbove(main.instances, address, instance => instance.address);
+        let near = lastNotAbove(main.addresses, address);
         for (let tries = 0; near >= 0 && tries < 8; --near, ++tries) {
-            const instance = main.instances[near];
-            if (instance.type < 0) continue;
-            const piece = await load("names", lastNotAbove(main.names, instance.type, entry => entry[0]));
-            const root = parseType(piece, instance.type)[0];
-            const found = this.findInside(root, address - instance.address, []);
+            const type = main.typeOf[near];
+            if (type < 0) continue;
+            const piece = await load("names", lastNotAbove(main.names, type, entry => entry[0]));
+            const root = parseType(piece, type)[0];
+            const found = this.findInside(root, address - main.addresses[near], []);
             if (!found) continue;
-            const hit = hitOf(instance.type, instance, found.node, null, found.indices);
+            const hit = hitOf(near, found.node, null, found.indices);
             if (found.rest) hit.says = `byte ${found.rest} of it`;
             this.add(hit, -1);
         }
-        for (const instance of main.instances) {
-            if (instance.address.toString(16).padStart(8, "0").startsWith(typed)) this.add(hitOf(instance.type, instance), -0.5);
-            if (this.hits.length >= MOST_HITS) break;
+        const first = address * 16 ** (8 - typed.length), behind = (address + 1) * 16 ** (8 - typed.length);
+        for (let at = lastNotAbove(main.addresses, first - 1) + 1; at < main.instances && main.addresses[at] < behind; ++at) {
+            this.add(hitOf(at), -0.5);
+            if (this.hits.length >= MOST_HITS) { this.more = true; break; }
         }
     }
 
@@ -283,52 +410,119 @@ class Search {
     // Names
 
     findListed() {
-        const last = this.tokens.at(-1);
-        const before = this.tokens.slice(0, -1);
-        const test = (name, hit, more) => {
-            const at = name.toLowerCase().indexOf(last);
-            if (at >= 0 && (!before.length || holds(name, this.tokens)))
-                this.add(hit(), rank(name[at - 1], name[at + last.length]) + more);
-        };
-        for (const instance of main.instances) test(instance.name, () => hitOf(instance.type, instance), 0);
-        for (const [type, page] of main.types) test(page.name, () => hitOf(type, null), 0.2);
-        for (const {name, link} of main.constants)
-            test(name, () => ({path: name, link: link.replace("#", ".html#"), where: link.split(/[#~]/)[0]}), 0.3);
+        const {text, lines, instances, types} = main;
+        const matches = new Matches(text, this.tokens.at(-1), lines[0]);
+        const kept = [0, 0, 0, 0];
+        while (matches.next()) {
+            const line = lastNotAbove(lines, matches.at);
+            matches.goOn(lines[line + 1]);                  // one match of a line is enough
+            const end = text.indexOf("\t", lines[line]);
+            if (matches.behind > end) continue;
+            const score = rank(text[matches.at - 1], text[matches.behind]);
+            if (kept[score] >= MOST_HITS) { this.more = true; continue; }
+            if (this.tokens.length > 1 && !holds(text.slice(lines[line], end), this.tokens)) continue;
+            ++kept[score];
+            if (line < instances + types) this.add(hitOf(line), score + (line < instances ? 0 : 0.2));
+            else this.add(this.constantAt(line), score + 0.3);
+        }
     }
 
-    async findNames(piece) {
-        const expression = new RegExp(quote(this.tokens.at(-1)), "gi");
-        const before = this.tokens.slice(0, -1);
+    constantAt(line) {
+        const [name, link] = cells(line).map(plainText);
+        return {path: name, link: link.replace("#", ".html#"), where: link.split(/[#~]/)[0]};
+    }
+
+    async findAllNames() {
+        const last = this.tokens.at(-1);
+        const empty = new Set([...noMatches].filter(([token]) => last.includes(token)).flatMap(([, pieces]) => pieces));
+        const types = this.tokens.slice(0, -1).map(token => this.typesNamed(token));
+        for (let at = 0; at < main.names.length; ++at) {
+            if (empty.has(at)) continue;
+            const piece = await load("names", at);
+            if (this.isOver || await this.findNames(piece, types, () => empty.add(at))) return;
+        }
+        noMatches.clear();
+        noMatches.set(last, [...empty]);
+        this.tell();
+    }
+
+    /** The types of instances in whose names a token stands, a byte each. */
+    typesNamed(token) {
+        const {text, lines, instances, types} = main;
+        const named = new Uint8Array(main.typeCount);
+        const matches = new Matches(text, token, lines[0]);
+        while (matches.next()) {
+            const line = lastNotAbove(lines, matches.at);
+            if (line >= instances + types) break;
+            matches.goOn(lines[line + 1]);
+            if (text.indexOf("\t", lines[line]) <= matches.at) continue;
+            const type = line < instances ? main.typeOf[line] : parseInt(cells(line)[1], 36);
+            if (type >= 0) named[type] = 1;
+        }
+        return named;
+    }
+
+    /** The types of a piece in which all tokens but the last can stand, a byte each; null when there are none. */
+    blocksWith(piece, types) {
+        const may = new Uint8Array(piece.blocks.length).fill(1);
+        types.forEach((named, number) => {
+            const has = Uint8Array.from(may, (_, block) => named[piece.firstType + block]);
+            const matches = new Matches(piece.text, this.tokens[number]);
+            while (matches.next()) {
+                const block = lastNotAbove(piece.blocks, matches.at);
+                has[block] = 1;
+                matches.goOn(piece.blocks[block + 1] ?? piece.text.length);
+            }
+            has.forEach((value, block) => { may[block] &= value; });
+        });
+        return may.includes(1) ? may : null;
+    }
+
+    async findNames(piece, types, tellNone) {
         const {text} = piece;
-        const kept = [0, 0, 0, 0];
+        const matches = new Matches(text, this.tokens.at(-1));
+        let isOne = matches.next();
+        if (!isOne) tellNone();
+        const blocks = isOne && this.blocksWith(piece, types);
         let steps = 0;
-        for (let match = expression.exec(text); match; match = expression.exec(text)) {
+        for (; blocks && isOne; isOne = matches.next()) {
             if ((++steps & 255) === 0 && await this.pause()) return true;
-            const at = match.index;
-            const score = rank(text[at - 1], text[at + match[0].length]);
-            if (!before.length && kept[score] >= MOST_HITS) { this.more = true; continue; }
+            const {at} = matches;
+            const block = lastNotAbove(piece.blocks, at);
+            if (!blocks[block]) {
+                matches.goOn(piece.blocks[block + 1] ?? text.length);
+                continue;
+            }
             const begin = text.lastIndexOf("\n", at) + 1;
             if (text[begin] === "#") continue;
             const tab = text.indexOf("\t", begin);
             const fields = tab >= 0 && tab < at ? text.indexOf("\t", tab + 1) : -1;
             if (tab >= 0 && tab < at && (fields < 0 || fields > at)) continue;      // in a place
-            const block = lastNotAbove(piece.blocks, at);
+            const isField = fields >= 0 && fields < at;
+            const score = rank(text[at - 1], text[matches.behind]);
+            const slot = 2 * score + (isField ? 1 : 0);
+            if (this.kept[slot] >= MOST_HITS) { this.more = true; continue; }
             const type = piece.firstType + block;
-            const nodes = parseType(piece, type);
-            const node = nodes[this.lineOf(text, piece.blocks[block], begin)];
+            const node = parseType(piece, type)[this.lineOf(text, piece.blocks[block], begin)];
             if (!node) continue;
-            const field = fields >= 0 && fields < at ? node.fields[text.slice(fields, at).split(",").length - 1] : null;
-            let shown = 0;
-            for (const instance of placesOf(type)) {
-                const hit = hitOf(type, instance, node, field, this.indices);
-                if (before.length && !holds(hit.path.replace(/\[\w\]/g, ""), this.tokens)) continue;
-                if (shown++ >= MOST_INSTANCES) { this.more = true; break; }
-                this.add(hit, score + (field ? 0.5 : 0.1));
-                ++kept[score];
-            }
-            if (this.hits.length > 40 * MOST_HITS) this.hits = this.best();
+            const field = isField ? node.fields[text.slice(fields, at).split(",").length - 1] : null;
+            this.kept[slot] += this.addPlaces(type, node, field, score + (field ? 0.5 : 0.1));
+            if (this.shown === 0) this.tell();
         }
         return this.pause();
+    }
+
+    /** Adds a node or field wherever its type stands and the tokens are in the path; how often that is. */
+    addPlaces(type, node, field, score) {
+        const inside = "." + node.id.replace(/\[\w\]/g, "") + (field ? "." + field : "");
+        let shown = 0;
+        for (const place of placesOf(type)) {
+            if (this.tokens.length > 1 && !holds(listed(place).name + inside, this.tokens)) continue;
+            if (shown >= MOST_INSTANCES) { this.more = true; break; }
+            ++shown;
+            this.add(hitOf(place, node, field, this.indices), score);
+        }
+        return shown;
     }
 
     /** The number of the line at an offset, counted from that of a block. */
@@ -340,91 +534,121 @@ class Search {
 
     // Words of descriptions and options
 
-    /** The lines in which words stand that begin with a token; null when none do. */
-    async linesOfWord(token) {
+    /** The lines in which a word stands, and those with words that begin so: of both just the first few if few are enough. */
+    async linesOfWord(word, isFew) {
         const first = await load("words", 0);
         const firsts = first.trim() ? first.trim().split("\n") : [];
-        const lines = new Map();
-        for (let at = Math.max(0, lastNotAbove(firsts, token)); at < firsts.length && (firsts[at] <= token || firsts[at].startsWith(token)); ++at) {
+        const lines = {word, whole: new Lines(), begun: new Lines()};
+        let at = firsts.findIndex(first => first >= word);
+        at = at < 0 ? firsts.length - 1 : Math.max(0, at - 1);
+        for (; at >= 0 && at < firsts.length && (firsts[at] <= word || firsts[at].startsWith(word)); ++at) {
             const text = await load("words", at + 1);
-            if (this.isOver) return null;
-            for (let found = text.indexOf("\n" + token); found >= 0; found = text.indexOf("\n" + token, found + 1)) {
+            for (let found = text.indexOf("\n" + word); found >= 0; found = text.indexOf("\n" + word, found + 1)) {
                 const tab = text.indexOf("\t", found);
-                const isWhole = tab - found - 1 === token.length;
-                let line = 0;
-                for (const step of text.slice(tab + 1, text.indexOf("\n", tab)).split(" ")) {
-                    line += parseInt(step, 36);
-                    if (isWhole || !lines.has(line)) lines.set(line, isWhole);
-                }
-                if (lines.size > 200000) break;
+                readLines(text, tab + 1, tab - found - 1 === word.length ? lines.whole : lines.begun, isFew ? 4 * MOST_HITS : Infinity);
+                if (await this.pause() || (isFew && lines.begun.size > MOST_HITS)) return lines;
             }
         }
-        return lines.size ? lines : null;
+        return lines;
     }
 
     async findWords() {
-        const words = this.tokens.flatMap(token => token.split(/[^\p{L}\p{N}]+/u)).filter(word => word.length >= 2);
+        const words = [...new Set(this.tokens.flatMap(token => token.split(/[^\p{L}\p{N}]+/u)).filter(word => word.length >= 2)
+            .map(word => word.slice(0, 40)))];
         if (!words.length) return;
-        const found = [];
-        for (const word of words) {
-            const lines = await this.linesOfWord(word);
-            if (this.isOver) return;
-            found.push({word, lines: lines || new Map()});
-        }
+        const found = await Promise.all(words.map(word => this.linesOfWord(word, words.length === 1)));
+        if (this.isOver) return;
+        const has = ({whole, begun}, line) => whole.has(line) || begun.has(line);
+        const rarest = found.filter(({whole, begun}) => whole.size + begun.size)
+            .sort((a, b) => a.whole.size + a.begun.size - b.whole.size - b.begun.size);
         // A word may stand in the description or in the path; the rarest one that descriptions have leads.
-        const leading = found.filter(({lines}) => lines.size).sort((a, b) => a.lines.size - b.lines.size);
-        for (const first of leading) {
-            if (await this.addLines(first.lines, found.filter(it => it !== first), words)) return;
+        for (const leading of rarest) {
+            const others = found.filter(it => it !== leading);
+            let shown = 0;
+            for (const [lines, score] of [[leading.whole, 2.5], [leading.begun, 3.5]]) {
+                shown += await this.addLines(this.sorted(lines, others, has), score, words, others, has, MOST_HITS - shown);
+                if (this.isOver) return;
+            }
+            if (shown > 0) return;
         }
     }
 
-    /** Adds lines of which the other words are in the description or in the path; true when some are, or it is over. */
-    async addLines(lines, others, words) {
-        const inLine = line => others.filter(({lines}) => lines.has(line)).length;
-        const sorted = [...lines].map(([line, isWhole]) => [line, isWhole, inLine(line)])
-            .sort((a, b) => b[2] - a[2] || b[1] - a[1] || a[0] - b[0]);
-        let shown = 0, tried = 0;
-        for (const [line, isWhole] of sorted) {
-            if (shown >= MOST_HITS || ++tried > MOST_LINES) { this.more = true; break; }
-            const inPath = others.filter(({lines}) => !lines.has(line)).map(({word}) => word);
-            if (await this.addLine(line, isWhole ? 2.5 : 3.5, words, inPath)) ++shown;
-            if (await this.pause()) return true;
+    /** Lines with more of the other words before those with less, as far as they are looked at. */
+    sorted(lines, others, has) {
+        const by = others.map(() => []);
+        by.push([]);
+        for (const line of lines) {
+            const list = by[others.filter(other => has(other, line)).length];
+            if (list.length <= MOST_LINES) list.push(line);
         }
-        return shown > 0;
+        return by.reverse().flat();
     }
 
-    /** Adds what a line describes; false when other words of the search are not in its path. */
-    async addLine(line, score, words, others) {
+    /** Adds lines of which the other words are in the description or in the path; how many. */
+    async addLines(lines, score, words, others, has, most) {
+        let shown = 0;
+        for (let at = 0; at < lines.length && shown < most; at += TOGETHER) {
+            if (at > MOST_LINES) { this.more = true; break; }
+            const some = lines.slice(at, at + TOGETHER);
+            const added = await Promise.all(some.map(line =>
+                this.lineHits(line, words, others.filter(other => !has(other, line)).map(({word}) => word))));
+            if (this.isOver) return shown;
+            for (const hits of added) {
+                if (hits.length) ++shown;
+                for (const hit of hits) this.add(hit, score);
+            }
+            if (this.shown === 0) this.tell();
+            if (await this.pause()) return shown;
+        }
+        if (shown >= most) this.more = true;
+        return shown;
+    }
+
+    /** What a line describes, wherever it stands and the words that are not in it are in its path. */
+    async lineHits(line, words, others) {
         const piece = await load("names", lastNotAbove(main.names, line, entry => entry[1]));
-        piece.lines ??= linesOfBlocks(piece);
         const block = lastNotAbove(piece.lines, line);
         const type = piece.firstType + block;
         const node = parseType(piece, type)[line - piece.lines[block]];
-        if (!node) return false;
-        const isRoot = node === parseType(piece, type)[0];
-        const place = instance => hitOf(type, instance, isRoot ? null : node).path.toLowerCase();
-        const places = placesOf(type).filter(instance => !others.length || others.every(word => place(instance).includes(word)));
-        if (!places.length) return false;
+        if (!node) return [];
+        const shown = line === piece.lines[block] ? null : node;
+        const isThere = place => {
+            const path = (listed(place).name + "." + node.id).toLowerCase();
+            return others.every(word => path.includes(word));
+        };
+        const places = placesOf(type).filter(place => !others.length || isThere(place));
+        if (!places.length || this.isOver) return [];
         const number = lastNotAbove(main.texts, line);
-        const texts = (await load("texts", number))[line - main.texts[number]].split("\t");
+        const texts = textAt(await load("texts", number), line - main.texts[number]);
         const wanted = words.filter(word => !others.includes(word));
         const at = Math.max(0, texts.findIndex(text => wanted.some(word => text.toLowerCase().includes(word))));
         if (places.length > 3) this.more = true;
-        for (const instance of places.slice(0, 3))
-            this.add({...hitOf(type, instance, isRoot ? null : node, at ? node.fields[at - 1] : null, this.indices), says: texts[at]}, score);
-        return true;
+        return places.slice(0, 3).map(place => ({...hitOf(place, shown, at ? node.fields[at - 1] : null, this.indices), says: texts[at]}));
     }
 }
 
-/** The line with which each type of a piece begins. */
-function linesOfBlocks(piece) {
-    const lines = [];
-    let line = piece.firstLine, at = 0;
-    for (const block of piece.blocks) {
-        for (let next = piece.text.indexOf("\n", at + 1); next >= 0 && next < block; next = piece.text.indexOf("\n", next + 1)) ++line, at = next;
-        lines.push(line);
+/** Adds the lines that are listed from a place of a text on: how far each lies behind the one before, in digits and letters. */
+function readLines(text, at, lines, most) {
+    let line = 0, step = 0;
+    for (let count = 0; count < most; ++at) {
+        const code = text.charCodeAt(at);
+        if (code > 32) {
+            step = step * 36 + (code >= 97 ? code - 87 : code - 48);
+            continue;
+        }
+        line += step;
+        step = 0;
+        lines.add(line);
+        ++count;
+        if (code !== 32) return;
     }
-    return lines;
+}
+
+/** The texts of a line of a piece: that of the register, then those of its fields. */
+function textAt(piece, number) {
+    let begin = 1;
+    for (; number > 0; --number) begin = piece.indexOf("\n", begin) + 1;
+    return copyOf(piece.slice(begin, piece.indexOf("\n", begin))).split("\t").map(plainText);
 }
 
 // The box ------------------------------------------------------------------------------------------------------------------
@@ -533,6 +757,13 @@ function start() {
     search.run().catch(error => { count.textContent = String(error.message); open(true); });
 }
 
+/** What every search reads, before the first key: as many names as are kept. */
+async function preload() {
+    await load("main", 0);
+    await load("words", 0);
+    for (let at = 0, size = 0; at < main.names.length && size < KEPT.names; ++at) size += (await load("names", at)).text.length;
+}
+
 function follow(option) {
     if (!option) return;
     stop();
@@ -549,7 +780,7 @@ function follow(option) {
 
 input.addEventListener("input", start);
 input.addEventListener("focus", () => {
-    load("main", 0).then(() => load("names", 0)).catch(() => {});
+    preload().catch(() => {});
     if (input.value.trim() && panel.hidden) start();
 });
 input.addEventListener("keydown", event => {
