@@ -6,40 +6,52 @@
 
 #include <QVarLengthArray>
 
+#include <algorithm>
 #include <array>
 
 using namespace Qt::StringLiterals;
 
-// One row of the diagram of the register ctrl, whose highest field is at bits 13 to 8; the rest of a row is a gap:
+// The upper half of the diagram of the register ctrl, whose highest field is at bits 25 to 18; the rest is a gap:
 //
-//     <svg class="bits" viewBox="0 0 642 50" width="642" height="50" role="group" aria-label="Bits of ctrl">
-//     <use href="#-low"/>                                            the numbers of the bits
-//     <path class="gap" d="M1 16h80v32h-80z"/>
-//     <path class="box" d="M81 16h240v32h-240z"/>
-//     <a href="#ctrl.speed"><text x="201" y="30">speed</text></a>
-//     <text class="say" x="201" y="43">rw 2</text></svg>
+//     <div class="bits" role="group" aria-label="Bits of ctrl">
+//     <svg viewBox="0 0 320 50"><use href="#-3"/>                        the numbers of the bits
+//     <path class="gap" d="M0 15h240v34h-240z"/>
+//     <path class="box" d="M320 15h-80v34h80"/>                          open where the field goes on
+//     <text class="rest" x="280" y="36">speed</text></svg>               its name again, for narrow screens
+//     <svg class="top" viewBox="0 0 320 50"><use href="#-2"/>...
+//     <g class="m2"><a href="#ctrl.speed"><text x="120" y="29">speed</text></a>
+//     <text class="say" x="120" y="44">rw 2</text></g></svg>
+//
+// A drawing has eight bits. Two stand side by side where there is room, and one above the other on narrow screens. The
+// name of a field stands in the larger of its parts; where two are side by side the style sheet moves it to the middle
+// of both: "p" or "m" and how many half bits to the right or to the left.
 
 namespace veldmap {
 
 namespace {
 
 constexpr int kBitsInRow = 16;
-constexpr int kBitWidth = 40; // of 642 units, which are pixels on a wide page
-constexpr int kBorder = 1;
+constexpr int kBitsInDrawing = 8;
+constexpr int kBitWidth = 40; // units, which are pixels on a wide page
 constexpr int kNumbersHeight = 15;
 constexpr int kBoxHeight = 34;
 constexpr int kEmptyBoxHeight = 16; // of a row without fields
-constexpr int kRowGap = 5;
-constexpr int kLetterWidth = 7;    // of a name
-constexpr int kLongestTurned = 18; // letters of a name that stands upright
+constexpr int kLetterWidth = 7;     // of a name
+constexpr int kLongestTurned = 18;  // letters of a name that stands upright
 
-/// Neighbouring bits of one row that the same field covers, or none.
+/// Neighbouring bits of one drawing that the same field covers, or none.
 struct Cell {
     int highest;
     int lowest;
-    int field;      ///< the first that covers it; -1 in a gap
-    int other = -1; ///< a second one that does
-    int width() const { return (highest - lowest + 1) * kBitWidth; }
+    int field;         ///< the first that covers it; -1 in a gap
+    int other = -1;    ///< a second one that does
+    int bitsLeft = 0;  ///< of the same in the drawing to the left of it
+    int bitsRight = 0; ///< in the one to the right
+    int bits() const { return highest - lowest + 1; }
+    int width() const { return bits() * kBitWidth; }
+    int left() const { return (kBitsInDrawing - 1 - highest % kBitsInDrawing) * kBitWidth; }
+    /// Whether the name stands here, and not in the other part.
+    bool isNamed() const { return field >= 0 && bits() > bitsLeft && bits() >= bitsRight; }
 };
 
 struct Coverage {
@@ -67,15 +79,19 @@ Bits coverageOf(const VMValuable &valuable, int bits)
 
 using Cells = QVarLengthArray<Cell, kBitsInRow>;
 
+/// The cells of a row, cut between its two drawings.
 Cells cellsOf(const Bits &coverage, int highest, int lowest)
 {
     Cells cells;
     for (int bit = highest; bit >= lowest; --bit) {
         const Coverage &covered = coverage[static_cast<std::size_t>(bit)];
-        if (bit == highest || covered != coverage[static_cast<std::size_t>(bit) + 1])
-            cells.append({bit, bit, covered.field, covered.other});
+        const bool goesOn = bit != highest && covered == coverage[static_cast<std::size_t>(bit) + 1];
+        if (!goesOn || bit % kBitsInDrawing == kBitsInDrawing - 1)
+            cells.append({bit, bit, covered.field, covered.other, goesOn ? cells.last().bits() : 0});
         cells.last().lowest = bit;
     }
+    for (qsizetype at = 1; at < cells.size(); ++at)
+        cells[at - 1].bitsRight = cells[at].bitsLeft > 0 ? cells[at].bits() : 0;
     return cells;
 }
 
@@ -92,20 +108,10 @@ public:
         if (bits == 0)
             return;
         const Bits coverage = coverageOf(m_valuable, bits);
-        QVarLengthArray<Cells, 2> rows;
+        m_text.put("<div class=\"bits\" role=\"group\" aria-label=\"Bits of "_L1, m_valuable.getName(), "\">"_L1);
         for (int highest = bits - 1; highest >= 0; highest -= kBitsInRow)
-            rows.append(cellsOf(coverage, highest, qMax(highest - kBitsInRow + 1, 0)));
-        int height = -kRowGap;
-        for (const Cells &cells : rows)
-            height += kNumbersHeight + boxHeightOf(cells) + kRowGap + 1;
-        const int width = qMin(bits, kBitsInRow) * kBitWidth + 2 * kBorder;
-        m_text.put("<svg class=\"bits b"_L1, qMin(bits, kBitsInRow), "\" viewBox=\"0 0 "_L1, width, " "_L1, height,
-                   "\" width=\""_L1, width, "\" height=\""_L1, height, "\" role=\"group\" aria-label=\"Bits of "_L1,
-                   m_valuable.getName(), "\">"_L1);
-        int top = 0;
-        for (const Cells &cells : rows)
-            top = writeRow(cells, top, bits) + kRowGap + 1;
-        m_text.put("</svg>\n"_L1);
+            writeRow(cellsOf(coverage, highest, qMax(highest - kBitsInRow + 1, 0)));
+        m_text.put("</div>\n"_L1);
     }
 
 private:
@@ -121,7 +127,7 @@ private:
         int height = kEmptyBoxHeight;
         for (const Cell &cell : cells) {
             height = cell.field < 0 ? height : qMax(height, kBoxHeight);
-            if (cell.field < 0 || fits(fieldOf(cell).getName().size(), cell))
+            if (!cell.isNamed() || fits(fieldOf(cell).getName().size(), cell))
                 continue;
             const int letters = static_cast<int>(qMin<qsizetype>(fieldOf(cell).getName().size(), kLongestTurned));
             height = qMax(height, letters * kLetterWidth + 24);
@@ -129,28 +135,36 @@ private:
         return height;
     }
 
-    int xOf(int bit, int highestOfRow) const { return kBorder + (highestOfRow - bit) * kBitWidth; }
-
-    int writeRow(const Cells &cells, int top, int bits)
+    void writeRow(const Cells &cells)
     {
-        const int highest = cells.first().highest;
-        const QLatin1StringView numbers = bits <= 8 ? "-byte"_L1 : highest >= kBitsInRow ? "-high"_L1 : "-low"_L1;
-        m_text.put("<use href=\"#"_L1, numbers, "\""_L1);
-        if (top > 0)
-            m_text.put(" y=\""_L1, top, "\""_L1);
-        m_text.put("/>"_L1);
-        const int boxTop = top + kNumbersHeight;
         const int height = boxHeightOf(cells);
-        writeBoxes(cells, highest, boxTop, height, true);
-        writeBoxes(cells, highest, boxTop, height, false);
-        for (const Cell &cell : cells) {
-            if (cell.field >= 0)
-                writeField(cell, xOf(cell.highest, highest), boxTop, height);
+        for (const Cell *begin = cells.begin(); begin != cells.end();) {
+            const int drawing = begin->highest / kBitsInDrawing;
+            const Cell *end = std::find_if(begin, cells.end(),
+                                           [&](const Cell &cell) { return cell.highest / kBitsInDrawing != drawing; });
+            writeDrawing({begin, end}, drawing, height);
+            begin = end;
         }
-        return boxTop + height;
     }
 
-    void writeBoxes(const Cells &cells, int highest, int top, int height, bool gaps)
+    void writeDrawing(std::span<const Cell> cells, int drawing, int height)
+    {
+        // The drawing on the left lies above its neighbour, unless a name of that reaches into it.
+        const bool isTop = cells[0].bitsLeft > 0 && cells[0].isNamed();
+        m_text.put(isTop ? "<svg class=\"top\" viewBox=\"0 0 320 "_L1 : "<svg viewBox=\"0 0 320 "_L1,
+                   kNumbersHeight + height + 1, "\"><use href=\"#-"_L1, drawing, "\"/>"_L1);
+        writeBoxes(cells, height, true);
+        writeBoxes(cells, height, false);
+        for (const Cell &cell : cells) {
+            if (cell.isNamed())
+                writeField(cell, height);
+            else if (cell.field >= 0)
+                writeRest(cell, height);
+        }
+        m_text.put("</svg>"_L1);
+    }
+
+    void writeBoxes(std::span<const Cell> cells, int height, bool gaps)
     {
         bool isOpen = false;
         for (const Cell &cell : cells) {
@@ -159,24 +173,29 @@ private:
             if (!isOpen)
                 m_text.put(gaps ? "<path class=\"gap\" d=\""_L1 : "<path class=\"box\" d=\""_L1);
             isOpen = true;
-            m_text.put("M"_L1, xOf(cell.highest, highest), " "_L1, top, "h"_L1, cell.width(), "v"_L1, height, "h-"_L1,
-                       cell.width(), "z"_L1);
+            const bool goesOn = cell.bitsRight > 0; // then from the right
+            m_text.put("M"_L1, goesOn ? cell.left() + cell.width() : cell.left(), " "_L1, kNumbersHeight,
+                       goesOn ? "h-"_L1 : "h"_L1, cell.width(), "v"_L1, height, goesOn ? "h"_L1 : "h-"_L1, cell.width(),
+                       goesOn || cell.bitsLeft > 0 ? ""_L1 : "z"_L1);
         }
         if (isOpen)
             m_text.put("\"/>"_L1);
     }
 
-    void writeField(const Cell &cell, int left, int top, int height)
+    void writeField(const Cell &cell, int height)
     {
         const VMBitField &field = fieldOf(cell);
         QStringView name = field.getName();
-        const int middle = left + cell.width() / 2;
+        const int middle = cell.left() + cell.width() / 2;
+        const bool isMoved = cell.bitsLeft > 0 || cell.bitsRight > 0;
+        if (isMoved)
+            m_text.put("<g class=\""_L1, cell.bitsLeft > 0 ? "m"_L1 : "p"_L1, cell.bitsLeft + cell.bitsRight, "\">"_L1);
         m_text.put("<a href=\"#"_L1, fragmentOf(m_ids[static_cast<std::size_t>(cell.field)]), "\"><text x=\""_L1,
                    middle, "\" y=\""_L1);
+        const int y = kNumbersHeight + (height - 16) / 2;
         if (fits(name.size(), cell)) {
-            m_text.put(top + (height - 16) / 2 + 5, "\">"_L1, name);
+            m_text.put(y + 5, "\">"_L1, name);
         } else {
-            const int y = top + (height - 16) / 2;
             m_text.put(y, "\" transform=\"rotate(-90 "_L1, middle, " "_L1, y, ")\" dy=\"4\">"_L1);
             const bool isCut = name.size() > kLongestTurned;
             if (isCut)
@@ -184,7 +203,18 @@ private:
             m_text.put(name, isCut ? QStringView(u"…") : QStringView());
         }
         m_text.put(cell.other >= 0 ? "+</text></a>"_L1 : "</text></a>"_L1);
-        writeState(field, cell, middle, top + height - 5);
+        writeState(field, cell, middle, kNumbersHeight + height - 5);
+        if (isMoved)
+            m_text.put("</g>"_L1);
+    }
+
+    /// The part of a field whose name stands in the other one.
+    void writeRest(const Cell &cell, int height)
+    {
+        const QStringView name = fieldOf(cell).getName();
+        m_text.put("<text class=\"rest\" x=\""_L1, cell.left() + cell.width() / 2, "\" y=\""_L1,
+                   kNumbersHeight + height / 2 + 4, "\">"_L1, fits(name.size(), cell) ? name : QStringView(u"…"),
+                   "</text>"_L1);
     }
 
     /// Who may access the field and, where there is room, its reset value.
@@ -202,12 +232,12 @@ private:
     std::span<const QByteArray> m_ids;
 };
 
-void appendNumbers(HtmlText &text, QLatin1StringView id, int highest, int lowest)
+void appendNumbers(HtmlText &text, int drawing)
 {
-    text.put("<g id=\""_L1, id, "\">"_L1);
-    for (int bit = highest; bit >= lowest; --bit)
-        text.put("<text class=\"number\" x=\""_L1, kBorder + (highest - bit) * kBitWidth + kBitWidth / 2,
-                 "\" y=\"11\">"_L1, bit, "</text>"_L1);
+    text.put("<g id=\"-"_L1, drawing, "\">"_L1);
+    for (int at = 0; at < kBitsInDrawing; ++at)
+        text.put("<text class=\"number\" x=\""_L1, at * kBitWidth + kBitWidth / 2, "\" y=\"11\">"_L1,
+                 drawing * kBitsInDrawing + kBitsInDrawing - 1 - at, "</text>"_L1);
     text.put("</g>"_L1);
 }
 
@@ -216,9 +246,8 @@ void appendNumbers(HtmlText &text, QLatin1StringView id, int highest, int lowest
 void appendDiagramParts(HtmlText &text)
 {
     text.put("<svg class=\"parts\" width=\"0\" height=\"0\" aria-hidden=\"true\"><defs>"_L1);
-    appendNumbers(text, "-high"_L1, 31, 16);
-    appendNumbers(text, "-low"_L1, 15, 0);
-    appendNumbers(text, "-byte"_L1, 7, 0);
+    for (int drawing = kMostBits / kBitsInDrawing - 1; drawing >= 0; --drawing)
+        appendNumbers(text, drawing);
     text.put("</defs></svg>\n"_L1);
 }
 

@@ -18,7 +18,7 @@ using namespace Qt::StringLiterals;
 //     <h2><a href="#ctrl">ctrl</a></h2>
 //     <p class="facts"><b>0x40000000</b> offset 0x0 ... <span class="source">uart.xml:10</span></p>
 //     <div class="text">Control</div>
-//     <div class="wide"><svg class="bits" ...>...</svg></div>                            bit_diagram.cpp
+//     <div class="bits" ...>...</div>                                                    bit_diagram.cpp
 //     <div class="wide"><table class="fields">
 //         <tr id="ctrl.speed" data-up="3" data-down="1" data-macro="UART_SPEED(n)" data-mask="UART_SPEED_MASK">
 //         <th scope="row"><a href="#ctrl.speed">speed</a></th><td>3:1</td><td>read, write</td><td>2</td>
@@ -478,9 +478,8 @@ private:
 
     void writeFields(const VMValuable &valuable, const PageRow &row)
     {
-        m_text.put("<div class=\"wide\">"_L1);
         appendDiagram(m_text, valuable, row.fieldIds);
-        m_text.put("</div>\n<div class=\"wide\"><table class=\"fields\">\n<thead><tr><th scope=\"col\">Field</th>"
+        m_text.put("<div class=\"wide\"><table class=\"fields\">\n<thead><tr><th scope=\"col\">Field</th>"
                    "<th scope=\"col\">Bits</th><th scope=\"col\">Access</th><th scope=\"col\">Reset</th>"
                    "<th scope=\"col\">Description</th><th scope=\"col\">Source</th></tr></thead>\n<tbody>\n"_L1);
         for (std::size_t at = 0; at < valuable.bitFields.size(); ++at)

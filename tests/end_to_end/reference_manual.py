@@ -232,18 +232,14 @@ class Opened(support.Case):
         self.browser.wait(lambda: self.shown() == page, f"{page}, not {self.shown()}")
 
     def search(self, text, at_least=1):
-        """The paths of the hits, once there are some and no more come."""
+        """The paths of the hits, once all are there."""
         self.browser.run("""const box = document.querySelector('.search'); box.value = ''; box.focus();
             box.dispatchEvent(new Event('input'))""")
         self.browser.type(*text)
-        hits = []
-
-        def settled():
-            nonlocal hits
-            before, hits = hits, self.hits()
-            return len(hits) >= at_least and before == hits
-        self.browser.wait(settled, f"{at_least} hits of {text}")
-        return hits
+        self.browser.wait(lambda: self.browser.run("return document.getElementById('-hits').ariaBusy") == "false",
+                          f"the end of a search for {text}")
+        self.assertGreaterEqual(len(self.hits()), at_least, text)
+        return self.hits()
 
     def hits(self):
         return self.browser.run("return [...document.querySelectorAll('#-hits .path')].map(path => path.textContent)")
@@ -336,6 +332,9 @@ class FromDisk(Opened):
         self.search("status", 2)
         self.browser.type("Enter")
         self.wait_for("UART0.html#status")
+        self.browser.run("const box = document.querySelector('.search'); box.value = ''; box.focus()")
+        self.browser.type(*"uart1.ctrl", "Enter")           # however soon
+        self.wait_for("UART1.html#ctrl")
         self.search("<b>zzz", 0)
         self.browser.wait(lambda: self.text(".count") == "Nothing found", "no hits")
         self.browser.type("Escape", "Escape")
@@ -424,9 +423,16 @@ class FromDisk(Opened):
                     const box = diagram.getBoundingClientRect();
                     return [...diagram.querySelectorAll('text')].some(text => {
                         const at = text.getBoundingClientRect();
-                        return at.left < box.left - 1 || at.right > box.right + 1 || at.bottom > box.bottom + 1; }); })
+                        return at.width && (at.left < box.left - 1 || at.right > box.right + 1 || at.bottom > box.bottom + 1); }); })
                     .map(diagram => diagram.getAttribute('aria-label'))""")
                 self.assertEqual(wide, [], (page, width))
+                # two drawings of eight bits side by side, or one above the other at their full size
+                places = self.browser.run("""return [...document.querySelectorAll('.bits')].map(diagram => [...diagram.children]
+                    .map(drawing => drawing.getBoundingClientRect())).filter(drawings => drawings.length > 1)
+                    .map(([first, second]) => [first.top < second.top, Math.round(first.width)])""")
+                for is_above, wide in places:
+                    self.assertEqual(is_above, width < 480, (page, width))
+                    self.assertGreaterEqual(wide, 320 if width in (360, 768, 1280, 2560) else 220, (page, width))
         self.browser.devtools("Emulation.clearDeviceMetricsOverride")
 
     def test_print(self):
@@ -439,6 +445,31 @@ class FromDisk(Opened):
         self.assertEqual(self.browser.run("return getComputedStyle(document.body).backgroundColor"), "rgb(255, 255, 255)")
         self.browser.devtools("Emulation.setEmulatedMedia", media="", features=[])
         self.assertTrue(self.browser.pdf().startswith(b"%PDF"))
+
+    @unittest.skipUnless(shutil.which("pdftotext"), "not installed: poppler-utils")
+    def test_manual_on_paper(self):
+        """A chapter begins a page, heads of tables come again, diagrams stay whole."""
+        chip = self.site / "odd.xml"
+        self.addCleanup(shutil.rmtree, self.site / "paper")
+        for roots in (["--chip", CHIP, "--soft", SOFT], ["--chip", chip]):
+            paper = site_of(self.site / "paper", "--single", *roots)
+            self.open("paper/manual.html")
+            (self.folder / "manual.pdf").write_bytes(self.browser.pdf())
+            text = subprocess.run(["pdftotext", "-layout", self.folder / "manual.pdf", "-"], capture_output=True, check=True).stdout
+            pages = [page.strip().splitlines() for page in text.decode().split("\f") if page.strip()]
+            chapters = re.findall(r'<article class="chapter" data-name="([^"]+)"', (paper / "manual.html").read_text())
+            self.assertGreater(len(chapters), 5)
+            for name in chapters:
+                self.assertIn(name, [page[0].strip() for page in pages])
+            self.assertTrue(any(line.strip() == "Instances" for line in pages[0]))
+            for page in pages:
+                words = [line.split() for line in page]
+                self.assertNotRegex(page[0], r"^\S+ +\d+(:\d+)? +(read|write)", page)      # a field without the table's head
+                rows = [[int(word) for word in line] for line in words if len(line) == 16 and line[0] in ("15", "31") and all(word.isdigit() for word in line)]
+                for at, row in enumerate(rows):
+                    if row[0] == 31:
+                        self.assertEqual(rows[at + 1:at + 2], [[*range(15, -1, -1)]], page)
+                self.assertGreater(len(page[-1].strip()), 0)
 
     def test_without_scripts(self):
         self.browser.devtools("Emulation.setScriptExecutionDisabled", value=True)

@@ -349,7 +349,8 @@ class Search {
 
     async run() {
         if (!main) await load("main", 0);
-        if (this.isOver || !this.tokens.length) return;
+        if (this.isOver) return;
+        if (!this.tokens.length) return this.found(this, true);
         await this.findAddress();
         if (this.isOver) return;
         this.findListed();
@@ -725,7 +726,10 @@ function show(hits, isDone) {
     select(again >= 0 ? again : hits.length ? 0 : -1, false);
     count.textContent = hits.length ? (search.more && hits.length >= MOST_HITS ? `The best ${hits.length} hits` : hits.length === 1 ? "1 hit" : `${hits.length} hits`)
         : isDone ? "Nothing found" : "Searching…";
+    list.classList.remove("old");
+    list.setAttribute("aria-busy", String(!isDone));
     open(true);
+    if (isDone && search.isToFollow) follow(list.children[selected]);
 }
 
 function select(at, isByReader = true) {
@@ -753,6 +757,8 @@ function start() {
     if (search) search.isOver = true;
     if (!input.value.trim()) return stop();
     isMoved = false;
+    list.classList.add("old");          // until the first hits of this search
+    list.setAttribute("aria-busy", "true");
     search = new Search(input.value, (it, isDone) => { if (it === search) show(it.best(), isDone); });
     search.run().catch(error => { count.textContent = String(error.message); open(true); });
 }
@@ -788,7 +794,8 @@ input.addEventListener("keydown", event => {
     if (step && !panel.hidden) {
         select(Math.max(0, Math.min(list.children.length - 1, selected + step)));
     } else if (event.key === "Enter") {
-        follow(list.children[selected]);
+        if (!list.classList.contains("old")) follow(list.children[selected]);
+        else if (search) search.isToFollow = true;              // there are no hits yet
     } else if (event.key === "Escape") {
         if (panel.hidden || !input.value) { input.blur(); stop(); } else { input.value = ""; stop(); }
     } else {

@@ -164,6 +164,7 @@ function mark(element) {
     if (target) target.classList.add("target");
 }
 
+let showPlace = () => {};               // marks the section that is read in the table of contents
 let isSettling = false;                 // scrolled to where a link led, not by the reader
 let settled;
 
@@ -183,6 +184,7 @@ function arrive() {
     if (!Number.isNaN(value) && section && section.dataset.bits) openDecoder(section, value);
     settle();
     element.scrollIntoView({block: element.tagName === "TR" ? "center" : "start"});
+    showPlace();
 }
 
 /** Links to members of arrays lead to the one that is shown. */
@@ -222,7 +224,9 @@ function followReader() {
     }
 
     function update() {
-        const section = sectionAt(parseFloat(getComputedStyle(document.documentElement).scrollPaddingTop) + 24);
+        // What a link led to near the end of a page does not come up to the top.
+        const section = isSettling && target ? target.closest("section") :
+            sectionAt(parseFloat(getComputedStyle(document.documentElement).scrollPaddingTop) + 24);
         const row = section && rows.get(section.id);
         if (row !== here) {
             if (here) { here.classList.remove("here"); here.querySelector("a").removeAttribute("aria-current"); }
@@ -258,6 +262,7 @@ function followReader() {
         waiting = true;
         requestAnimationFrame(() => { waiting = false; update(); });
     }, {passive: true});
+    showPlace = update;
     update();
 }
 
