@@ -61,8 +61,9 @@ CommentTag tagAt(QStringView text)
     while (behind < end && text[behind].unicode() < 0x80 && text[behind].isLetterOrNumber())
         ++behind;
     const QStringView name = text.sliced(begin, behind - begin);
-    const auto row = std::ranges::find_if(
-        kHarmless, [&](const HarmlessTag &known) { return name.compare(known.name, Qt::CaseInsensitive) == 0; });
+    const auto row = std::ranges::find_if(kHarmless, [&](const HarmlessTag &known) {
+        return name.size() == known.name.size() && name.compare(known.name, Qt::CaseInsensitive) == 0;
+    });
     const bool isWhole = behind == end || text[behind].isSpace() || text[behind] == u'/';
     tag.known = row != std::end(kHarmless) && isWhole ? row : nullptr;
     return tag;
@@ -97,6 +98,10 @@ void readComment(QStringView comment, Listener &listener)
             listener.text(comment.sliced(begin, end - begin));
     };
     for (qsizetype at = 0; at < comment.size();) {
+        if (comment[at] != u'<' && comment[at] != u'&') {
+            ++at;
+            continue;
+        }
         const QStringView rest = comment.sliced(at);
         qsizetype length = 0;
         if (rest[0] == u'<') {
@@ -105,12 +110,10 @@ void readComment(QStringView comment, Listener &listener)
                 listener.tag(tag, rest.first(tag.length));
                 length = tag.length;
             }
-        } else if (rest[0] == u'&') {
-            if (const Entity entity = entityAt(rest); entity.length > 0) {
-                flush(at);
-                listener.character(QChar(entity.character));
-                length = entity.length;
-            }
+        } else if (const Entity entity = entityAt(rest); entity.length > 0) {
+            flush(at);
+            listener.character(QChar(entity.character));
+            length = entity.length;
         }
         at += qMax<qsizetype>(length, 1);
         if (length > 0)

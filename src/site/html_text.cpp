@@ -1,5 +1,6 @@
 #include "site/html_text.h"
 
+#include <array>
 #include <charconv>
 
 using namespace Qt::StringLiterals;
@@ -8,7 +9,20 @@ namespace veldmap {
 
 namespace {
 
-/// What stands in HTML for \a unit, of ASCII; empty for what stands for itself.
+/// Whether \a unit stands for itself, in one byte.
+constexpr bool isPlain(char16_t unit)
+{
+    return unit >= 0x20 && unit < 0x7F && unit != u'&' && unit != u'<' && unit != u'>' && unit != u'"' && unit != u'\'';
+}
+
+constexpr auto kPlain = [] {
+    std::array<bool, 0x80> plain{};
+    for (char16_t unit = 0; unit < plain.size(); ++unit)
+        plain[unit] = isPlain(unit);
+    return plain;
+}();
+
+/// What stands in HTML for \a unit, of ASCII, which is not plain.
 QLatin1StringView escapeOf(char16_t unit)
 {
     switch (unit) {
@@ -23,8 +37,7 @@ QLatin1StringView escapeOf(char16_t unit)
     case u'\'':
         return "&#39;"_L1;
     default:
-        // HTML knows no control characters but blanks.
-        return unit < 0x20 || unit == 0x7F ? " "_L1 : QLatin1StringView();
+        return " "_L1; // HTML knows no control characters but blanks
     }
 }
 
@@ -34,16 +47,17 @@ char *HtmlText::write(char *out, QStringView piece)
 {
     for (qsizetype at = 0; at < piece.size(); ++at) {
         const char16_t unit = piece[at].unicode();
-        if (unit >= 0x80) {
+        if (unit < kPlain.size() && kPlain[unit]) {
+            *out++ = static_cast<char>(unit);
+        } else if (unit >= 0x80) {
             qsizetype end = at + 1;
             while (end < piece.size() && piece[end].unicode() >= 0x80)
                 ++end;
             const QByteArray run = piece.sliced(at, end - at).toUtf8();
             out = copy(out, run.data(), run.size());
             at = end - 1;
-        } else if (const QLatin1StringView escape = escapeOf(unit); escape.isEmpty()) {
-            *out++ = static_cast<char>(unit);
         } else {
+            const QLatin1StringView escape = escapeOf(unit);
             out = copy(out, escape.data(), escape.size());
         }
     }

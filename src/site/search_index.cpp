@@ -9,6 +9,9 @@
 #include <QHash>
 
 #include <algorithm>
+#include <array>
+#include <charconv>
+#include <string_view>
 
 using namespace Qt::StringLiterals;
 
@@ -54,6 +57,10 @@ qint64 linesOfType(const VMXMLElement &type)
 /// Appends \a text as it stands inside of a comment of a script.
 void appendQuoted(QByteArray &script, QByteArrayView text)
 {
+    if (!text.contains('\\') && !text.contains("*/")) {
+        script += text;
+        return;
+    }
     char before = 0;
     for (const char c : text) {
         if (c == '\\' || (c == '/' && before == '*'))
@@ -78,8 +85,14 @@ void closeScript(QByteArray &script)
 /// A piece of an id in a line of names.
 void appendName(QByteArray &line, QByteArrayView name)
 {
+    constexpr std::string_view kSpecial = ",{}#%\\*@";
+    const auto isSpecial = [&](char c) { return kSpecial.find(c) != kSpecial.npos; };
+    if (std::ranges::none_of(name, isSpecial)) {
+        line += name;
+        return;
+    }
     for (const char c : name) {
-        if (std::strchr(",{}#%\\*@", c))
+        if (isSpecial(c))
             line += '%' + QByteArray::number(static_cast<unsigned char>(c), 16).rightJustified(2, '0');
         else
             line += c;
@@ -367,10 +380,11 @@ private:
             lines->text += '\n';
             lines->run = lines->text.size();
             lines->last = 0;
-        } else if (!lines->text.isEmpty()) {
-            lines->text += ' ';
         }
-        lines->text += QByteArray::number(line - lines->last, 36);
+        std::array<char, 16> step{' '};
+        const char *end = std::to_chars(step.data() + 1, step.data() + step.size(), line - lines->last, 36).ptr;
+        const char *begin = step.data() + (lines->text.size() == lines->run ? 1 : 0);
+        lines->text.append(begin, end - begin);
         lines->last = line;
     }
 

@@ -10,13 +10,13 @@ const LETTERS = "nmklpqrstuvwxyz";
 const MOST_HITS = 60;
 const MOST_INSTANCES = 20;              // shown of one line, of types with very many
 const MOST_LINES = 2000;                // looked at for words that stand in very many
-const MOST_PARSED = 8000;               // lines of types that stay taken apart
+const MOST_PARSED = 4000;               // lines of types that stay taken apart
 const TOGETHER = 8;                     // lines of descriptions that are loaded side by side
 const SLICE = 12;                       // ms of work between two looks at the keyboard
 
 // Loading ------------------------------------------------------------------------------------------------------------------
 
-const KEPT = {main: Infinity, names: 12e6, words: 3e6, texts: 2e6};     // letters, of pieces that are not in use
+const KEPT = {main: Infinity, names: 10e6, words: 2e6, texts: 1e6};      // letters, of pieces that are not in use
 const loads = new Map();                // by file: {promise, resolve, kind, size}, what was used last at the end
 
 function load(kind, number) {
@@ -279,10 +279,12 @@ class Lines {
         ++this.size;
     }
 
-    /** In rising order. */
-    *[Symbol.iterator]() {
+    /** Calls with each line in rising order, until that gives true. */
+    each(call) {
         for (let at = 0; at < this.bits.length; ++at) {
-            for (let rest = this.bits[at]; rest; rest &= rest - 1) yield at * 8 + 31 - Math.clz32(rest & -rest);
+            for (let rest = this.bits[at]; rest; rest &= rest - 1) {
+                if (call(at * 8 + 31 - Math.clz32(rest & -rest))) return;
+            }
         }
     }
 }
@@ -578,10 +580,12 @@ class Search {
     sorted(lines, others, has) {
         const by = others.map(() => []);
         by.push([]);
-        for (const line of lines) {
-            const list = by[others.filter(other => has(other, line)).length];
-            if (list.length <= MOST_LINES) list.push(line);
-        }
+        lines.each(line => {
+            let count = 0;
+            for (const other of others) count += has(other, line) ? 1 : 0;
+            if (by[count].length <= MOST_LINES) by[count].push(line);
+            return by.at(-1).length > MOST_LINES;
+        });
         return by.reverse().flat();
     }
 
