@@ -40,6 +40,8 @@ ODD = support.archive(
     '<struct name="bank" count="LINES"><reg32 name="ctrl" protect="rw"><bits name="speed" pos="31:1" rst="0x10"/>'
     '<bits name="enable" pos="0"/></reg32><reg16 name="data" protect="rw" count="2"/></struct>',
     '<memory name="ram" size="0x100"><comment>Samples */ \\ of the &amp; second &lt;converter&gt;</comment></memory>',
+    f'<struct name="outer_{"x" * 40}"><struct name="inner_{"y" * 40}"><reg8 name="{"z" * 400}" protect="rw">',
+    '<bits name="f" pos="0"/></reg8></struct></struct>',
     '</module>',
     '<typedef name="table"><uint8 name="big" count="2000"/><ptr name="next" type="void"/></typedef>',
     *(f'<instance name="{name}" type="wide" address="{0x1000 * (at + 1)}"/>' for at, name in enumerate(
