@@ -24,6 +24,13 @@ DOCUMENTS = [
     ("an ampersand in a comment", {"soc.xml": archive("<comment>R&D</comment>")}),
     ("a comment that does not end", {"soc.xml": archive("<!-- from here", '<var name="A" value="1"/>')}),
     ("Latin-1 without a declaration", {"soc.xml": b"<archive>\n<comment>Gr\xfc\xdfe</comment>\n</archive>\n"}),
+    *((f"bytes that are no text: {wrong.hex(' ')}", {"soc.xml": b"<archive>\n<comment>caf\xc3\xa9 " + wrong + b"</comment></archive>\n"})
+      for wrong in (b"\xed\xa0\x80", b"\xe0\x80\xaf", b"\xf0\x80\x80\xaf", b"\xf4\x90\x80\x80", b"\xf8\x88", b"\xe2\x82", b"\xc0\xaf")),
+    ("Latin-1 that says it is UTF-8", {"soc.xml": b'<?xml version="1.0" encoding="utf-8"?>\n<archive><comment>\xfc</comment></archive>'}),
+    ("half of a character of two bytes", {"soc.xml": "<archive>".encode("utf-16") + b"\x00"}),
+    *((f"what does not end: {start}", {"soc.xml": archive("<module name='m'>", f"{start} name='r'", "<comment>C</comment>")})
+      for start in ("<![CDATA[", "<?xml-model", "<!DOCTYPE", "<!ELEMENT", "<reg32", "</module", "<reg32 x='", "<")),
+    ("an end without a beginning", {"soc.xml": archive("<comment>A</comment></comment>")}),
     ("two roots", {"soc.xml": "<archive/>\n<archive/>\n"}),
     ("an empty file", {"soc.xml": ""}),
     ("no XML", {"soc.xml": "#define A 1\n"}),
@@ -50,6 +57,8 @@ EXPRESSIONS = [
     ("an open parenthesis", {"soc.xml": archive('<var name="A" value="2*(3+4"/>')}),
     ("an unknown function", {"soc.xml": archive('<var name="A" value="log2(4)"/>')}),
     ("a position", {"soc.xml": register('<bits name="en" pos="7:LOW" access="rw"/>')}),
+    ("all else that has no value", {"soc.xml": archive()}, ["eval", *"""#1 1+"A '2 1,2 (1,2) exp2(1,2 exp2(1,2) 1) (1)) ,1 *1 1+ ~ 3:4
+      sin() exp2 exp2("a") -"a" (A 0b12 "a"("b") A(1) 1.2.3 \u00e9 $A.b""".split(), "", " ", "1+" * 200 + "X", "(" * 300]),
     ("precedence of C", {"soc.xml": archive('<var name="A" value="-2+3"/>')}),
 ]
 REFERENCES = [

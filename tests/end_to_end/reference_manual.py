@@ -93,7 +93,14 @@ class Files(support.Case):
     def test_every_link_leads_somewhere(self):
         real = [site_of(self.folder / chip.name, "--chip", chip / "soc.xml") for chip in support.chips()]
         both = site_of(self.folder / "both", "--chip", CHIP, "--soft", SOFT)
-        for site in (self.odd(), both, *real):
+        single = site_of(self.folder / "single", "--chip", CHIP, "--soft", SOFT, "--single")
+        sections = set(Page((single / "manual.html").read_text()).ids)
+        for page in both.glob("*.html"):
+            if page.name in ("UART0.html", "GPIO.html"):
+                members = {name for name in Page(page.read_text()).ids if not name.startswith("-")}
+                self.assertGreater(len(members), 3)
+                self.assertLessEqual({f"{page.stem}.{name}" for name in members} - sections, set())
+        for site in (self.odd(), both, single, *real):
             pages = {path.name: Page(path.read_text()) for path in site.glob("*.html")}
             self.assertEqual(len({name.lower() for name in pages}), len(pages))
             for name, page in pages.items():
