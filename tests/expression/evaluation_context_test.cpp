@@ -64,6 +64,16 @@ TEST(ContextOperators, UnaryOperatorsFollowTheType)
     }
 }
 
+TEST(ContextOperators, RowsOfTwoNumbers)
+{
+    const Rows rows = rowsOf(R"(
+        >> I-8 I1 = I-4   << I3 I2 = I12   <= I2 I2 = B1   >= I1 I2 = B0   != I1 I2 = B1   == I1 I1 = B1
+        < I1 I2 = B1      > I1 I2 = B0     ^ I6 I3 = I5    & I6 I3 = I2    | I6 I3 = I7    % I7 I4 = I3
+        && I1 I0 = B0     || I0 I2 = B1    || I0 I0 = B0)");
+    for (const auto &[asked, expected] : rows)
+        EXPECT_EQ(ofOperator(asked), expected) << asked;
+}
+
 TEST(ContextFunctions, SinTakesOneNumber)
 {
     const Rows rows = rowsOf(R"(
