@@ -2,10 +2,9 @@
 #include "access/path_hint.h"
 #include "cli/commands.h"
 #include "cli/description.h"
+#include "cli/result.h"
 #include "cli/session.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 
 using namespace Qt::StringLiterals;
@@ -54,17 +53,18 @@ ExitStatus complete(const Options &options, Session &session)
 {
     if (!loadDescriptions(options, session))
         return kFailed;
-    QString lines;
-    QJsonArray objects;
+    Result result(options.output.mostBytes, session.messages);
+    ResultList list(result);
     const auto entries = session.map.getCompletionListFromPath(options.words.first());
     if (entries.isEmpty())
         tellWrongPath(session, options.words.first());
     for (const CXMLCompletionEntry &entry : entries) {
-        lines += lineOfEntry(entry);
-        objects.append(jsonOfEntry(entry));
+        if (!(options.json ? list.append(jsonOfEntry(entry)) : result.print(lineOfEntry(entry))))
+            break;
     }
-    const QByteArray text = options.json ? QJsonDocument(objects).toJson() : lines.toUtf8();
-    return printResult(text, session.messages) ? kDone : kFailed;
+    if (options.json)
+        list.finish();
+    return result.finish() ? kDone : kFailed;
 }
 
 } // namespace veldmap::cli

@@ -376,6 +376,7 @@ Command addTree(CLI::App &app, Arguments &arguments)
     CLI::App *command = app.add_subcommand("tree", "Print what was loaded");
     addRoots(*command, arguments);
     command->add_flag("--json", arguments.json, "as one JSON object, for programs");
+    addMostOutput(*command, arguments.output);
     command->footer("Examples:\n"
                     "  veldmap tree --chip soc.xml\n"
                     "  veldmap tree --json --chip soc.xml | jq '.chip.instances[].path'");
@@ -417,6 +418,7 @@ Command addShow(CLI::App &app, Arguments &arguments)
     CLI::Option *json = command->add_flag("--json", arguments.json, "as a JSON list with one object a path");
     command->add_flag("--recursive", arguments.recursive, "all that lies inside, not only the next level")
         ->excludes(json);
+    addMostOutput(*command, arguments.output);
     command->footer("An address shows what lies there.\n\n"
                     "Examples:\n"
                     "  veldmap show --chip soc.xml '$UART0.ctrl' '$UART0.ctrl.speed'\n"
@@ -431,6 +433,7 @@ Command addFind(CLI::App &app, Arguments &arguments)
     CLI::App *command = app.add_subcommand("find", "Find elements by name, address, or a word of their comments");
     addRoots(*command, arguments);
     command->add_flag("--json", arguments.json, "as a JSON list with one object an element");
+    addMostOutput(*command, arguments.output);
     command->footer("A line for each: path, address and type. '*' in a name stands for any letters.\n\n"
                     "Examples:\n"
                     "  veldmap find --chip soc.xml 'baud*'\n"
@@ -523,6 +526,7 @@ Command addComplete(CLI::App &app, Arguments &arguments)
     CLI::App *command = app.add_subcommand("complete", "List what may stand behind the last dot of a path");
     addRoots(*command, arguments);
     command->add_flag("--json", arguments.json, "as a JSON list");
+    addMostOutput(*command, arguments.output);
     command->footer("One candidate a line: name, arguments, result and help, with tabs between them.\n"
                     "'veldmap complete --words WORD...' lists for shells what the last of the words of a command line\n"
                     "may become.\n\n"

@@ -45,6 +45,10 @@ inline constexpr Rule kNoTimeout = {"no-timeout"_L1, Severity::Error,
                                     u"'%1' is no time: --timeout takes seconds, from 0.001 to 3600."};
 inline constexpr Rule kNoThreads = {"no-threads"_L1, Severity::Error,
                                     u"'%1' is no number of threads: -j takes one from 1 on."};
+inline constexpr Rule kNoSize = {
+    "no-size"_L1, Severity::Error,
+    u"'%1' is no size: --max-output takes a number of bytes from 1 on, or one of kilobytes, "
+    "megabytes or gigabytes, as 500M."};
 inline constexpr Rule kNoBase = {"no-base-directory"_L1, Severity::Error,
                                  u"%1 is no directory: --base takes the one that the names of files start from."};
 inline constexpr Rule kNoAssignment = {"no-assignment"_L1, Severity::Error,
@@ -79,6 +83,9 @@ inline constexpr Rule kNothingFound = {
     "nothing-found"_L1, Severity::Error,
     u"Nothing is called '%1', and no comment has the word; '*' in a name stands for any letters."};
 inline constexpr Rule kOutput = {"output-unwritable"_L1, Severity::Error, u"The standard output can't be written: %1"};
+inline constexpr Rule kResultTooLarge = {
+    "result-too-large"_L1, Severity::Error,
+    u"The output ends here, since it would be more than %1 bytes; --max-output SIZE allows more."};
 inline constexpr Rule kThereAlready = {"there-already"_L1, Severity::Error, u"%1 is there already and stays as it is."};
 inline constexpr Rule kScriptUnreadable = {"script-unreadable"_L1, Severity::Error, u"%1 can't be read: %2"};
 inline constexpr Rule kHint = {"hint"_L1, Severity::Note, u"%1"};

@@ -2,14 +2,13 @@
 #include "cli/commands.h"
 #include "cli/description.h"
 #include "cli/elements.h"
+#include "cli/result.h"
 #include "cli/session.h"
 #include "cli/value_source.h"
 #include "export/tree_json.h"
 #include "export/tree_text.h"
 #include "model/valuable.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 
 using namespace Qt::StringLiterals;
@@ -60,29 +59,31 @@ ExitStatus show(const Options &options, Session &session)
     ValueSource source;
     if (!loadDescriptions(options, session) || !source.open(options, session))
         return kFailed;
-    QString text;
-    QJsonArray objects;
+    Result result(options.output.mostBytes, session.messages);
+    ResultList list(result);
     bool isComplete = true;
     for (const QString &word : options.words) {
         const QList<VMXMLElement *> elements = elementsOf(session, word);
         if (elements.isEmpty()) {
             isComplete = false;
-            objects.append(QJsonObject{{u"path"_s, word}, {u"error"_s, u"no such element"_s}});
+            if (options.json)
+                list.append({{u"path"_s, word}, {u"error"_s, u"no such element"_s}});
         }
         for (VMXMLElement *element : elements) {
             isComplete = source.read(*element, word, session) && isComplete;
             if (!options.json) {
-                text += textOf(*element, word, options);
+                result.print(textOf(*element, word, options));
                 continue;
             }
             QJsonObject object = elementJson(*element);
             if (source.isGiven())
                 object[u"value"_s] = valueJson(*element);
-            objects.append(object);
+            list.append(object);
         }
     }
-    const bool printed = printResult(options.json ? QJsonDocument(objects).toJson() : text.toUtf8(), session.messages);
-    return printed && isComplete ? kDone : kFailed;
+    if (options.json)
+        list.finish();
+    return result.finish() && isComplete ? kDone : kFailed;
 }
 
 } // namespace veldmap::cli

@@ -1,5 +1,6 @@
 #include "cli/commands.h"
 #include "cli/description.h"
+#include "cli/result.h"
 #include "cli/session.h"
 #include "export/tree_json.h"
 #include "export/tree_text.h"
@@ -10,8 +11,12 @@ ExitStatus tree(const Options &options, Session &session)
 {
     if (!loadDescriptions(options, session))
         return kFailed;
-    const QByteArray text = options.json ? treeJson(session.map) + '\n' : treeText(session.map).toUtf8();
-    return printResult(text, session.messages) ? kDone : kFailed;
+    Result result(options.output.mostBytes, session.messages);
+    if (!options.json)
+        writeTreeText(session.map, result);
+    else if (writeTreeJson(session.map, result))
+        result.take(QByteArrayView("\n"));
+    return result.finish() ? kDone : kFailed;
 }
 
 } // namespace veldmap::cli

@@ -88,6 +88,8 @@ private:
     qsizetype m_unchanged = 0;
     qsizetype m_skipped = 0;
     qsizetype m_failed = 0;
+    qint64 m_bytes = 0;    ///< of all files of the outputs so far
+    bool m_isFull = false; ///< with what comes next they would be too many
 };
 
 bool Writing::write(const WantedOutput &wanted)
@@ -114,6 +116,7 @@ bool Writing::writeOfRoot(Output output, const QString &directory, bool chip)
     options.selfCheck = m_options.selfCheck;
     options.accepted = m_options.accepted;
     options.single = m_options.single;
+    options.mostBytes = m_options.output.mostBytes - m_bytes;
     options.sources = m_session.files.read + m_session.files.missing;
     if (output == Output::Docs || output == Output::Site)
         options.pool = poolDirectory(output);
@@ -121,6 +124,10 @@ bool Writing::writeOfRoot(Output output, const QString &directory, bool chip)
         m_paths += pathsOf(m_session.map, output, options);
     if (m_options.output.isDryRun)
         return true;
+    if (m_isFull) {
+        m_failed += pathsOf(m_session.map, output, options).size();
+        return false;
+    }
     std::error_code error;
     std::filesystem::create_directories(nativePath(directory), error);
     if (error) {
@@ -140,7 +147,9 @@ void Writing::note(const OutputFiles &files)
     m_written += files.written.size();
     m_unchanged += files.unchanged.size();
     m_skipped += files.skipped.size();
-    m_failed += files.failed.size() + files.missing.size() + files.unreached.size();
+    m_failed += files.failed.size() + files.missing.size() + files.unreached.size() + files.beyond.size();
+    m_bytes += files.bytes;
+    m_isFull = !files.beyond.isEmpty();
     m_copied += files.copied;
 }
 

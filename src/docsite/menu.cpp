@@ -26,6 +26,8 @@ public:
 
     void write(const VMXMLElement &element, int level)
     {
+        if (m_text.isEnded())
+            return;
         veldmap::visit(element, [&](const auto &it) { writeKind(it, level); });
     }
 

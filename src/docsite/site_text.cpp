@@ -4,11 +4,6 @@
 
 namespace veldmap {
 
-void SiteText::grow(qsizetype bytes)
-{
-    m_bytes.resize(2 * (m_size + bytes));
-}
-
 char *SiteText::write(char *out, QStringView piece)
 {
     for (qsizetype at = 0; at < piece.size(); ++at) {

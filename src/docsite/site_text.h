@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QByteArray>
+#include "text/text_bytes.h"
+
 #include <QString>
 
 #include <cstring>
@@ -23,10 +24,10 @@ struct Hex8 {
 
 /// Text of a site under construction, in UTF-8 as its files have it. A site is many times larger than the description,
 /// and most of it is the same few pieces again and again, which take no conversion here.
-class SiteText {
+class SiteText : public TextBytes {
 public:
     /// Uses the memory of \a buffer, whatever it holds.
-    explicit SiteText(QByteArray buffer = {}) : m_bytes(std::move(buffer)) { m_bytes.resize(m_bytes.capacity()); }
+    explicit SiteText(QByteArray buffer = {}) : TextBytes(std::move(buffer)) {}
 
     /// Appends the pieces in order: texts, literals (in ASCII), numbers and the pieces above.
     template <typename... Pieces>
@@ -34,16 +35,10 @@ public:
     {
         char *end = roomFor((mostBytes(pieces) + ...));
         ((end = write(end, pieces)), ...);
-        m_size = end - m_bytes.constData();
+        endAt(end);
     }
 
-    /// The text, with the memory that it is in; nothing is left here.
-    QByteArray takeBytes()
-    {
-        m_bytes.truncate(std::exchange(m_size, 0));
-        return std::move(m_bytes);
-    }
-    QString toString() const { return QString::fromUtf8(m_bytes.constData(), m_size); }
+    QString toString() const { return QString::fromUtf8(view()); }
 
 private:
     static constexpr qsizetype kMostDigits = 20; // of a 64-bit number with its sign
@@ -67,18 +62,6 @@ private:
     static char *write(char *out, int piece) { return write(out, qint64(piece)); }
     static char *write(char *out, Blanks piece);
     static char *write(char *out, Hex8 piece);
-
-    /// The end of the text, with room for \a bytes behind it.
-    char *roomFor(qsizetype bytes)
-    {
-        if (m_bytes.size() - m_size < bytes)
-            grow(bytes);
-        return m_bytes.data() + m_size;
-    }
-    void grow(qsizetype bytes);
-
-    QByteArray m_bytes; ///< with unused bytes behind the text
-    qsizetype m_size = 0;
 };
 
 /// Appends what getHrefName of \a element gives.

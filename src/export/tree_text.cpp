@@ -1,8 +1,10 @@
 #include "export/tree_text.h"
 
+#include "findings/limits.h"
 #include "model/memory_map.h"
 #include "model/visit.h"
 #include "text/lines.h"
+#include "text/text_sink.h"
 
 using namespace Qt::StringLiterals;
 
@@ -81,15 +83,76 @@ void appendArchive(const VMXMLArchive &archive, QString &text)
         text += lineOf(margin(2), "type "_L1, element->typedefName, ", "_L1, element->sizeOf(), " bytes"_L1);
 }
 
-void appendRoot(const VMRootArchive *root, QLatin1StringView word, QString &text)
+/// Lines under construction, and who takes them. Without a sink they stay here.
+class Lines {
+public:
+    explicit Lines(QString &text, TextSink *sink = nullptr) : m_text(text), m_sink(sink) {}
+
+    QString &text() { return m_text; }
+    /// Whether nobody wants more.
+    bool isEnded()
+    {
+        if (m_sink && m_text.size() >= limits::kPieceOfText)
+            give();
+        return m_isEnded;
+    }
+    /// Gives the sink what it does not have yet; whether it has taken all.
+    bool giveRest()
+    {
+        give();
+        return !m_isEnded;
+    }
+
+private:
+    void give()
+    {
+        m_isEnded = m_isEnded || !m_sink->take(m_text.toUtf8());
+        m_text.truncate(0);
+    }
+
+    QString &m_text;
+    TextSink *m_sink;
+    bool m_isEnded = false;
+};
+
+void appendLines(Lines &lines, const VMXMLElement &element, const QString &name, int level, int depth,
+                 const ElementNotes &notes)
+{
+    if (lines.isEnded())
+        return;
+    QString line;
+    appendLine(line, margin(level), name, Column{kPlaceColumn}, element.getAddressString(), Column{kTypeColumn},
+               typeOf(element));
+    line.chop(1);
+    appendNoted(lines.text(), line, notes.ofElement(element));
+    if (depth <= 0)
+        return;
+    const auto appendMembers = [&](const auto &members) {
+        for (const auto &member : members)
+            appendLines(lines, *member, member->getName(), level + 1, depth - 1, notes);
+    };
+    visit(element, Overloads{
+                       [&](const VMValuable &valuable) {
+                           for (const auto &field : valuable.bitFields)
+                               appendField(lines.text(), *field, level + 1, notes);
+                       },
+                       [&](const VMStruct &structure) { appendMembers(structure.memberList); },
+                       [&](const VMArray &array) { appendMembers(array.memberList); },
+                       [](const VMXMLElement &) {},
+                   });
+}
+
+void appendRoot(const VMRootArchive *root, QLatin1StringView word, Lines &lines)
 {
     if (!root)
         return;
-    text += lineOf(word, u" ", root->getName());
-    for (const VMXMLArchive *archive : root->xmlArchives)
-        appendArchive(*archive, text);
+    lines.text() += lineOf(word, u" ", root->getName());
+    for (const VMXMLArchive *archive : root->xmlArchives) {
+        if (!lines.isEnded())
+            appendArchive(*archive, lines.text());
+    }
     for (const auto &instance : root->instances)
-        appendElement(text, *instance, instance->getName(), 1, kAllLevels, OptionNotes());
+        appendLines(lines, *instance, instance->getName(), 1, kAllLevels, OptionNotes());
 }
 
 } // namespace
@@ -129,36 +192,19 @@ void appendFieldAlone(QString &text, const VMBitField &field, const ElementNotes
 void appendElement(QString &text, const VMXMLElement &element, const QString &name, int level, int depth,
                    const ElementNotes &notes)
 {
-    QString line;
-    appendLine(line, margin(level), name, Column{kPlaceColumn}, element.getAddressString(), Column{kTypeColumn},
-               typeOf(element));
-    line.chop(1);
-    appendNoted(text, line, notes.ofElement(element));
-    if (depth <= 0)
-        return;
-    const auto appendMembers = [&](const auto &members) {
-        for (const auto &member : members)
-            appendElement(text, *member, member->getName(), level + 1, depth - 1, notes);
-    };
-    visit(element, Overloads{
-                       [&](const VMValuable &valuable) {
-                           for (const auto &field : valuable.bitFields)
-                               appendField(text, *field, level + 1, notes);
-                       },
-                       [&](const VMStruct &structure) { appendMembers(structure.memberList); },
-                       [&](const VMArray &array) { appendMembers(array.memberList); },
-                       [](const VMXMLElement &) {},
-                   });
+    Lines lines(text);
+    appendLines(lines, element, name, level, depth, notes);
 }
 
-QString treeText(const VMMemoryMap &map)
+bool writeTreeText(const VMMemoryMap &map, TextSink &sink)
 {
     QString text;
+    Lines lines(text, &sink);
     for (const VMIntVar &variable : *map.globalVariables)
         appendVariable(variable, 0, text);
-    appendRoot(map.chipRootArchive, "chip"_L1, text);
-    appendRoot(map.softRootArchive, "soft"_L1, text);
-    return text;
+    appendRoot(map.chipRootArchive, "chip"_L1, lines);
+    appendRoot(map.softRootArchive, "soft"_L1, lines);
+    return lines.giveRest();
 }
 
 } // namespace veldmap

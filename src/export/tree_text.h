@@ -11,8 +11,11 @@ class VMXMLElement;
 /// Elements as an engineer reads them, one a line: name, place, type and access.
 namespace veldmap {
 
-/// All that is loaded in \a map: global variables, then for each root its files, types and instances.
-VELDMAP_EXPORT QString treeText(const VMMemoryMap &map);
+class TextSink;
+
+/// Gives \a sink all that is loaded in \a map, in pieces: global variables, then for each root its files, types and
+/// instances. False when the sink has not taken all of it.
+VELDMAP_EXPORT bool writeTreeText(const VMMemoryMap &map, TextSink &sink);
 
 /// What stands behind the type of an element or the reset value of a field; empty for nothing.
 struct VELDMAP_EXPORT ElementNotes {

@@ -36,6 +36,32 @@ bool isAt(const QByteArray &path, int descriptor)
            opened.st_dev == there.st_dev && opened.st_ino == there.st_ino;
 }
 
+/// Writes what it takes.
+class Descriptor final : public TextSink {
+public:
+    explicit Descriptor(int descriptor) : m_descriptor(descriptor) {}
+
+    bool take(QByteArrayView piece) override
+    {
+        while (m_error == 0 && !piece.isEmpty()) {
+            const ssize_t written = ::write(m_descriptor, piece.data(), static_cast<std::size_t>(piece.size()));
+            if (written > 0)
+                piece = piece.sliced(written);
+            else if (written == 0)
+                m_error = ENOSPC;
+            else if (errno != EINTR)
+                m_error = errno;
+        }
+        return m_error == 0;
+    }
+    /// Why it takes no more; 0 as long as it does.
+    int error() const { return m_error; }
+
+private:
+    int m_descriptor;
+    int m_error = 0;
+};
+
 } // namespace
 
 // What removeBegunFiles() looks at, in memory that needs no lock and no allocation. A file that finds no slot free is
@@ -114,7 +140,7 @@ void BegunFile::setPermissions(mode_t mode)
     ::fchmod(m_descriptor, mode); // which some file systems do not have
 }
 
-int BegunFile::write(const QByteArray &content)
+int BegunFile::write(const TextSource &content)
 {
     if (const int error = writeAll(m_descriptor, content))
         return error;
@@ -131,19 +157,12 @@ int BegunFile::moveOver(const QByteArray &target)
     return 0;
 }
 
-int writeAll(int descriptor, const QByteArray &content)
+int writeAll(int descriptor, const TextSource &content)
 {
-    for (qsizetype at = 0; at < content.size();) {
-        const ssize_t written =
-            ::write(descriptor, content.constData() + at, static_cast<std::size_t>(content.size() - at));
-        if (written > 0)
-            at += written;
-        else if (written == 0)
-            return ENOSPC;
-        else if (errno != EINTR)
-            return errno;
-    }
-    return 0;
+    Descriptor sink(descriptor);
+    if (content(sink))
+        return 0;
+    return sink.error() ? sink.error() : ECANCELED;
 }
 
 void removeBegunFiles() noexcept

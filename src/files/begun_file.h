@@ -1,6 +1,7 @@
 #pragma once
 
 #include "files/file_writer.h"
+#include "text/text_sink.h"
 
 #include <sys/types.h>
 
@@ -23,7 +24,7 @@ public:
     /// Gives it the permissions \a mode, as far as the system lets it.
     void setPermissions(mode_t mode);
     /// Writes \a content; 0, or why it can't be written.
-    int write(const QByteArray &content);
+    int write(const TextSource &content);
     /// Puts the file in the place of \a target; 0, or why it can't be put there.
     int moveOver(const QByteArray &target);
 
@@ -41,7 +42,7 @@ private:
     int m_descriptor = -1;
 };
 
-/// Writes \a content to \a descriptor; 0, or why not all was written.
-int writeAll(int descriptor, const QByteArray &content);
+/// Writes \a content to \a descriptor; 0, or why not all was written. Where the content ends early that is ECANCELED.
+int writeAll(int descriptor, const TextSource &content);
 
 } // namespace veldmap

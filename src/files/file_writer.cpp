@@ -1,6 +1,7 @@
 #include "files/file_writer.h"
 
 #include "files/paths.h"
+#include "text/text_sink.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -23,6 +24,19 @@ WriteResult writeWholeFile(const QString &path, const QByteArray &content, const
     return {WriteResult::Failed, file.errorString(), isOpened};
 }
 
+WriteResult writeLargeFile(const QString &path, const TextSource &text, const WriteOptions &options)
+{
+    struct Whole final : TextSink {
+        QByteArray bytes;
+        bool take(QByteArrayView piece) override
+        {
+            bytes.append(piece);
+            return true;
+        }
+    } whole;
+    return text(whole) ? writeWholeFile(path, whole.bytes, options) : WriteResult();
+}
+
 void removeLeftovers(const QString &) {}
 
 void removeBegunFiles() noexcept {}
@@ -33,6 +47,7 @@ void removeBegunFiles() noexcept {}
 
 #include "files/begun_file.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -73,32 +88,53 @@ bool isLink(const QByteArray &path)
     return ::lstat(path.constData(), &status) == 0 && S_ISLNK(status.st_mode);
 }
 
-/// Whether the file \a path, of \a size bytes, holds \a content.
-bool holds(const QByteArray &path, off_t size, const QByteArray &content)
+/// Compares a text with what a descriptor reads, up to the first difference.
+class Comparison final : public TextSink {
+public:
+    explicit Comparison(int descriptor) : m_descriptor(descriptor) {}
+
+    bool take(QByteArrayView piece) override
+    {
+        while (m_isSame && !piece.isEmpty()) {
+            const ssize_t count = read(std::min<qsizetype>(piece.size(), sizeof m_bytes));
+            m_isSame = count > 0 && std::memcmp(m_bytes, piece.data(), static_cast<std::size_t>(count)) == 0;
+            if (m_isSame)
+                piece = piece.sliced(count);
+        }
+        return m_isSame;
+    }
+    /// Whether there is nothing more to read either.
+    bool isAtEnd() { return read(1) == 0; }
+
+private:
+    ssize_t read(qsizetype most)
+    {
+        ssize_t count = 0;
+        do
+            count = ::read(m_descriptor, m_bytes, static_cast<std::size_t>(most));
+        while (count < 0 && errno == EINTR);
+        return count;
+    }
+
+    int m_descriptor;
+    bool m_isSame = true;
+    char m_bytes[65536];
+};
+
+/// Whether the file \a path holds \a content.
+bool holds(const QByteArray &path, const TextSource &content)
 {
-    if (size != content.size())
-        return false;
     const int descriptor = ::open(path.constData(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0)
         return false;
-    char piece[65536];
-    qsizetype at = 0;
-    ssize_t count = 1;
-    while (at < content.size() && count > 0) {
-        count = ::read(descriptor, piece, sizeof piece);
-        if (count < 0 && errno == EINTR)
-            count = 1;
-        else if (count > content.size() - at || std::memcmp(piece, content.constData() + at, qMax<ssize_t>(count, 0)))
-            count = 0;
-        else
-            at += count;
-    }
+    Comparison comparison(descriptor);
+    const bool isSame = content(comparison) && comparison.isAtEnd();
     ::close(descriptor);
-    return at == content.size();
+    return isSame;
 }
 
 /// Writes to what \a path leads to and keeps it: a device, a pipe, or a file that nothing can take the place of.
-WriteResult writeOver(const QByteArray &path, const QByteArray &content)
+WriteResult writeOver(const QByteArray &path, const TextSource &content)
 {
     const int descriptor = ::open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     if (descriptor < 0)
@@ -110,7 +146,7 @@ WriteResult writeOver(const QByteArray &path, const QByteArray &content)
 }
 
 /// The same of a file, since \a reason is why no other can take its place.
-WriteResult writeInPlace(const QByteArray &path, const QByteArray &content, int reason)
+WriteResult writeInPlace(const QByteArray &path, const TextSource &content, int reason)
 {
     WriteResult result = writeOver(path, content);
     if (result.outcome == WriteResult::Written)
@@ -119,7 +155,7 @@ WriteResult writeInPlace(const QByteArray &path, const QByteArray &content, int 
 }
 
 /// Puts a new file in the place of \a target, which is \a old unless that is null.
-WriteResult replace(const QByteArray &target, const struct stat *old, const QByteArray &content)
+WriteResult replace(const QByteArray &target, const struct stat *old, const TextSource &content)
 {
     const qsizetype slash = target.lastIndexOf('/');
     const auto mayBeInPlace = [old](int error) { return old && (error == EACCES || error == EPERM); };
@@ -136,9 +172,8 @@ WriteResult replace(const QByteArray &target, const struct stat *old, const QByt
     return {WriteResult::Written, {}, true};
 }
 
-} // namespace
-
-WriteResult writeWholeFile(const QString &path, const QByteArray &content, const WriteOptions &options)
+/// Writes \a content, which has \a size bytes if that is not negative.
+WriteResult writeContent(const QString &path, const TextSource &content, qint64 size, const WriteOptions &options)
 {
     if (path.isEmpty())
         return {WriteResult::Failed, u"The file has no name"_s};
@@ -158,9 +193,22 @@ WriteResult writeWholeFile(const QString &path, const QByteArray &content, const
     // What is no plain file (a device, a directory) is not replaced, and neither is one that may not be written.
     if (!S_ISREG(old.st_mode))
         return writeOver(target, content);
-    if (options.keepsSame && holds(target, old.st_size, content))
+    if (options.keepsSame && (size < 0 || size == old.st_size) && holds(target, content))
         return {WriteResult::Unchanged, {}, true};
     return ::access(target.constData(), W_OK) == 0 ? replace(target, &old, content) : writeOver(target, content);
+}
+
+} // namespace
+
+WriteResult writeWholeFile(const QString &path, const QByteArray &content, const WriteOptions &options)
+{
+    return writeContent(
+        path, [&content](TextSink &sink) { return sink.take(content); }, content.size(), options);
+}
+
+WriteResult writeLargeFile(const QString &path, const TextSource &text, const WriteOptions &options)
+{
+    return writeContent(path, text, -1, options);
 }
 
 } // namespace veldmap

@@ -5,7 +5,11 @@
 #include <QByteArray>
 #include <QString>
 
+#include <functional>
+
 namespace veldmap {
+
+class TextSink;
 
 /// What became of a file that was to be written.
 struct WriteResult {
@@ -30,6 +34,11 @@ struct WriteOptions {
 /// and where it fails nothing is left of the new one. Only where the directory takes no other file is the old one
 /// written over. Nothing waits for the disk: what is written here can be made again.
 VELDMAP_EXPORT WriteResult writeWholeFile(const QString &path, const QByteArray &content,
+                                          const WriteOptions &options = {});
+
+/// The same of a large file, whose content \a text gives in pieces, more than once. Where it gives only a part of it
+/// the file is not written, which fails.
+VELDMAP_EXPORT WriteResult writeLargeFile(const QString &path, const std::function<bool(TextSink &sink)> &text,
                                           const WriteOptions &options = {});
 
 /// Removes what processes that were killed have begun to write in the directory \a path. What others are writing now

@@ -24,9 +24,11 @@ struct OutputFiles {
     QStringList missing;       ///< names of fixed files that are not where they should be copied from
     QStringList unreached;     ///< names of pages that were not tried, since one before them failed
     QStringList outside;       ///< beside the directory, since their descriptions lie beside that of the root
+    QStringList beyond;        ///< not written, since with them it would be more bytes than it may
+    qint64 bytes = 0;          ///< of all texts, those of unchanged files included
 
     /// Whether all that was asked for is there.
-    bool isComplete() const { return failed.isEmpty() && missing.isEmpty() && unreached.isEmpty(); }
+    bool isComplete() const { return failed.isEmpty() && missing.isEmpty() && unreached.isEmpty() && beyond.isEmpty(); }
 };
 
 } // namespace veldmap

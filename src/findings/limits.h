@@ -2,8 +2,9 @@
 
 #include <QtGlobal>
 
-/// Every resource limit of a load. Each lies far above what a real chip needs; one that is exceeded is an error at the
-/// tag concerned. They keep a small file from taking more than a moment or a few hundred megabytes.
+/// Every resource limit of a load and of what is made of it. Each lies far above what a real chip needs; one that is
+/// exceeded is an error at the tag concerned. They keep a small file from taking more than a moment or a few hundred
+/// megabytes.
 namespace veldmap::limits {
 
 /// Bytes of one description file. The document takes some twenty times as much memory; the largest descriptions of
@@ -27,6 +28,10 @@ constexpr int kTagAttributes = 1024;
 
 /// Characters of a name. Messages and generated names repeat it; compilers tell names apart by far fewer.
 constexpr qsizetype kNameCharacters = 4096;
+
+/// Characters of the names of an element and of all that it lies in, which stand in its path, and in what is generated
+/// of it. Real ones have some hundred.
+constexpr qsizetype kPathCharacters = 16 * 1024;
 
 /// Instances of types inside types. Copies and all output walk them by recursion.
 constexpr int kTypeDepth = 256;
@@ -77,5 +82,16 @@ constexpr int kImportedDepth = 64;
 
 /// Characters of a text in a vendor's file that are taken over.
 constexpr qsizetype kImportedTextCharacters = 64 * 1024;
+
+/// Bytes of all that one run writes or prints, if its user does not say otherwise. The outputs of whole chips come to
+/// some 100 MB; a few words of a description that repeats itself can stand for more than a disk holds.
+constexpr qint64 kOutputBytes = qint64(4) * 1024 * 1024 * 1024;
+
+/// Bytes of one text that is kept in memory until its file is written. A larger one is made once more, in its turn, and
+/// written as it is made.
+constexpr qsizetype kTextInMemory = 16 * 1024 * 1024;
+
+/// Bytes of a piece in which a text is written or printed as it is made.
+constexpr qsizetype kPieceOfText = 1024 * 1024;
 
 } // namespace veldmap::limits

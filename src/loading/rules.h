@@ -206,4 +206,7 @@ inline constexpr Rule filesReadAgain = {
     u"Files are read again under other names, and count for more than %1 elements together with all other copies."};
 inline constexpr Rule typesTooDeep = {"types-too-deep"_L1, Severity::Error, u"Types are nested more than %1 deep."};
 
+inline constexpr Rule pathTooLong = {"path-too-long"_L1, Severity::Error,
+                                     u"The names of the elements in one another have more than %1 characters in all."};
+
 } // namespace veldmap::rules

@@ -233,6 +233,8 @@ Refusal TreeBuilder::countCopyOf(const VMXMLElement &element, const QString &nam
     const TreeSize size = treeSizeOf(element);
     if (size.depth > limits::kTypeDepth)
         return {&rules::typesTooDeep, {QString::number(limits::kTypeDepth)}};
+    if (size.path > limits::kPathCharacters)
+        return {&rules::pathTooLong, {QString::number(limits::kPathCharacters)}};
     if (Refusal refused = countText(membersNamedAfter(element) * name.size()))
         return refused;
     return countCopies(size.elements);

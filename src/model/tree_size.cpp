@@ -22,6 +22,7 @@ struct SizeOf {
         const TreeSize member = treeSizeOf(*array.prototype);
         size.elements += member.elements * (1 + qint64(array.count()));
         size.depth += member.depth;
+        size.path = member.path;
         return size;
     }
 
@@ -33,6 +34,7 @@ struct SizeOf {
             const TreeSize member = treeSizeOf(*child);
             size.elements += member.elements;
             deepest = qMax(deepest, member.depth);
+            size.path = qMax(size.path, member.path + child->getName().size());
         }
         size.depth += deepest;
         return size;

@@ -1,3 +1,4 @@
+#include "findings/limits.h"
 #include "outputs/copy_job.h"
 #include "outputs/output_jobs.h"
 #include "outputs/outputs.h"
@@ -30,10 +31,20 @@ OutputJob pageJob(const OutputOptions &options, const QString &file, const Appen
     job.usesBuffer = true;
     job.make = [path = job.path, append](QByteArray buffer) {
         HtmlText text(std::move(buffer));
+        NoSink none;
+        text.giveTo(none, limits::kTextInMemory);
         append(text);
+        if (text.isEnded())
+            return tooLarge();
         JobTexts texts;
         texts.files.push_back({path, text.takeBytes(), {}});
         return texts;
+    };
+    job.pieces = [append](TextSink &sink) {
+        HtmlText text;
+        text.giveTo(sink, limits::kPieceOfText);
+        append(text);
+        return text.giveRest();
     };
     return job;
 }

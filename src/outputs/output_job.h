@@ -1,6 +1,7 @@
 #pragma once
 
 #include "findings/finding.h"
+#include "text/text_sink.h"
 
 #include <QByteArray>
 #include <QDateTime>
@@ -25,7 +26,21 @@ struct JobTexts {
     QList<Finding> findings; ///< what the text of the files is found to be lacking
     QString failure;         ///< why there is no text
     bool isMissing = false;  ///< there is none, since the file to be copied is not there
+    bool isTooLarge = false; ///< there is none here, since it is large: the job has to give it in pieces
 };
+
+/// Takes nothing: a text that comes to it is too large for the memory.
+struct NoSink final : TextSink {
+    bool take(QByteArrayView) override { return false; }
+};
+
+/// What a job makes of such a text.
+inline JobTexts tooLarge()
+{
+    JobTexts texts;
+    texts.isTooLarge = true;
+    return texts;
+}
 
 /// One step of an output: a file, or the files of one description, and how their text is made.
 struct OutputJob {
@@ -45,6 +60,8 @@ struct OutputJob {
 
     /// Makes the texts, on any thread and beside other jobs. \a buffer is empty but where the job uses one.
     std::function<JobTexts(QByteArray buffer)> make;
+    /// Gives the text of the only file in pieces. None where make() always gives it.
+    TextSource pieces = {};
 };
 
 using OutputJobs = std::vector<OutputJob>;

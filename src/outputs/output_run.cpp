@@ -15,6 +15,39 @@ using namespace Qt::StringLiterals;
 
 namespace veldmap {
 
+namespace {
+
+/// Passes a text on up to a number of bytes. The same text may be started several times.
+class Bounded final : public TextSink {
+public:
+    explicit Bounded(qint64 most) : m_most(most) {}
+
+    /// Begins the text anew, for \a sink; false if it was once too long.
+    bool start(TextSink &sink)
+    {
+        m_sink = &sink;
+        m_size = 0;
+        return !m_isExceeded;
+    }
+    bool take(QByteArrayView piece) override
+    {
+        m_size += piece.size();
+        m_isExceeded = m_isExceeded || m_size > m_most;
+        return !m_isExceeded && m_sink->take(piece);
+    }
+    bool isExceeded() const { return m_isExceeded; }
+    /// Of the text since it was started.
+    qint64 size() const { return m_size; }
+
+private:
+    qint64 m_most;
+    qint64 m_size = 0;
+    TextSink *m_sink = nullptr;
+    bool m_isExceeded = false;
+};
+
+} // namespace
+
 OutputFiles OutputRun::run()
 {
     for (const OutputJob &job : m_jobs) {
@@ -33,7 +66,7 @@ OutputFiles OutputRun::run()
 OutputRun::Made OutputRun::make(qsizetype at)
 {
     const OutputJob &job = m_jobs[static_cast<std::size_t>(at)];
-    if (job.waits || !job.refusal.isEmpty() || isUnreached(job) || isUpToDate(job))
+    if (isFull() || job.waits || !job.refusal.isEmpty() || isUnreached(job) || isUpToDate(job))
         return std::nullopt;
     return textsOf(job);
 }
@@ -52,6 +85,11 @@ qint64 OutputRun::bytesOf(const Made &made)
 void OutputRun::take(qsizetype at, Made made)
 {
     const OutputJob &job = m_jobs[static_cast<std::size_t>(at)];
+    if (isFull()) {
+        if (!job.onlyFinds)
+            m_files.beyond << job.path << job.further;
+        return;
+    }
     if (isUnreached(job)) {
         m_files.unreached += job.name;
         return;
@@ -124,6 +162,8 @@ void OutputRun::write(const OutputJob &job, JobTexts texts)
         fail(job, job.path, texts.failure);
         return;
     }
+    if (texts.isTooLarge && !writeInPieces(job))
+        return;
     for (OutputText &text : texts.files) {
         if (!writeFile(text, job))
             return;
@@ -134,30 +174,79 @@ void OutputRun::write(const OutputJob &job, JobTexts texts)
         notePage(job);
 }
 
+/// Writes the large text of \a job as it is made.
+bool OutputRun::writeInPieces(const OutputJob &job)
+{
+    if (isTakenLater(job.path, job))
+        return true;
+    prepare(job.path);
+    Bounded bounded(m_options.mostBytes - m_files.bytes);
+    const TextSource text = [&](TextSink &sink) { return bounded.start(sink) && job.pieces(bounded); };
+    const WriteResult result = writeLargeFile(job.path, text, howToWrite());
+    if (bounded.isExceeded()) {
+        end(job, job.path);
+        return false;
+    }
+    m_files.bytes += bounded.size();
+    return noteResult(job, job.path, result);
+}
+
 bool OutputRun::writeFile(const OutputText &text, const OutputJob &job)
 {
     if (isTakenLater(text.path, job))
         return true;
+    if (text.bytes.size() > m_options.mostBytes - m_files.bytes) {
+        end(job, text.path);
+        return false;
+    }
+    m_files.bytes += text.bytes.size();
     if (m_options.trace) {
         for (const QString &line : text.trace)
             m_options.trace(line);
     }
+    prepare(text.path);
+    return noteResult(job, text.path, writeWholeFile(text.path, text.bytes, howToWrite()));
+}
+
+WriteOptions OutputRun::howToWrite() const
+{
+    return m_options.asPublished ? WriteOptions() : WriteOptions{true, m_options.directory};
+}
+
+/// What comes before a file is written.
+void OutputRun::prepare(const QString &path)
+{
     if (m_options.progress)
-        m_options.progress(text.path);
-    const QString directory = QFileInfo(text.path).path();
+        m_options.progress(path);
+    const QString directory = QFileInfo(path).path();
     if (!m_clearedDirectories.contains(directory)) {
         removeLeftovers(directory);
         m_clearedDirectories += directory;
     }
-    WriteOptions how;
-    if (!m_options.asPublished)
-        how = {true, m_options.directory};
-    const WriteResult result = writeWholeFile(text.path, text.bytes, how);
+}
+
+bool OutputRun::noteResult(const OutputJob &job, const QString &path, const WriteResult &result)
+{
     if (result.outcome == WriteResult::Failed)
-        fail(job, text.path, reasonOf(directory, result));
+        fail(job, path, reasonOf(QFileInfo(path).path(), result));
     else
-        noteWritten(text.path, result);
+        noteWritten(path, result);
     return result.outcome != WriteResult::Failed;
+}
+
+bool OutputRun::isFull()
+{
+    const std::lock_guard lock(m_mutex);
+    return m_isFull;
+}
+
+/// Ends the run: with the file \a path of \a job it would be too much.
+void OutputRun::end(const OutputJob &job, const QString &path)
+{
+    const QStringList paths = QStringList(job.path) + job.further;
+    m_files.beyond += paths.sliced(qMax<qsizetype>(0, paths.indexOf(path)));
+    const std::lock_guard lock(m_mutex);
+    m_isFull = true;
 }
 
 void OutputRun::noteWritten(const QString &path, const WriteResult &result)
@@ -209,6 +298,10 @@ void OutputRun::tellFiles()
     if (!m_files.missing.isEmpty())
         m_sink.take(
             Finding(output_rules::kMissing, {}, {m_options.directory, m_options.pool, m_files.missing.join(", "_L1)}));
+    if (!m_files.beyond.isEmpty())
+        m_sink.take(Finding(output_rules::kBeyond, {},
+                            {m_files.beyond.first(), QString::number(m_files.beyond.size() - 1),
+                             QString::number(m_options.mostBytes)}));
     for (const FailedFile &file : m_files.failed)
         m_sink.take(Finding(output_rules::kFailed, {}, {file.path, file.reason}));
     if (!m_files.unreached.isEmpty())

@@ -34,7 +34,13 @@ private:
     bool isUpToDate(const OutputJob &job) const;
     bool isTakenLater(const QString &path, const OutputJob &job) const;
     void write(const OutputJob &job, JobTexts texts);
+    bool writeInPieces(const OutputJob &job);
     bool writeFile(const OutputText &text, const OutputJob &job);
+    void prepare(const QString &path);
+    bool noteResult(const OutputJob &job, const QString &path, const WriteResult &result);
+    bool isFull();
+    void end(const OutputJob &job, const QString &path);
+    WriteOptions howToWrite() const;
     void noteWritten(const QString &path, const WriteResult &result);
     QString reasonOf(const QString &directory, const WriteResult &result) const;
     void fail(const OutputJob &job, const QString &path, const QString &reason);
@@ -52,6 +58,7 @@ private:
     QSet<QString> m_pages;                        // paths of those written
     std::mutex m_mutex;                           // of what follows
     bool m_arePagesEnded = false;
+    bool m_isFull = false;             // and nothing more is made
     std::vector<QByteArray> m_buffers; // that no text uses now
 };
 

@@ -7,6 +7,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <limits>
 
 class VMMemoryMap;
 
@@ -38,6 +39,8 @@ struct OutputOptions {
     bool selfCheck = false;
     bool accepted = false; ///< makes comments of what VHDL refuses in packages
 
+    qint64 mostBytes = std::numeric_limits<qint64>::max(); ///< of all texts; what is beyond is not written
+
     QStringList sources = {}; ///< all files that were read for the description; if none are named, those of its tree
     bool asPublished = false; ///< as the operations of the memory map do: files that hold the same are written again, a
                               ///< header depends on its own description alone, links lead wherever they do
@@ -48,7 +51,8 @@ struct OutputOptions {
 
 /// Writes \a output of \a map, headers as its skipUpToDate says, and tells what became of each file. Each is written
 /// whole or not at all, and only if it does not hold the same already. Where several have one path, the last of them is
-/// written. A link that leads out of the directory is replaced. A root that is not loaded has no files.
+/// written. A text that goes beyond the most bytes is not written, and none behind it. A link that leads out of the
+/// directory is replaced. A root that is not loaded has no files.
 ///
 /// \a sink hears, in this order, what the texts are found to be lacking (what VHDL will not take of a description),
 /// then what is to be told of the files: those outside the directory, pages that take the place of others, files that

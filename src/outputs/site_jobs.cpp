@@ -1,5 +1,6 @@
 #include "docsite/site.h"
 #include "docsite/site_text.h"
+#include "findings/limits.h"
 #include "model/root_archive.h"
 #include "outputs/copy_job.h"
 #include "outputs/output_jobs.h"
@@ -20,12 +21,47 @@ JobTexts oneFile(const QString &path, const QByteArray &bytes)
     return texts;
 }
 
+constexpr QByteArrayView kEncodingMark = "\xEF\xBB\xBF";
+
+bool isAscii(QByteArrayView text)
+{
+    return std::ranges::none_of(text, [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
+}
+
 /// \a page as it is served: servers don't tell in which encoding it is, so one that is not in ASCII tells it itself.
 QByteArray withEncoding(QByteArray page)
 {
-    if (std::ranges::any_of(page, [](char c) { return static_cast<unsigned char>(c) >= 0x80; }))
-        page.prepend("\xEF\xBB\xBF");
+    if (!isAscii(page))
+        page.prepend(kEncodingMark.toByteArray());
     return page;
+}
+
+/// Looks at a text up to the first byte that is not ASCII, or until it has seen \a most bytes.
+class AsciiCheck final : public TextSink {
+public:
+    explicit AsciiCheck(qint64 most) : m_left(most) {}
+
+    bool take(QByteArrayView piece) override
+    {
+        m_isAscii = m_isAscii && veldmap::isAscii(piece);
+        m_left -= piece.size();
+        return m_isAscii && m_left >= 0;
+    }
+    bool isAscii() const { return m_isAscii; }
+
+private:
+    qint64 m_left;
+    bool m_isAscii = true;
+};
+
+/// Gives \a sink the text that \a append appends.
+template <typename Append>
+bool inPieces(TextSink &sink, const Append &append)
+{
+    SiteText text;
+    text.giveTo(sink, limits::kPieceOfText);
+    append(text);
+    return text.giveRest();
 }
 
 /// A job for \a file of the site, whose text \a append appends.
@@ -36,10 +72,21 @@ OutputJob siteFile(const OutputOptions &options, const QString &file, const Appe
     job.path = options.directory + u'/' + file;
     job.name = file;
     job.usesBuffer = true;
-    job.make = [path = job.path, append](QByteArray buffer) {
+    const bool isPage = file.endsWith(".html"_L1);
+    job.make = [path = job.path, append, isPage](QByteArray buffer) {
         SiteText text(std::move(buffer));
+        NoSink none;
+        text.giveTo(none, limits::kTextInMemory);
         append(text);
-        return oneFile(path, path.endsWith(".html"_L1) ? withEncoding(text.takeBytes()) : text.takeBytes());
+        if (text.isEnded())
+            return tooLarge();
+        return oneFile(path, isPage ? withEncoding(text.takeBytes()) : text.takeBytes());
+    };
+    job.pieces = [append, isPage, most = options.mostBytes](TextSink &sink) {
+        AsciiCheck check(most);
+        if (isPage)
+            inPieces(check, append);
+        return (check.isAscii() || sink.take(kEncodingMark)) && inPieces(sink, append);
     };
     return job;
 }

@@ -85,8 +85,11 @@ public:
         writeHead();
         writeContents();
         m_text.put("<div class=\"sections\">\n"_L1);
-        for (const PageRow &row : m_rows)
+        for (const PageRow &row : m_rows) {
+            if (m_text.isEnded())
+                return;
             visit(*row.element, [&](const auto &element) { writeRow(element, row); });
+        }
         m_text.put(m_chapter.isAlone ? "</div>\n</main>"_L1 : "</div>\n</article>\n"_L1);
     }
 

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QByteArray>
+#include "text/text_bytes.h"
+
 #include <QString>
 
 #include <cstring>
@@ -18,27 +19,18 @@ struct Hex {
 ///
 /// A QStringView is text and is escaped, wherever it comes from; only literals and QByteArrayViews, which the caller
 /// vouches for, are markup. So no text of a description can become a tag by being forgotten.
-class HtmlText {
+class HtmlText : public TextBytes {
 public:
     /// Uses the memory of \a buffer, whatever it holds.
-    explicit HtmlText(QByteArray buffer = {}) : m_bytes(std::move(buffer)) { m_bytes.resize(m_bytes.capacity()); }
+    explicit HtmlText(QByteArray buffer = {}) : TextBytes(std::move(buffer)) {}
 
     template <typename... Pieces>
     HtmlText &put(const Pieces &...pieces)
     {
         char *end = roomFor((mostBytes(pieces) + ... + 0));
         ((end = write(end, pieces)), ...);
-        m_size = end - m_bytes.constData();
+        endAt(end);
         return *this;
-    }
-
-    QByteArrayView view() const { return {m_bytes.constData(), m_size}; }
-
-    /// The text, with the memory that it is in; nothing is left here.
-    QByteArray takeBytes()
-    {
-        m_bytes.truncate(std::exchange(m_size, 0));
-        return std::move(m_bytes);
     }
 
 private:
@@ -71,16 +63,6 @@ private:
         std::memcpy(out, from, static_cast<std::size_t>(bytes));
         return out + bytes;
     }
-
-    char *roomFor(qsizetype bytes)
-    {
-        if (m_bytes.size() - m_size < bytes)
-            m_bytes.resize(2 * (m_size + bytes));
-        return m_bytes.data() + m_size;
-    }
-
-    QByteArray m_bytes; ///< with unused bytes behind the text
-    qsizetype m_size = 0;
 };
 
 } // namespace veldmap

@@ -342,8 +342,11 @@ void appendManual(HtmlText &text, const SitePlan &plan)
     text.put("</section>\n"_L1);
     // Ids of chapters are those of the plan, and all others begin with one of them.
     PageIds ids;
-    for (const SiteInstance &instance : plan.instances())
+    for (const SiteInstance &instance : plan.instances()) {
+        if (text.isEnded())
+            return;
         appendChapter(text, chapterOf(plan, instance, false), ids);
+    }
     for (const SiteType &type : plan.types()) {
         if (type.hasPage)
             appendChapter(text, {plan, *type.element, nullptr, &type, false}, ids);

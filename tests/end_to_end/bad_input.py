@@ -87,6 +87,10 @@ REFUSED = [
         f'<reg name="r"><bits name="f" pos="127:0" cut="1" cutprefix="{"n" * 90_000}"/></reg>' for _ in range(6)))),
     Refused("name of a hundred thousand letters", module(f'<reg name="{"n" * 100_000}"/>'), 3,
             "The name is longer than 4096 characters."),
+    Refused("long names in one another", archive(
+        f"<module name='m'>{f'<struct name={chr(39)}{chr(110) * 4000}{chr(39)}>' * 5}<reg name='r'/>{'</struct>' * 5}</module>",
+        '<instance name="M" type="m" address="0"/>'), 3,
+        "The names of the elements in one another have more than 16384 characters in all."),
     Refused("entities in many files", {
         "root.xml": archive(*(f'<include file="e{at}.xml"/>' for at in range(20))),
         **{f"e{at}.xml": entities([("a", "x" * 16), ("b", "&a;" * 16), ("c", "&b;" * 15)], "&c;" * 230 + str(at))

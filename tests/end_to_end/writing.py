@@ -94,6 +94,48 @@ class Writing(support.Case):
 
     NAMES = {"root.h", "root_asm.h", "sub/other.h", "sub/other_asm.h"}
 
+    def test_no_more_than_the_most_output(self):
+        for word in ("0", "-1", "", "M", "1T", "1.5M", "1 M", "K"):
+            self.expect(self.headers("--max-output", word), 2, err=None)
+        beyond = "more than {} bytes{}; --max-output SIZE allows more.\n"
+        told = self.headers("--max-output", "1k")
+        self.expect(told, 1, err=f"error: {self.out}/root.h and 3 files behind it are not written, since it would be "
+                    + beyond.format(1024, " in all"))
+        self.assertEqual(told.summary, "0 files written, 0 unchanged, 4 failed")
+        self.assertEqual(self.names(), set())
+        told = run("build", "--chip", self.root, "--headers", self.out / "h", "--vhdl", self.out / "v", "--max-output",
+                   "1K")
+        self.assertEqual(told.err.count("error:"), 1, told.err)
+        self.assertEqual(told.summary, "0 files written, 0 unchanged, 6 failed")
+        self.expect(self.headers("--max-output", "99999999999G"), 0)
+        for command in (("tree",), ("tree", "--json"), ("show", "$M", "--json"), ("find", "*"), ("complete", "$M.")):
+            whole = run(*command, "--chip", self.root)
+            self.expect(whole, 0, out=None)
+            size = len(whole.out.encode())
+            self.expect(run(*command, "--chip", self.root, "--max-output", size), 0, out=whole.out)
+            cut = run(*command, "--chip", self.root, "--max-output", size - 1)
+            self.expect(cut, 1, out=None, err="error: The output ends here, since it would be "
+                        + beyond.format(size - 1, ""))
+            self.assertTrue(whole.out.startswith(cut.out) and len(cut.out) < size, cut.out)
+
+    def test_large_output_takes_little_memory(self):
+        self.root = self.lay_out({"root.xml": archive(
+            '<module name="m"><reg name="r" count="100000" protect="rw"/></module>', '<instance name="M" type="m" address="0"/>')})
+        loaded = run("complete", "$", "--chip", self.root).megabytes
+        with open(self.folder / "json", "wb") as out:
+            process = subprocess.Popen([options.veldmap, "tree", "--json", "--chip", self.root], stdout=out)
+            _, status, usage = os.wait4(process.pid, 0)
+            process.returncode = status
+        self.assertEqual(status, 0)
+        self.assertGreater((self.folder / "json").stat().st_size, 25e6)
+        if not options.megabytes:
+            return                                  # a sanitized program, whose memory says nothing
+        self.assertLess(usage.ru_maxrss / 1024, loaded + 30)
+        docs = run("docs", "--chip", self.root, "-o", self.out)
+        self.assertEqual(docs.status, 0, docs.err)
+        self.assertGreater((self.out / "M.html").stat().st_size, 18e6)
+        self.assertLess(docs.megabytes, loaded + 90)
+
     def test_only_what_differs_is_written(self):
         times = lambda: {name: (self.out / name).stat().st_mtime_ns for name in self.NAMES}
         self.assertEqual(self.headers().summary, "4 files written, 0 unchanged, 0 failed")

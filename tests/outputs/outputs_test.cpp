@@ -9,6 +9,8 @@
 #include <QDirIterator>
 #include <QFileInfo>
 
+#include <limits>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -22,7 +24,7 @@ struct Result {
 };
 
 Result resultOf(const Loaded &soc, veldmap::Output output, const QString &directory, int threads,
-                bool asPublished = false)
+                bool asPublished = false, qint64 mostBytes = std::numeric_limits<qint64>::max())
 {
     Result result;
     const QString site = soc.path(directory);
@@ -33,13 +35,14 @@ Result resultOf(const Loaded &soc, veldmap::Output output, const QString &direct
     options.pool = soc.path(u"pool"_s);
     options.threads = threads;
     options.asPublished = asPublished;
+    options.mostBytes = mostBytes;
     options.progress = [&](const QString &path) { result.heard += shortened(path); };
     options.trace = [&](const QString &text) { result.heard += u"trace "_s + shortened(text); };
     veldmap::FindingList list;
     const veldmap::OutputFiles files = veldmap::writeOutput(*soc.map, output, options, list);
     for (const veldmap::Finding &finding : list.findings)
         result.told += shortened(placedText(finding)).replace(site, u"DIR"_s).replace(soc.directory->path(), u"."_s);
-    result.files = files.written + files.unchanged + files.skipped + files.missing + files.unreached;
+    result.files = files.written + files.unchanged + files.skipped + files.missing + files.unreached + files.beyond;
     for (const veldmap::FailedFile &file : files.failed)
         result.files += file.path + u' ' + file.reason;
     for (QString &file : result.files)
@@ -59,14 +62,15 @@ Result resultOf(const Loaded &soc, veldmap::Output output, const QString &direct
 
 /// The result of one thread, which those of more threads must equal.
 Result sameForAllThreads(const Loaded &soc, veldmap::Output output,
-                         const std::function<void(const QString &directory)> &prepare = {}, bool asPublished = false)
+                         const std::function<void(const QString &directory)> &prepare = {}, bool asPublished = false,
+                         qint64 mostBytes = std::numeric_limits<qint64>::max())
 {
     Result first;
     for (const int threads : {1, 2, 4, 16}) {
         const QString directory = u"out"_s + QString::number(threads);
         if (prepare)
             prepare(soc.path(directory));
-        const Result result = resultOf(soc, output, directory, threads, asPublished);
+        const Result result = resultOf(soc, output, directory, threads, asPublished, mostBytes);
         if (threads == 1)
             first = result;
         EXPECT_EQ(result.told, first.told) << threads;
@@ -242,4 +246,54 @@ TEST(Outputs, HeadersAreUpToDateOnlyIfAllThatIsReadIsOlder)
     EXPECT_EQ(skipped({soc.path(u"soc.xml"_s)}), 4);
     // The directory of a file that is not there is younger than all.
     EXPECT_EQ(skipped({soc.path(u"soc.xml"_s), soc.path(u"b/c.xml"_s)}), 0);
+}
+
+TEST(Outputs, WhatIsBeyondTheMostBytesIsNotWritten)
+{
+    const Loaded soc(manyFiles(6));
+    ASSERT_TRUE(soc.isLoaded()) << soc.errors.join(u'|').toStdString();
+    const Result all = sameForAllThreads(soc, veldmap::Output::Headers);
+    qint64 bytes = 0;
+    for (const QString &file : all.files)
+        bytes += QFileInfo(soc.path(u"out1/"_s + file)).size();
+    for (const qint64 most : {bytes, bytes - 1, bytes / 2, qint64(1)}) {
+        const Result some = sameForAllThreads(
+            soc, veldmap::Output::Headers,
+            [](const QString &directory) { ASSERT_TRUE(QDir(directory).removeRecursively()); }, false, most);
+        EXPECT_EQ(some.files, all.files) << "written, then left out, in one order";
+        for (const QString &content : some.content)
+            EXPECT_TRUE(all.content.contains(content)) << "whole files alone";
+        const auto written = some.content.size();
+        if (most == bytes) {
+            EXPECT_EQ(written, all.files.size());
+            continue;
+        }
+        EXPECT_LT(written, all.files.size());
+        EXPECT_EQ(some.told,
+                  QStringList(
+                      u"%1 and %2 files behind it are not written, since it would be more than %3 bytes "
+                      "in all; --max-output SIZE allows more."_s.arg(
+                          all.files[written], QString::number(all.files.size() - written - 1), QString::number(most))));
+    }
+}
+
+TEST(Outputs, LargePagesAreThoseThatStandInMemory)
+{
+    const Loaded soc(u"<archive><module name='m'><comment>m</comment><reg name='r' count='90000'/></module>"
+                     "<instance name='A' type='m' address='0'/><module name='n'><reg name='r' count='90000'/>"
+                     "<reg name='last'><comment>Größe</comment></reg></module>"
+                     "<instance name='B' type='n' address='0x10000000'/></archive>"_s);
+    ASSERT_TRUE(soc.isLoaded()) << soc.errors.join(u'|').toStdString();
+    resultOf(soc, veldmap::Output::Docs, u"out1"_s, 2);
+    for (const auto &instance : soc.root().instances) {
+        const QString page = readFile(soc.path(u"out1/%1.html"_s.arg(instance->getName())));
+        EXPECT_GT(page.size(), 16 * 1024 * 1024);
+        const qsizetype body = page.indexOf("<body>"_L1) + 6;
+        EXPECT_TRUE(page.mid(body) == instance->html_serialize(0) + "</body></html>"_L1);
+        QFile file(soc.path(u"out1/%1.html"_s.arg(instance->getName())));
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        EXPECT_EQ(file.read(3) == "\xEF\xBB\xBF", instance->getName() == u"B"_s) << "what is not ASCII is marked";
+    }
+    const QString menu = readFile(soc.path(u"out1/menu.js"_s));
+    EXPECT_TRUE(menu == soc.root().treenode_serialize());
 }
