@@ -147,6 +147,8 @@ private:
             checkWord(at, row, value, m_teller);
             break;
         case ValueKind::Text:
+            if (row.name == "file"_L1 || row.name == "relative"_L1)
+                checkFileName(at, value, m_teller);
             break;
         }
     }

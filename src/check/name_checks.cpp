@@ -140,6 +140,11 @@ QString reservingLanguage(NameUse use, QStringView name)
     return {};
 }
 
+QString controlWords(QChar c)
+{
+    return "a control character, U+"_L1 + QString::number(c.unicode(), 16).toUpper().rightJustified(4, u'0');
+}
+
 /// What a name at the top of a description holds that ends texts, tags or lines of what is generated; empty for
 /// nothing.
 QString breakingPart(const TagInContext &at, QStringView name)
@@ -156,7 +161,19 @@ QString breakingPart(const TagInContext &at, QStringView name)
         if (c == u'<' || c == u'>')
             return u"an angle bracket"_s;
         if (c.category() == QChar::Other_Control)
-            return "a control character, U+"_L1 + QString::number(c.unicode(), 16).toUpper().rightJustified(4, u'0');
+            return controlWords(c);
+    }
+    return {};
+}
+
+/// The same of a file's name, which stands between quotes behind #include.
+QString breakingPartOfFile(QStringView file)
+{
+    for (const QChar c : file) {
+        if (c == u'"')
+            return u"a quote"_s;
+        if (c.category() == QChar::Other_Control)
+            return controlWords(c);
     }
     return {};
 }
@@ -185,6 +202,12 @@ void checkName(const TagInContext &at, ValueKind kind, QStringView name, const D
     }
     if (const QString language = reservingLanguage(use, name); !language.isEmpty())
         teller.tell(rules::reservedWord, at, {name.toString(), language});
+}
+
+void checkFileName(const TagInContext &at, QStringView file, const DocumentTeller &teller)
+{
+    if (const QString part = breakingPartOfFile(file); !part.isEmpty())
+        teller.tell(rules::unusableName, at, {shownText(file), part});
 }
 
 } // namespace veldmap

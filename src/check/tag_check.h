@@ -46,6 +46,8 @@ void checkWord(const TagInContext &at, const AttributeRow &row, QStringView valu
 
 // Names: name_checks.cpp
 void checkName(const TagInContext &at, ValueKind kind, QStringView name, const DocumentTeller &teller);
+/// Looks at the name of a file in an attribute of \a at.
+void checkFileName(const TagInContext &at, QStringView file, const DocumentTeller &teller);
 
 // Texts: text_checks.cpp
 void checkComment(const TagInContext &at, const DocumentTeller &teller);
