@@ -3,6 +3,7 @@
 #include "cli/program_rules.h"
 #include "files/paths.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -46,7 +47,29 @@ bool areColoursRefused()
     return refused && *refused != '\0';
 }
 
+bool isObeyed(QChar c)
+{
+    switch (c.category()) {
+    case QChar::Other_Control:
+    case QChar::Separator_Line:
+    case QChar::Separator_Paragraph:
+        return true;
+    default:
+        break;
+    }
+    return (c >= u'\u202A' && c <= u'\u202E') || (c >= u'\u2066' && c <= u'\u2069');
+}
+
 } // namespace
+
+QString harmlessText(QString text, bool areLaidOut)
+{
+    const auto isMeant = [areLaidOut](QChar c) { return areLaidOut && (c == u'\n' || c == u'\t'); };
+    const auto isBad = [&](QChar c) { return isObeyed(c) && !isMeant(c); };
+    if (std::ranges::any_of(std::as_const(text), isBad))
+        std::ranges::replace_if(text, isBad, u'?');
+    return text;
+}
 
 Messages::Messages() : m_isTerminal(isatty(STDERR_FILENO) != 0), m_useColours(m_isTerminal && !areColoursRefused())
 {
@@ -115,7 +138,7 @@ void Messages::tell(Finding finding, Severity severity, const QString &text)
     if (!finding.note.isEmpty())
         print(Severity::Note, finding, finding.note);
     if (m_explanations && m_showsExplanations)
-        writeError(m_explanations->of(finding));
+        writeError(harmlessText(m_explanations->of(finding), true));
 }
 
 void Messages::print(Severity severity, const Finding &finding, const QString &words)
@@ -135,7 +158,7 @@ void Messages::print(Severity severity, const Finding &finding, const QString &w
     const QString where = place.isNull() ? QString()
                                          : place.file + u':' + QString::number(place.line) + u':' +
                                                QString::number(place.column) + ": "_L1;
-    writeError(where + word + u' ' + text + u'\n');
+    writeError(harmlessText(where, false) + word + u' ' + harmlessText(text, false) + u'\n');
 }
 
 void Messages::showProgress(const QString &text)
@@ -144,7 +167,7 @@ void Messages::showProgress(const QString &text)
     if (!m_isTerminal || m_verbosity != Verbosity::Normal || m_sinceStart.elapsed() < kLongJob)
         return;
     constexpr qsizetype kLineWidth = 79; // a longer line would not be gone at the end
-    writeError(kLineClear + text.left(kLineWidth));
+    writeError(kLineClear + harmlessText(text.left(kLineWidth), false));
     std::fflush(stderr);
     m_isProgressShown = true;
 }

@@ -80,6 +80,10 @@ private:
     int m_errors = 0;
 };
 
+/// \a text without what a terminal would obey instead of showing it, and what turns the order of letters around: a
+/// question mark stands for each. Line feeds and tabs stay with \a areLaidOut.
+QString harmlessText(QString text, bool areLaidOut);
+
 /// Writes \a text to the standard output; false, with an error told to \a messages, when it can't be written.
 [[nodiscard]] bool printResult(const QString &text, Messages &messages);
 [[nodiscard]] bool printResult(const QByteArray &text, Messages &messages);

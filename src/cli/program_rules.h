@@ -84,7 +84,7 @@ inline constexpr Rule kNothingFound = {
     u"Nothing is called '%1', and no comment has the word; '*' in a name stands for any letters."};
 inline constexpr Rule kOutput = {"output-unwritable"_L1, Severity::Error, u"The standard output can't be written: %1"};
 inline constexpr Rule kResultTooLarge = {
-    "result-too-large"_L1, Severity::Error,
+    "printed-too-large"_L1, Severity::Error,
     u"The output ends here, since it would be more than %1 bytes; --max-output SIZE allows more."};
 inline constexpr Rule kThereAlready = {"there-already"_L1, Severity::Error, u"%1 is there already and stays as it is."};
 inline constexpr Rule kScriptUnreadable = {"script-unreadable"_L1, Severity::Error, u"%1 can't be read: %2"};

@@ -8,12 +8,14 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
 namespace veldmap::cli {
 
-Result::Result(qint64 mostBytes, Messages &messages) : m_most(mostBytes), m_left(mostBytes), m_messages(messages)
+Result::Result(qint64 mostBytes, Messages &messages)
+    : m_most(mostBytes), m_left(mostBytes), m_messages(messages), m_isTerminal(isatty(STDOUT_FILENO) != 0)
 {
     messages.clearProgress();
 }
@@ -24,6 +26,11 @@ bool Result::take(QByteArrayView piece)
     if (m_isTooLarge || m_error)
         return false;
     m_left -= piece.size();
+    QByteArray shown;
+    if (m_isTerminal) {
+        shown = harmlessText(QString::fromUtf8(piece), true).toUtf8();
+        piece = shown;
+    }
     const auto size = static_cast<std::size_t>(piece.size());
     errno = 0;
     if (std::fwrite(piece.data(), 1, size, stdout) != size)

@@ -25,6 +25,7 @@ private:
     qint64 m_most;
     qint64 m_left;
     Messages &m_messages;
+    bool m_isTerminal;
     bool m_isTooLarge = false;
     int m_error = 0; ///< of the system
 };

@@ -104,6 +104,31 @@ class Program(support.Case):
             self.assertIn("Unvalid tag", text)
             self.assertEqual("\x1b[" in re.sub("\x1b\\[[0-9]*K", "", text), coloured, repr(text))
 
+    def test_terminals_obey_no_description(self):
+        def obeyed(text):
+            return [c for c in text if c != "\n" and (ord(c) < 32 or 127 <= ord(c) < 160 or c in "\u2028\u202e\u2066")]
+
+        evil = "a&#10;b&#13;\u009b31m\x7f\u2028\u202e\u2066z"
+        name = "esc\x1b[31m\n.xml"
+        root = self.lay_out({name: archive(f"<instance name='I' type='{evil}' address='0'/>",
+                                           f"<var name='v' value='{evil}'/>", f"<include file='{evil}'/>")}, name)
+        for words in ((), ("--explain",)):
+            for run_of_check in (run("check", *words, root), run("tree", *words, "--chip", root)):
+                self.expect(run_of_check, 1, err=None)
+                self.assertEqual(obeyed(run_of_check.err), [])
+                self.assertIn("'a?b??31m????z'", run_of_check.err)
+                first = run_of_check.err.splitlines()[0]
+                self.assertTrue(first.startswith(f"{self.folder}/esc?[31m?.xml:2:"), first)
+        shown = self.lay_out({"c.xml": archive(f"<comment>{evil}</comment>")}, "c.xml")
+        here, there = pty.openpty()
+        subprocess.run([options.veldmap, "tree", "--chip", shown], stdin=subprocess.DEVNULL, stdout=there)
+        os.close(there)
+        text = os.read(here, 10000).decode().replace("\r\n", "\n")
+        os.close(here)
+        self.assertIn("31m", text)
+        self.assertEqual(obeyed(text), [])
+        self.assertIn("\u009b", run("tree", "--chip", shown).out, "elsewhere it is what it was")
+
     def test_headers(self):
         target = self.folder / "new/out"
         self.expect(run("headers", "--no-lint", "--chip", self.chip, "-o", target), 0)
