@@ -89,8 +89,8 @@ QString markupOf(QString line)
             line = line.sliced(colon + 2);
     }
     line.replace("*/"_L1, "* /"_L1);
-    if (line.isEmpty())
-        return line;
+    if (line.isEmpty() || line == "Unspecified"_L1) // as tools write where nobody wrote anything
+        return {};
     // Not the first letter of a name such as "nRESET".
     if (line.size() > 1 && line[0].isLower() && !line[1].isUpper() && !isDigit(line[1]) && line[1] != u'_')
         line[0] = line[0].toUpper();
