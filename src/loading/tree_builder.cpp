@@ -30,7 +30,7 @@ VMXMLArchive &TreeBuilder::addArchive(const QString &relativeFile, const QString
     archive.relativeFileName = relativeFile;
     archive.basePath = basePath;
     m_root->addXMLArchive(created.release());
-    m_visibility.add(m_numbers.size());
+    m_names.addArchive(archive);
     m_numbers.insert(&archive, m_numbers.size());
     const Identity identity = {basePath, relativeFile};
     if (!m_files.contains(identity))
@@ -40,9 +40,7 @@ VMXMLArchive &TreeBuilder::addArchive(const QString &relativeFile, const QString
 
 void TreeBuilder::closeArchive(const VMXMLArchive &archive)
 {
-    const auto number = m_numbers.constFind(&archive);
-    if (number != m_numbers.cend())
-        m_visibility.close(*number);
+    m_names.closeArchive(archive);
 }
 
 /// A failed archive fails its load, so what was known is not worth keeping.
@@ -54,10 +52,9 @@ void TreeBuilder::discardArchive(VMXMLArchive &archive)
     m_files.clear();
     m_types = {};
     m_names = {};
-    m_visibility = {};
     m_options.clear();
     m_scopeArchive = nullptr;
-    m_scope.reset();
+    m_foundVariables.clear();
 }
 
 VMXMLArchive *TreeBuilder::findArchive(const QString &basePath, const QString &relativeFile)
@@ -70,10 +67,7 @@ void TreeBuilder::addInclude(VMXMLArchive &archive, VMXMLArchive &included)
 {
     archive.includedArchives.append(&included);
     m_scopeArchive = nullptr;
-    const auto number = m_numbers.constFind(&archive);
-    const auto ofIncluded = m_numbers.constFind(&included);
-    if (number != m_numbers.cend() && ofIncluded != m_numbers.cend())
-        m_visibility.addInclude(*number, *ofIncluded);
+    m_names.addInclude(archive, included);
 }
 
 VMXMLElement *TreeBuilder::findType(const QString &name)
@@ -103,58 +97,44 @@ Evaluated TreeBuilder::evaluate(const QString &expression, const VMVariableManag
         if (manager.archive)
             return findVariable(*manager.archive, variable);
         m_names.update(manager);
-        return m_names.findVariable(manager, variable);
+        return m_names.findIn(manager, variable);
     };
     return evaluateExpression(expression, find, name);
 }
 
-bool TreeBuilder::isKnown(const VMXMLArchive &archive) const
+/// Takes up the tables that \a archive sees, where nobody else has: it is one that a host has made.
+void TreeBuilder::learnScopeOf(const VMXMLArchive &archive)
 {
-    const auto number = m_numbers.constFind(&archive);
-    return number != m_numbers.cend() && m_visibility.isKnown(*number);
+    if (const VMVariableManager *globals = globalVariablesOf(archive))
+        m_names.update(*globals);
+    if (m_scopeArchive == &archive)
+        return;
+    m_scopeArchive = &archive;
+    m_foundVariables.clear();
+    if (m_names.isKnown(archive))
+        return;
+    walkIncludes(archive, true, [this](const VMXMLArchive &included) {
+        m_names.update(*included.variables);
+        return false;
+    });
 }
 
-/// Whether \a archive, which is known, sees \a table, its own or another one's.
-bool TreeBuilder::sees(const VMXMLArchive &archive, const VMVariableManager &table) const
-{
-    if (&table == archive.variables.get())
-        return true;
-    const auto other = table.archive ? m_numbers.constFind(table.archive) : m_numbers.cend();
-    return other != m_numbers.cend() && m_visibility.sees(m_numbers.value(&archive), *other);
-}
-
-/// Nearly all names stand in one table, which is in sight or not. Only where there are several, the order in which they
-/// are searched tells.
+/// The variable that \a archive sees under that name, or null.
 const VMIntVar *TreeBuilder::findVariable(const VMXMLArchive &archive, const QString &name)
 {
-    if (!isKnown(archive))
-        return findInScope(archive, name);
-    const VMVariableManager *globals = globalVariablesOf(archive);
-    if (globals) {
-        m_names.update(*globals);
-        if (const VMIntVar *variable = m_names.findVariable(*globals, name))
-            return variable;
-    }
-    const ScopeIndex::Declared declared = m_names.declaredVariable(name);
-    if (declared.isInSeveral)
-        return findInScope(archive, name);
-    return declared.table && sees(archive, *declared.table) ? m_names.findVariable(*declared.table, name) : nullptr;
+    learnScopeOf(archive);
+    if (const VMIntVar *known = m_foundVariables.value(name))
+        return known;
+    const VMIntVar *found = m_names.findVariable(archive, name);
+    if (found && m_names.isVariableOfMany(name))
+        m_foundVariables.insert(name, found);
+    return found;
 }
 
 const VMEnum *TreeBuilder::findEnum(const QString &name, const VMXMLArchive &archive)
 {
-    if (isKnown(archive)) {
-        const ScopeIndex::Declared declared = m_names.declaredEnum(name);
-        if (!declared.isInSeveral)
-            return declared.table && sees(archive, *declared.table) ? m_names.findEnum(*declared.table, name) : nullptr;
-    }
-    const VMEnum *found = nullptr;
-    walkIncludes(archive, false, [&](const VMXMLArchive &included) {
-        m_names.update(*included.variables);
-        found = m_names.findEnum(*included.variables, name);
-        return found != nullptr;
-    });
-    return found;
+    learnScopeOf(archive);
+    return m_names.findEnum(archive, name);
 }
 
 void TreeBuilder::addVariable(VMVariableManager &manager, const VMIntVar &variable)
@@ -270,32 +250,6 @@ void TreeBuilder::learnTree()
         for (std::size_t position = 0; position < archive->templates.size(); ++position)
             m_types.add({number, position}, *archive->templates[position]);
     }
-}
-
-/// The variable that \a archive sees under that name, or null. The same few names are looked up again and again, in
-/// tables of which a root has one for each file.
-const VMIntVar *TreeBuilder::findInScope(const VMXMLArchive &archive, const QString &name)
-{
-    const Scope &scope = scopeOf(archive);
-    if (const VMIntVar *known = m_foundVariables.value(name))
-        return known;
-    const VMIntVar *found = scope.findVariable(name);
-    if (found)
-        m_foundVariables.insert(name, found);
-    return found;
-}
-
-const Scope &TreeBuilder::scopeOf(const VMXMLArchive &archive)
-{
-    if (m_scopeArchive != &archive) {
-        m_foundVariables.clear();
-        const Scope::Tables tables = Scope::tablesOf(archive);
-        for (const VMVariableManager *table : tables)
-            m_names.update(*table);
-        m_scope.emplace(m_names, tables);
-        m_scopeArchive = &archive;
-    }
-    return *m_scope;
 }
 
 qint64 TreeBuilder::copiesAllowed() const

@@ -3,7 +3,6 @@
 #include "findings/refusal.h"
 #include "loading/shared_texts.h"
 #include "loading/type_index.h"
-#include "loading/visibility.h"
 #include "model/archive.h"
 #include "model/bitfield.h"
 #include "model/scope_index.h"
@@ -85,11 +84,8 @@ private:
     using Identity = std::pair<QString, QString>;
 
     void learnTree();
-    const VMIntVar *findInScope(const VMXMLArchive &archive, const QString &name);
-    const Scope &scopeOf(const VMXMLArchive &archive);
+    void learnScopeOf(const VMXMLArchive &archive);
     const VMIntVar *findVariable(const VMXMLArchive &archive, const QString &name);
-    bool isKnown(const VMXMLArchive &archive) const;
-    bool sees(const VMXMLArchive &archive, const VMVariableManager &table) const;
     qint64 copiesAllowed() const;
 
     VMRootArchive *m_root; // not owned
@@ -98,13 +94,11 @@ private:
     QHash<Identity, VMXMLArchive *> m_files;
     TypeIndex m_types;
     ScopeIndex m_names;
-    Visibility m_visibility;
     SharedTexts m_texts;
     QHash<const VMEnum *, QList<VMBitFieldOption>> m_options; // of linked enums, which are complete
-    const VMXMLArchive *m_scopeArchive = nullptr;             // whose scope m_scope is
-    std::optional<Scope> m_scope;
-    QHash<QString, const VMIntVar *> m_foundVariables; // in it
-    qint64 m_fileBytes = 0;                            // each file once
+    const VMXMLArchive *m_scopeArchive = nullptr;             // whose scope m_foundVariables are in
+    QHash<QString, const VMIntVar *> m_foundVariables;        // of names that many tables have
+    qint64 m_fileBytes = 0;                                   // each file once
     qint64 m_readBytes = 0;
     qint64 m_declaredElements = 0;
     qint64 m_copiedElements = 0;

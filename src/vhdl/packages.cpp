@@ -168,12 +168,7 @@ PackageTexts::Lines PackageTexts::linesOf(const VMXMLArchive &archive) const
 
 QString PackageTexts::textOf(const VMXMLArchive &archive, PackageChecks &checks) const
 {
-    std::optional<Scope> scope; // most packages have plain numbers alone
-    const auto find = [&](const QString &name) {
-        if (!scope)
-            scope.emplace(*m_names, Scope::tablesOf(archive));
-        return scope->findVariable(name);
-    };
+    const auto find = [&](const QString &name) { return m_names->findVariable(archive, name); };
     const QString package = archive.getVHDLPkgName();
     const QString file = archive.getVHDLFileRelativeName();
     QString text = expand(kPackageHead, {{u"file"_s, checks.makesComments() ? printableComment(file) : file},
