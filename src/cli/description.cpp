@@ -145,7 +145,7 @@ bool load(const Options &options, Session &session, InstanceParts instances, Lin
     TwoListeners listeners(lint, explanations ? &explanations->names() : nullptr);
     const LoadOptions how = {.threads = options.threads,
                              .documents = &listeners,
-                             .outlinesInstances = instances == InstanceParts::Outlines,
+                             .outlines = instances == InstanceParts::Outlines,
                              .goesOn = lint != nullptr,
                              .files = &session.files,
                              .base = options.output.base,

@@ -9,7 +9,7 @@ struct Session;
 /// How much of the instances a command needs.
 enum class InstanceParts {
     All,
-    Outlines, ///< as LoadOptions::outlinesInstances has them
+    Outlines, ///< as LoadOptions::outlines has them
 };
 
 /// Loads the roots that \a options name into the map of \a session, the chip first. The software is loaded too when the

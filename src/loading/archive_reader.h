@@ -45,8 +45,12 @@ public:
 
     /// \a listener, if not null, sees each document before its tags are read.
     void setDocumentListener(DocumentListener *listener) { m_listener = listener; }
-    /// From now on instances of structures are made as LoadOptions::outlinesInstances says.
-    void outlineInstances() { m_outlines = true; }
+    /// From now on instances and arrays are made as LoadOptions::outlines says.
+    void makeOutlines()
+    {
+        m_outlines = true;
+        m_builder.outlineArrays();
+    }
     /// From now on a refused tag is left out, and what stands behind it is read all the same, so that one run tells of
     /// all faults. What only follows from a fault that was told is not told again. hasFailed() then says whether the
     /// tree is good for anything.

@@ -46,8 +46,8 @@ struct LoadOptions {
     DocumentListener *documents = nullptr; ///< sees each document before its tags are read; not owned
     std::optional<QByteArray> root = {};   ///< what the root file holds, if it is not to be read from its path
     const MadeDescription *made = nullptr; ///< loaded in place of what the root file holds; not owned
-    bool outlinesInstances = false;        ///< instances of structures are VMStruct::outlineOf() their types, which is
-                                           ///< all that lint, headers and packages ask of them
+    bool outlines = false;      ///< instances of structures are VMStruct::outlineOf() their types, and of arrays the
+                                ///< prototypes alone have fields: all that lint, headers and packages ask of them
     bool goesOn = false;        ///< tells of all faults, not of the first alone; it loads nothing all the same
     ReadFiles *files = nullptr; ///< learns what was read; not owned
     QString base = {};          ///< where the relative names of the tree start; empty for the directory of the root

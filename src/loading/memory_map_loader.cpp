@@ -145,8 +145,8 @@ std::unique_ptr<VMRootArchive> loadRoot(VMMemoryMap &map, const QString &path, b
         options.root ? FileName{path, path, u"."_s} : FileName{path, file.fileName(), file.absolutePath()};
     ArchiveReader reader(builder, *files, sink);
     reader.setDocumentListener(options.documents);
-    if (options.outlinesInstances)
-        reader.outlineInstances();
+    if (options.outlines)
+        reader.makeOutlines();
     if (options.goesOn)
         reader.goOnAfterErrors();
     XMDOpenError status = XMDOpenSuccess;

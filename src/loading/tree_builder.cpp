@@ -7,6 +7,7 @@
 #include "model/memory_map.h"
 #include "model/root_archive.h"
 #include "model/tree_size.h"
+#include "model/valuable.h"
 #include "text/plain_number.h"
 
 namespace veldmap {
@@ -18,6 +19,22 @@ qint64 membersNamedAfter(const VMXMLElement &element)
 {
     const auto *array = elementCast<VMArray>(&element);
     return array ? array->count() * (1 + membersNamedAfter(*array->prototype)) : 0;
+}
+
+/// Takes the fields out of the registers in \a element.
+void dropFields(VMXMLElement &element)
+{
+    if (auto *valuable = elementCast<VMValuable>(&element)) {
+        valuable->bitFields.clear();
+        valuable->bitGroups.clear();
+    } else if (const auto *array = elementCast<VMArray>(&element)) {
+        dropFields(*array->prototype);
+        for (const auto &member : array->memberList)
+            dropFields(*member);
+    } else if (const auto *structure = elementCast<VMStruct>(&element)) {
+        for (const auto &member : structure->memberList)
+            dropFields(*member);
+    }
 }
 
 } // namespace
@@ -230,7 +247,18 @@ Refusal TreeBuilder::makeArray(std::unique_ptr<VMXMLElement> &element, const QSt
         return refused;
     if (Refusal refused = countText((1 + membersNamedAfter(*element)) * qMax(count, 0) * name.size()))
         return refused;
+    std::unique_ptr<VMXMLElement> prototype;
+    if (m_outlinesArrays) {
+        prototype.reset(VMXMLElement::anonymousCopy(element.get())); // as an array has it
+        dropFields(*element);
+    }
     auto array = std::make_unique<VMArray>(name, element.get(), count, countExpression);
+    if (prototype) {
+        prototype->arrayNumber = 0;
+        prototype->remap(0);
+        prototype->reparent(array.get());
+        array->prototype = std::move(prototype);
+    }
     array->source = element->source;
     element = std::move(array);
     return {};

@@ -57,6 +57,9 @@ public:
     /// The manager of the global variables, or, for an archive outside a memory map, its own.
     static VMVariableManager &globalManagerOf(VMXMLArchive &archive);
 
+    /// From now on only the prototypes of arrays have the fields of their registers.
+    void outlineArrays() { m_outlinesArrays = true; }
+
     /// The texts of this load, of which equal ones are one.
     SharedTexts &texts() { return m_texts; }
 
@@ -89,6 +92,7 @@ private:
     qint64 copiesAllowed() const;
 
     VMRootArchive *m_root; // not owned
+    bool m_outlinesArrays = false;
     bool m_knowsTree = false;
     QHash<const VMXMLArchive *, std::size_t> m_numbers; // of the root's archives, in the order of creation
     QHash<Identity, VMXMLArchive *> m_files;

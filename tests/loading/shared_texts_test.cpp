@@ -91,7 +91,7 @@ TEST(SharedTexts, OutlinesTellWhereInstancesLie)
     veldmap::FindingList told;
     VMMemoryMap map;
     const std::unique_ptr<VMRootArchive> outlined =
-        veldmap::loadRoot(map, soc.path(u"soc.xml"_s), true, told, {.outlinesInstances = true});
+        veldmap::loadRoot(map, soc.path(u"soc.xml"_s), true, told, {.outlines = true});
     ASSERT_TRUE(outlined);
     ASSERT_EQ(outlined->instances.size(), soc.root().instances.size());
     for (std::size_t place = 0; place < outlined->instances.size(); ++place) {
