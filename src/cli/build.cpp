@@ -30,7 +30,7 @@ ExitStatus build(const Options &options, Session &session)
         wanted.push_back({Output::Site, options.siteDirectory});
     if (!options.docsDirectory.isEmpty())
         wanted.push_back({Output::Docs, options.docsDirectory});
-    return loadAndWrite(options, wanted, session);
+    return loadAndBuild(options, wanted, session);
 }
 
 } // namespace veldmap::cli

@@ -1,5 +1,6 @@
 #include "cli/writing.h"
 
+#include "cli/build_record.h"
 #include "cli/description.h"
 #include "cli/program_rules.h"
 #include "cli/session.h"
@@ -11,10 +12,12 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QSet>
 
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
+#include <memory>
 #include <system_error>
 
 #ifdef Q_OS_LINUX
@@ -65,15 +68,40 @@ QString poolDirectory(Output output)
     return !QFileInfo::exists(beside) && QFileInfo::exists(installed) ? installed : beside;
 }
 
+/// Passes findings on, and to a record too.
+class RecordingSink final : public Sink {
+public:
+    RecordingSink(Sink &sink, BuildRecord *record) : m_sink(sink), m_record(record) {}
+
+    void take(const Finding &finding) override
+    {
+        m_sink.take(finding);
+        if (m_record)
+            m_record->add(finding);
+    }
+
+private:
+    Sink &m_sink;
+    BuildRecord *m_record; // may be null
+};
+
 /// Writes what is wanted of one run, and notes what became of it.
 class Writing {
 public:
-    Writing(const Options &options, Session &session) : m_options(options), m_session(session) {}
+    /// \a record, if not null, learns what is written.
+    Writing(const Options &options, Session &session, BuildRecord *record = nullptr)
+        : m_options(options), m_session(session), m_record(record)
+    {
+    }
 
     bool write(const WantedOutput &wanted);
+    /// Takes from the record, which is current, what became of all files.
+    void leave();
     /// Writes the list and the depfile, where they are asked for; false, with errors told, when they can't be.
     bool writeLists();
     void tellSummary();
+    /// The files for the list, if one is asked for.
+    const QStringList &paths() const { return m_paths; }
 
 private:
     bool writeOfRoot(Output output, const QString &directory, bool chip);
@@ -82,6 +110,7 @@ private:
 
     const Options &m_options;
     Session &m_session;
+    BuildRecord *m_record;
     QStringList m_paths;  ///< of the files that the outputs have
     QStringList m_copied; ///< that were read beside the descriptions
     qsizetype m_written = 0;
@@ -136,10 +165,28 @@ bool Writing::writeOfRoot(Output output, const QString &directory, bool chip)
         return false;
     }
     options.progress = [&](const QString &file) { messages.showProgress(u"Writing %1..."_s.arg(file)); };
-    const OutputFiles files = writeOutput(m_session.map, output, options, messages);
+    RecordingSink sink(messages, m_record);
+    const OutputFiles files = writeOutput(m_session.map, output, options, sink);
     messages.clearProgress();
     note(files);
+    if (m_record)
+        m_record->add(files);
     return files.isComplete();
+}
+
+void Writing::leave()
+{
+    QSet<QString> directories;
+    for (const QString &path : m_record->outputs()) {
+        const QString directory = path.first(qMax<qsizetype>(path.lastIndexOf(u'/'), 0));
+        if (!directories.contains(directory))
+            removeLeftovers(directory);
+        directories += directory;
+    }
+    m_record->tellFindings(m_session.messages);
+    m_unchanged = m_record->outputs().size();
+    m_paths = m_record->listed();
+    m_copied = m_record->copied();
 }
 
 void Writing::note(const OutputFiles &files)
@@ -205,6 +252,34 @@ InstanceParts partsFor(const std::vector<WantedOutput> &wanted, const Options &o
     return areOutlines && !options.selfCheck ? InstanceParts::Outlines : InstanceParts::All;
 }
 
+ExitStatus loadAndWriteAll(const Options &options, const std::vector<WantedOutput> &wanted, Session &session,
+                           BuildRecord *record)
+{
+    if (!loadAndLint(options, session, partsFor(wanted, options)))
+        return kFailed;
+    const int errorsBefore = session.messages.errorCount(); // which have stopped nothing
+    Writing writing(options, session, record);
+    bool isComplete = true;
+    for (const WantedOutput &output : wanted)
+        isComplete = writing.write(output) && isComplete;
+    isComplete = isComplete && writing.writeLists();
+    writing.tellSummary();
+    if (isComplete && record)
+        record->keep(session.files, writing.paths());
+    return isComplete && session.messages.errorCount() == errorsBefore ? kDone : kFailed;
+}
+
+/// What loadAndWriteAll() does when no file is to be written.
+ExitStatus leaveAll(const Options &options, Session &session, BuildRecord &record)
+{
+    const int errorsBefore = session.messages.errorCount();
+    Writing writing(options, session, &record);
+    writing.leave();
+    const bool isComplete = writing.writeLists();
+    writing.tellSummary();
+    return isComplete && session.messages.errorCount() == errorsBefore ? kDone : kFailed;
+}
+
 } // namespace
 
 std::vector<WantedOutput> wantedHeaders(const Options &options, const QString &directory)
@@ -225,16 +300,28 @@ std::vector<WantedOutput> wantedHeaders(const Options &options, const QString &d
 
 ExitStatus loadAndWrite(const Options &options, const std::vector<WantedOutput> &wanted, Session &session)
 {
-    if (!loadAndLint(options, session, partsFor(wanted, options)))
-        return kFailed;
-    const int errorsBefore = session.messages.errorCount(); // which have stopped nothing
-    Writing writing(options, session);
-    bool isComplete = true;
-    for (const WantedOutput &output : wanted)
-        isComplete = writing.write(output) && isComplete;
-    isComplete = isComplete && writing.writeLists();
-    writing.tellSummary();
-    return isComplete && session.messages.errorCount() == errorsBefore ? kDone : kFailed;
+    return loadAndWriteAll(options, wanted, session, nullptr);
+}
+
+ExitStatus loadAndBuild(const Options &options, const std::vector<WantedOutput> &wanted, Session &session)
+{
+    // What is up to date for who skips goes by times alone.
+    if (options.skipUpToDate || options.readsInput() || options.output.isDryRun)
+        return loadAndWrite(options, wanted, session);
+    BuildRecord kept(options, wanted);
+    if (kept.isCurrent()) {
+        // A load has much to tell, and the time that it takes for outlines is that of `check`.
+        if (!loadAndLint(options, session, InstanceParts::Outlines))
+            return kFailed;
+        if (kept.hasRead(session.files))
+            return leaveAll(options, session, kept);
+        // A description was changed at this very moment. Neither tree nor record is good for anything then.
+        std::destroy_at(&session.map);
+        std::construct_at(&session.map);
+        session.files = {};
+    }
+    BuildRecord record(options, wanted);
+    return loadAndWriteAll(options, wanted, session, &record);
 }
 
 bool requireChip(const Options &options, Session &session)

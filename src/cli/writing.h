@@ -22,6 +22,9 @@ std::vector<WantedOutput> wantedHeaders(const Options &options, const QString &d
 /// when something before it could not be. Tells at the end what became of the files.
 ExitStatus loadAndWrite(const Options &options, const std::vector<WantedOutput> &wanted, Session &session);
 
+/// The same, which makes and compares no texts where a BuildRecord shows that all files are up to date.
+ExitStatus loadAndBuild(const Options &options, const std::vector<WantedOutput> &wanted, Session &session);
+
 /// Whether \a options name a chip, of which there are VHDL packages; an error is told when they don't.
 [[nodiscard]] bool requireChip(const Options &options, Session &session);
 

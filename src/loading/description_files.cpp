@@ -123,6 +123,7 @@ std::unique_ptr<DescriptionFile> readDescription(const QString &path, const QByt
 std::unique_ptr<DescriptionFile> readDescriptionFile(const QString &path)
 {
     auto file = std::make_unique<DescriptionFile>();
+    file->stamp = stampOf(path);
     cut(*file, path, readFileContent(path, file->told, false));
     return file;
 }

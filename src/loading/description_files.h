@@ -1,5 +1,6 @@
 #pragma once
 
+#include "files/file_stamp.h"
 #include "findings/finding.h"
 #include "loading/document.h"
 #include "xml/document_listener.h"
@@ -36,6 +37,7 @@ struct DescriptionFile {
     XMDOpenError status = XMDOpenSuccess; ///< 0, 1 or 3
     TagDocument document;                 ///< with status 0
     qint64 bytes = 0;                     ///< of the file
+    FileStamp stamp = {};                 ///< of the file, before it was read
     FindingList told;                     ///< what reading it had to say
     QString shownAs = {};                 ///< the file that the places of its tags are in, empty for itself
     std::unique_ptr<DocumentStudy> study; ///< of who listens, if it was read ahead

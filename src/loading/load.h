@@ -1,5 +1,6 @@
 #pragma once
 
+#include "files/file_stamp.h"
 #include <veldmap/veldmap_export.h>
 
 #include <QByteArray>
@@ -9,6 +10,7 @@
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 class VMMemoryMap;
 class VMRootArchive;
@@ -21,7 +23,8 @@ class Sink;
 /// The files of a load, by the names with which they were opened, in the order in which the load asked for them.
 struct ReadFiles {
     QStringList read;
-    QStringList missing; ///< that could not be opened
+    std::vector<FileStamp> stamps; ///< of each of these before it was read; none is a file for what a host has given
+    QStringList missing;           ///< that could not be opened
 };
 
 /// A description that was made of a file of another format, whose places it has.

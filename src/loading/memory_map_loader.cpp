@@ -87,7 +87,12 @@ public:
     std::unique_ptr<DescriptionFile> read(const FileName &name) override
     {
         std::unique_ptr<DescriptionFile> file = m_files->read(name);
-        (file->status == XMDOpenUnreadable ? m_noted.missing : m_noted.read) += name.path;
+        if (file->status == XMDOpenUnreadable) {
+            m_noted.missing += name.path;
+            return file;
+        }
+        m_noted.read += name.path;
+        m_noted.stamps.push_back(file->stamp);
         return file;
     }
 

@@ -1,6 +1,7 @@
 """What the process-level tests share: the program's runs within limits, descriptions laid out, and the way out."""
 
 import argparse
+import atexit
 import json
 import os
 import re
@@ -152,6 +153,9 @@ def main(description, arguments=(), prepare=lambda: None):
         parser.add_argument(name, **settings)
     _, rest = parser.parse_known_args(namespace=options)
     options.veldmap = os.path.abspath(options.veldmap)
+    cache = tempfile.TemporaryDirectory()       # what builds keep of files that are soon gone
+    atexit.register(cache.cleanup)
+    os.environ["XDG_CACHE_HOME"] = cache.name
     if not os.access(options.veldmap, os.X_OK):
         parser.error(f"{options.veldmap} is no program")
     prepare()
