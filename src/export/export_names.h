@@ -16,6 +16,8 @@ public:
 
     /// What \a name, of what is declared at \a source, becomes here. With \a mayBeNumber it may begin with a digit.
     QString take(const QString &name, const SourcePlace &source, bool mayBeNumber = false);
+    /// Whether \a name stands here already.
+    bool contains(const QString &name) const { return m_taken.contains(name); }
 
 private:
     QLatin1StringView m_format;

@@ -38,6 +38,13 @@ QStringList onlyHere(const VMRootArchive &root)
     return words;
 }
 
+/// "a", "a and b", "a, b and c".
+QString listOf(QStringList words)
+{
+    const QString last = words.takeLast();
+    return words.isEmpty() ? last : words.join(", "_L1) + " and "_L1 + last;
+}
+
 /// The name of the chip in a comment such as "RP2040: two cores": one that is no plain word of a language. Empty when
 /// there is none.
 QString nameInFront(const QString &comment)
@@ -58,7 +65,7 @@ ExportedRoots::ExportedRoots(const VMMemoryMap &map, QLatin1StringView format, c
         m_roots.push_back(root);
         takeBlocks(*root, format, rules.needsRoom, findings);
         if (const QStringList words = onlyHere(*root); !words.isEmpty())
-            findings.add(rules::exportValuesOnly, {}, {format, words.join(", "_L1)});
+            findings.add(rules::exportValuesOnly, {}, {format, listOf(words)});
     }
     if (!rules.sameAddresses.isEmpty())
         findOverlaps(rules, findings);

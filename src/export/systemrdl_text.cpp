@@ -201,13 +201,14 @@ QByteArray SystemRdlExport::text()
         learn(*root);
         m_enums.take(*root);
     }
-    const QString top = m_types.take(roots.name(), {});
     for (const VMXMLElement *block : roots.blocks()) {
         if (!roots.blockUnder(*block))
             walkBlock(*block, MapArrays::AsOne, *this, findings());
     }
     if (m_instances.isEmpty())
         return m_text;
+    const QString name = roots.name(); // which a module of the file may have too
+    const QString top = m_types.take(m_types.contains(name) ? name + "_map"_L1 : name, {});
     open("addrmap "_L1 + escaped(top) + " {"_L1);
     writeComment(roots.description());
     for (const QString &instance : std::as_const(m_instances))
