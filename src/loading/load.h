@@ -1,6 +1,6 @@
 #pragma once
 
-#include "files/file_stamp.h"
+#include <veldmap/files/file_stamp.h>
 #include <veldmap/veldmap_export.h>
 
 #include <QByteArray>
