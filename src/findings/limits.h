@@ -73,8 +73,8 @@ constexpr qsizetype kPositionCharacters = 512;
 /// Bitfields of one valuable. A word has 32 bits; views of it may overlap.
 constexpr std::size_t kBitFields = 256;
 
-/// Registers, fields and values of one vendor's file, with those that it derives and repeats. The largest chips have some
-/// 200,000; each takes about 300 bytes.
+/// Registers, fields and values of one vendor's file, with those that it derives and repeats. The largest chips have
+/// some 200,000; each takes about 300 bytes.
 constexpr qint64 kImportedParts = 1'000'000;
 
 /// Clusters in clusters of a vendor's file, and what is derived from what is derived. Real ones go about four deep.
