@@ -237,7 +237,8 @@ QByteArray keyOf(const Options &options, const std::vector<WantedOutput> &wanted
     QDataStream stream(&key, QDataStream::WriteOnly);
     stream << QByteArray(VELDMAP_VERSION) << QByteArray(qVersion()) << QDir::currentPath() << options.chip
            << options.soft << options.selfCheck << options.accepted << options.single << options.output.base
-           << options.output.hasCommonBase << (options.output.list.isEmpty() && options.output.depfile.isEmpty());
+           << options.output.hasCommonBase << options.output.mostBytes
+           << (options.output.list.isEmpty() && options.output.depfile.isEmpty());
     for (const WantedOutput &output : wanted)
         stream << static_cast<qint32>(output.output) << output.directory;
     for (const QString &file : programFiles())
