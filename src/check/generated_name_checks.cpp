@@ -51,7 +51,7 @@ struct Other {
 };
 
 /// All names that the headers of one root define, which whoever includes the root's header gets together.
-class GeneratedNames final : public TypeChecks {
+class GeneratedNames final : public GeneratedNameChecks {
 public:
     GeneratedNames(const VMRootArchive &root, Sink &sink) : m_root(root), m_sink(sink)
     {
@@ -65,6 +65,18 @@ public:
             m_instanceMacros.insert("REG_"_L1 + instance->getName().toUpper() + "_BASE"_L1, instance.get());
             m_instantiated.insert(instance->typedefName);
         }
+    }
+
+    /// Shares what \a other knows of the root.
+    GeneratedNames(const GeneratedNames &other, Sink &sink)
+        : m_root(other.m_root), m_sink(sink), m_types(other.m_types), m_variables(other.m_variables),
+          m_instanceMacros(other.m_instanceMacros), m_instantiated(other.m_instantiated)
+    {
+    }
+
+    std::unique_ptr<TypeChecks> another(Sink &sink) const override
+    {
+        return std::make_unique<GeneratedNames>(*this, sink);
     }
 
     /// Looks at what is beside the types, in front of which this has to be known.
@@ -304,7 +316,7 @@ private:
 
 } // namespace
 
-std::unique_ptr<TypeChecks> generatedNameChecks(const VMRootArchive &root, Sink &sink)
+std::unique_ptr<GeneratedNameChecks> generatedNameChecks(const VMRootArchive &root, Sink &sink)
 {
     auto checks = std::make_unique<GeneratedNames>(root, sink);
     checks->checkArchives();

@@ -186,10 +186,8 @@ std::unique_ptr<TypeChecks> structureChecks(const VMRootArchive &root, Sink &sin
     return std::make_unique<StructureChecks>(root, sink);
 }
 
-std::unique_ptr<TypeChecks> usedTypes(const VMRootArchive &root, QSet<QString> &names)
+std::unique_ptr<TypeChecks> usedTypes(QSet<QString> &names)
 {
-    for (const auto &instance : root.instances)
-        names += instance->typedefName;
     return std::make_unique<UsedTypes>(names);
 }
 

@@ -39,7 +39,59 @@ private:
     QSet<QString> m_texts;
 };
 
-using TypeChecksList = std::vector<std::unique_ptr<TypeChecks>>;
+/// Types of one root that follow each other, and what is found in them.
+struct StretchOfTypes {
+    struct Entry {
+        const VMXMLArchive *archive;
+        const VMXMLElement *type;
+    };
+
+    std::vector<Entry> types = {};
+    ReadableFindings ofRegisters = {};
+    ReadableFindings ofStructures = {};
+    ReadableFindings ofNames = {};
+    QSet<QString> used = {}; ///< names of types
+};
+
+constexpr int kStretches = 4; // for each thread, since some types have many more registers than others
+
+/// The types of a root, in stretches that may be looked at on several threads. A thread makes all checks of a type, so
+/// that only one has it in its cache.
+struct TypesOfRoot {
+    TypesOfRoot(const VMRootArchive &root, int most) : root(root), names(generatedNameChecks(root, ofArchives))
+    {
+        std::vector<StretchOfTypes::Entry> types;
+        for (const VMXMLArchive *archive : root.xmlArchives) {
+            for (const auto &type : archive->templates)
+                types.push_back({archive, type.get()});
+        }
+        const std::size_t length = types.size() / static_cast<std::size_t>(most) + 1;
+        for (std::size_t at = 0; at < types.size(); at += length) {
+            const auto begin = types.begin() + static_cast<std::ptrdiff_t>(at);
+            const auto rest = static_cast<std::size_t>(types.end() - begin);
+            stretches.push_back({{begin, begin + static_cast<std::ptrdiff_t>(std::min(length, rest))}});
+        }
+    }
+
+    void check(StretchOfTypes &stretch) const
+    {
+        const std::unique_ptr<TypeChecks> checks[] = {
+            registerChecks(stretch.ofRegisters),
+            structureChecks(root, stretch.ofStructures),
+            usedTypes(stretch.used),
+            names->another(stretch.ofNames),
+        };
+        for (const auto &[archive, type] : stretch.types) {
+            for (const auto &check : checks)
+                check->check(*archive, *type);
+        }
+    }
+
+    const VMRootArchive &root;
+    ReadableFindings ofArchives;
+    std::unique_ptr<GeneratedNameChecks> names;
+    std::vector<StretchOfTypes> stretches;
+};
 
 /// A group of rules and what it finds.
 struct Group {
@@ -70,43 +122,13 @@ void runAll(std::vector<Group> &groups, int threads)
 void checkTree(const VMMemoryMap &map, Sink &sink, int threads)
 {
     std::vector<Group> groups;
-    std::list<ReadableFindings> ofTypes; // which stay where they are
-    std::list<QSet<QString>> usedNames;  // by root, likewise
+    std::list<TypesOfRoot> roots; // which stay where they are
     for (const VMRootArchive *root : {map.chipRootArchive, map.softRootArchive}) {
         if (!root)
             continue;
-        const auto listFor = [&]() -> Sink & { return ofTypes.emplace_back(); };
-        Sink &registers = listFor();
-        Sink &structures = listFor();
-        Sink &names = listFor();
-        QSet<QString> &used = usedNames.emplace_back();
-        const auto check = [root](const TypeChecksList &list) {
-            for (const VMXMLArchive *archive : root->xmlArchives) {
-                for (const auto &type : archive->templates) {
-                    for (const auto &checks : list)
-                        checks->check(*archive, *type);
-                }
-            }
-        };
-        const auto members = [=, &registers, &structures, &used](TypeChecksList &list) {
-            list.push_back(registerChecks(registers));
-            list.push_back(structureChecks(*root, structures));
-            list.push_back(usedTypes(*root, used));
-        };
-        const auto generated = [=, &names](TypeChecksList &list) { list.push_back(generatedNameChecks(*root, names)); };
-        const auto run = [=](auto... makers) {
-            return [=](Sink &) {
-                TypeChecksList list;
-                (makers(list), ...);
-                check(list);
-            };
-        };
-        if (threads > 1) {
-            groups.push_back({run(members)});
-            groups.push_back({run(generated)});
-        } else {
-            groups.push_back({run(members, generated)});
-        }
+        TypesOfRoot &types = roots.emplace_back(*root, threads > 1 ? threads * kStretches : 1);
+        for (StretchOfTypes &stretch : types.stretches)
+            groups.push_back({[&](Sink &) { types.check(stretch); }});
         groups.push_back({[=](Sink &to) { checkIncludes(*root, to); }});
     }
     groups.push_back({[&](Sink &to) { checkMemoryMap(map, to); }});
@@ -116,15 +138,21 @@ void checkTree(const VMMemoryMap &map, Sink &sink, int threads)
         for (const Finding &finding : list.findings)
             distinct.take(finding);
     };
-    std::ranges::for_each(ofTypes, pass);
-    std::ranges::for_each(groups, pass, &Group::found);
     QSet<QString> used;
-    for (const QSet<QString> &names : usedNames)
-        used += names;
-    for (const VMRootArchive *root : {map.chipRootArchive, map.softRootArchive}) {
-        if (root)
-            tellUnusedTypes(*root, used, distinct);
+    for (const TypesOfRoot &types : roots) {
+        for (const auto &instance : types.root.instances)
+            used += instance->typedefName;
+        pass(types.ofArchives);
+        for (const StretchOfTypes &stretch : types.stretches) {
+            pass(stretch.ofRegisters);
+            pass(stretch.ofStructures);
+            pass(stretch.ofNames);
+            used += stretch.used;
+        }
     }
+    std::ranges::for_each(groups, pass, &Group::found);
+    for (const TypesOfRoot &types : roots)
+        tellUnusedTypes(types.root, used, distinct);
 }
 
 } // namespace veldmap

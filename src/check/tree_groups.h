@@ -24,14 +24,21 @@ public:
     virtual void check(const VMXMLArchive &archive, const VMXMLElement &type) = 0;
 };
 
+/// What is generated has one name for several things. Tells of what stands beside the types too, when it is made.
+class GeneratedNameChecks : public TypeChecks {
+public:
+    /// The same for other types alone, which may be looked at on another thread.
+    virtual std::unique_ptr<TypeChecks> another(Sink &sink) const = 0;
+};
+
 // Each tells \a sink, which must outlive it, as \a root and all in it.
 std::unique_ptr<TypeChecks> registerChecks(Sink &sink);
 std::unique_ptr<TypeChecks> structureChecks(const VMRootArchive &root, Sink &sink);
-std::unique_ptr<TypeChecks> generatedNameChecks(const VMRootArchive &root, Sink &sink);
+std::unique_ptr<GeneratedNameChecks> generatedNameChecks(const VMRootArchive &root, Sink &sink);
 
-/// Tells nothing, but adds the names of the types that \a root and all in it use to \a names, which must outlive it.
-std::unique_ptr<TypeChecks> usedTypes(const VMRootArchive &root, QSet<QString> &names);
-/// Tells of the types of \a root that are not among \a used, those that the roots of a memory map use.
+/// Tells nothing, but adds the names of the types that other types use to \a names, which must outlive it.
+std::unique_ptr<TypeChecks> usedTypes(QSet<QString> &names);
+/// Tells of the types of \a root that are not among \a used, those that anything in a memory map uses.
 void tellUnusedTypes(const VMRootArchive &root, const QSet<QString> &used, Sink &sink);
 
 void checkIncludes(const VMRootArchive &root, Sink &sink);
