@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <tuple>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -144,11 +145,15 @@ void Lint::report(const VMMemoryMap &map, Sink &sink, int threads) const
     ReadableFindings found = m_ofDocuments;
     checkTree(map, found, threads);
     m_unused.report(found);
-    const auto keyOf = [&](const Finding &finding) {
-        return std::tuple(m_files.value(finding.place.file, m_files.size()), finding.place.line, finding.place.column);
-    };
-    std::ranges::stable_sort(found.findings, {}, keyOf);
-    for (const Finding &finding : std::as_const(found.findings)) {
+    using Key = std::tuple<qsizetype, int, int, qsizetype>; // of two at one place the one that was found first
+    std::vector<Key> order;
+    order.reserve(static_cast<std::size_t>(found.findings.size()));
+    for (const Finding &finding : std::as_const(found.findings))
+        order.emplace_back(m_files.value(finding.place.file, m_files.size()), finding.place.line, finding.place.column,
+                           static_cast<qsizetype>(order.size()));
+    std::ranges::sort(order);
+    for (const Key &key : order) {
+        const Finding &finding = found.findings.at(std::get<3>(key));
         if (!m_allowances.allows(finding))
             sink.take(finding);
     }

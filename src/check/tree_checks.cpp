@@ -6,6 +6,7 @@
 #include "model/memory_map.h"
 #include "model/root_archive.h"
 
+#include <QHash>
 #include <QSet>
 
 #include <algorithm>
@@ -28,15 +29,21 @@ public:
 
     void take(const Finding &finding) override
     {
-        const qsizetype before = m_texts.size();
-        m_texts.insert(placedText(finding));
-        if (m_texts.size() != before)
-            m_sink.take(finding);
+        const Place &place = finding.place;
+        QList<Finding> &alike = m_passed[qHashMulti(0, finding.rule, place.line, place.column, place.file)];
+        const auto isSame = [&](const Finding &other) {
+            return other.rule == finding.rule && other.place.line == place.line && other.place.column == place.column &&
+                   other.place.file == place.file && other.arguments == finding.arguments;
+        };
+        if (std::ranges::any_of(alike, isSame))
+            return;
+        alike.append(finding);
+        m_sink.take(finding);
     }
 
 private:
     Sink &m_sink;
-    QSet<QString> m_texts;
+    QHash<std::size_t, QList<Finding>> m_passed;
 };
 
 /// Types of one root that follow each other, and what is found in them.
