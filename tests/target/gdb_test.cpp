@@ -227,7 +227,7 @@ TEST_F(Gdb, ServersThatSayNoHello)
              {{""}, u"no answer within 0.3 s"_s},
              {{"", GdbServer::Reply::Closes}, u"the connection was closed"_s},
              {{"$E01#00"}, u"it sent a damaged packet"_s}}) {
-        GdbServer server(kFeatures, [&](const QByteArray &) { return reply; });
+        GdbServer server(kFeatures, [answer = reply](const QByteArray &) { return answer; });
         told.clear();
         EXPECT_FALSE(connect(server));
         EXPECT_EQ(told, QStringList(u"the gdb server %1 can't be reached: %2."_s.arg(server.path(), said)));
