@@ -34,8 +34,8 @@ public:
         el_set(m_editor, EL_PROMPT, &Private::promptOf);
         el_set(m_editor, EL_EDITOR, "emacs");
         el_set(m_editor, EL_GETCFN, &Private::readCharacter);
-        addFunction("veldmap-complete", "what may stand here", &Private::completeHere, "^I");
-        addFunction("veldmap-cancel", "leave the line", &Private::cancel, "^C");
+        addFunction(L"veldmap-complete", L"what may stand here", &Private::completeHere, L"^I");
+        addFunction(L"veldmap-cancel", L"leave the line", &Private::cancel, L"^C");
         bind("^R", "em-inc-search-prev");
         for (const auto &[keys, what] : {std::pair("\\e[H", "ed-move-to-beg"), std::pair("\\e[F", "ed-move-to-end"),
                                          std::pair("\\e[1~", "ed-move-to-beg"), std::pair("\\e[4~", "ed-move-to-end"),
@@ -106,10 +106,13 @@ private:
 
     void bind(const char *keys, const char *what) { el_set(m_editor, EL_BIND, keys, what, nullptr); }
 
-    void addFunction(const char *name, const char *help, unsigned char (*function)(EditLine *, int), const char *key)
+    /// The texts, which libedit keeps as they are, have to outlive the editor. It would never free copies of narrow
+    /// ones.
+    void addFunction(const wchar_t *name, const wchar_t *help, unsigned char (*function)(EditLine *, int),
+                     const wchar_t *key)
     {
-        el_set(m_editor, EL_ADDFN, name, help, function);
-        bind(key, name);
+        el_wset(m_editor, EL_ADDFN, name, help, function);
+        el_wset(m_editor, EL_BIND, key, name, nullptr);
     }
 
     void keep(const QString &line)
